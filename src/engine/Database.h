@@ -1,0 +1,128 @@
+// The database engine: Jet-shaped tables and Jet SQL on an SQLite file.
+//
+//   DBEngine engine;
+//   auto league = engine.DefaultWorkspace().OpenDatabase("league.lgx");
+//   league->Execute("UPDATE Driver SET Handicap=0");
+//   for (auto rows = league->OpenRecordset("SELECT Name FROM Driver ORDER BY Name"); !rows.AtEnd(); rows.MoveNext())
+//     fmt::print("{}\n", rows["Name"].ToText());
+//
+// Every failure is thrown as EngineError. A failing statement changes nothing.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/EngineError.h"
+#include "engine/Recordset.h"
+#include "engine/Schema.h"
+#include "engine/Value.h"
+
+namespace scorvane::engine {
+
+class Workspace;
+
+class Database {
+ public:
+  struct Impl;
+  explicit Database(std::unique_ptr<Impl> impl);
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  ~Database();  // closes; an open unit of work is committed
+
+  // The full path of the file.
+  const std::string& Name() const;
+
+  // Runs a statement that changes data; yields the number of rows inserted, changed or deleted.
+  std::int64_t Execute(std::string_view sql);
+  // Runs a SELECT.
+  Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot);
+  // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at all.
+  bool IsSelect(std::string_view sql);
+
+  // The schema. Names are found without regard to case. What changes it throws EngineError 3265 for a table, field,
+  // index or relation that is not there.
+  const std::vector<TableDef>& TableDefs() const;
+  const TableDef* FindTableDef(std::string_view name) const;  // null when there is none
+  const std::vector<Relation>& Relations() const;
+  void AppendTableDef(TableDef table);
+  void DeleteTableDef(std::string_view table);
+  void AppendField(std::string_view table, Field field);
+  void RenameField(std::string_view table, std::string_view field, std::string_view newName);
+  void DeleteField(std::string_view table, std::string_view field);  // 3280 while an index or a relation needs it
+  void SetFieldDefault(std::string_view table, std::string_view field, std::string_view literal);
+  void AppendIndex(std::string_view table, Index index);
+  void DeleteIndex(std::string_view table, std::string_view index);
+  void AppendRelation(Relation relation);
+  void DeleteRelation(std::string_view relation);
+
+  // Pages of the file that hold nothing; a compaction gives them back.
+  std::int64_t FreePages() const;
+
+ private:
+  friend class UnitOfWork;
+  friend class Recordset;
+  std::unique_ptr<Impl> impl_;
+};
+
+struct OpenOptions {
+  bool exclusive = false;  // no other process may open the file meanwhile: EngineError 3045
+  bool readOnly = false;
+};
+
+class Workspace {
+ public:
+  Workspace();
+  Workspace(const Workspace&) = delete;
+  Workspace& operator=(const Workspace&) = delete;
+  ~Workspace();
+
+  // Throws EngineError 3204 when the file exists, 3044 when its folder does not, 3051 when it cannot be written.
+  std::unique_ptr<Database> CreateDatabase(const std::string& path);
+  // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine, 3045 when it is
+  // in use, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
+  std::unique_ptr<Database> OpenDatabase(const std::string& path, OpenOptions options = {});
+  // The open database with this path; null when there is none.
+  Database* FindDatabase(const std::string& path) const;
+
+  // The decimal separator in which quoted numbers are read and numbers become texts; "." until it is set.
+  char DecimalSeparator() const { return decimal_; }
+  void SetDecimalSeparator(char decimal) { decimal_ = decimal; }
+
+ private:
+  friend class Database;
+  std::vector<Database*> databases_;
+  char decimal_ = '.';
+};
+
+class DBEngine {
+ public:
+  Workspace& DefaultWorkspace() { return workspace_; }
+  // Writes a compact copy of a closed database to a path that does not exist yet, and flushes it to the disk.
+  void CompactDatabase(const std::string& from, const std::string& to);
+
+ private:
+  Workspace workspace_;
+};
+
+// One transaction around many statements. It commits when its scope ends, also when an error ends it, so that the
+// statements before the error stay in effect; a power cut leaves all of it or nothing. Units nest: the outermost
+// commits.
+class UnitOfWork {
+ public:
+  explicit UnitOfWork(Database& database);
+  UnitOfWork(const UnitOfWork&) = delete;
+  UnitOfWork& operator=(const UnitOfWork&) = delete;
+  ~UnitOfWork();
+
+  // Commits and reports what goes wrong, which the destructor cannot. On a failure nothing of the unit stays.
+  void Commit();
+
+ private:
+  Database& database_;
+  bool open_ = true;
+};
+
+}  // namespace scorvane::engine
