@@ -1,0 +1,19 @@
+// Paths as league administrators have them: "\" and the platform's separator both end a folder's name.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace scorvane::common {
+
+// Up to and including the last separator; empty without one.
+std::string GetFolder(std::string_view path);
+// Behind the last separator; with `stripExtension` without what follows the last full stop, and without it.
+std::string GetFileTitle(std::string_view path, bool stripExtension = false);
+// Behind the last full stop of the path; empty without one.
+std::string GetExtension(std::string_view path);
+bool FileExists(const std::string& path);
+// A name below a folder, with one separator between them.
+std::string JoinPath(std::string_view folder, std::string_view name);
+
+}  // namespace scorvane::common
