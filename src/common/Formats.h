@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@
 #include "engine/Value.h"
 
 namespace scorvane::common {
+
+// The text without the blanks at its two ends; only the space counts as a blank.
+std::string_view TrimBlanks(std::string_view text);
 
 // The text with every full stop replaced by the decimal separator.
 std::string LocalizeDecimal(std::string_view text, char decimal);
@@ -34,6 +38,11 @@ int ColorByte(std::int64_t color, int byte);
 
 // RRGGBB in upper case; FFFFFF for a value that is no colour.
 std::string ColorToHTML(std::int64_t color);
+
+// A colour as settings store it: "&H" and 8 hexadecimal digits.
+std::string ColorText(std::int64_t color);
+// Reads a stored colour, or a plain decimal one; nothing when the text is none.
+std::optional<std::int32_t> ParseColor(std::string_view text);
 
 // The number of places at which `part` stands in `text`, none overlapping another.
 int CountOccurrences(std::string_view text, std::string_view part);
