@@ -2,8 +2,7 @@
 
 #include <sqlite3.h>
 #include <unicode/ucol.h>
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
+#include <unicode/unistr.h>
 
 #include <algorithm>
 #include <array>
@@ -72,10 +71,10 @@ class Collator {
     for (int c = ' '; c < 127; ++c) order.push_back(static_cast<char>(c));
     auto compare = [&](char a, char b) { return Full({&a, 1}, {&b, 1}); };
     std::sort(order.begin(), order.end(), [&](char a, char b) { return compare(a, b) < 0; });
-    std::uint8_t rank = 0;
+    int rank = 0;
     for (std::size_t i = 0; i < order.size(); ++i) {
       if (i == 0 || compare(order[i - 1], order[i]) != 0) ++rank;
-      ranks_[static_cast<unsigned char>(order[i])] = rank;
+      ranks_[static_cast<unsigned char>(order[i])] = static_cast<std::uint8_t>(rank);
     }
   }
 
@@ -98,15 +97,12 @@ int CompareForStore(void*, int aSize, const void* a, int bSize, const void* b) {
 int CompareTexts(std::string_view a, std::string_view b) { return TheCollator().Compare(a, b); }
 
 std::u32string FoldCase(std::string_view text) {
-  std::u32string folded;
-  folded.reserve(text.size());
-  const auto size = static_cast<int32_t>(text.size());
-  int32_t i = 0;
-  while (i < size) {
-    UChar32 c = 0;
-    U8_NEXT_OR_FFFD(text.data(), i, size, c);
-    folded += static_cast<char32_t>(u_foldCase(c, U_FOLD_CASE_DEFAULT));
-  }
+  icu::UnicodeString unicode =
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+  unicode.foldCase();
+  std::u32string folded(static_cast<std::size_t>(unicode.countChar32()), U' ');
+  UErrorCode status = U_ZERO_ERROR;
+  unicode.toUTF32(reinterpret_cast<UChar32*>(folded.data()), static_cast<int32_t>(folded.size()), status);
   return folded;
 }
 

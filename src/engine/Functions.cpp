@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 #include <sqlite3.h>
-#include <unicode/uchar.h>
+#include <unicode/locid.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -194,9 +194,9 @@ Value Trimmed(std::string_view text, bool left, bool right) {
 Value Cased(std::string_view text, bool upper) {
   icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size())));
   if (upper) {
-    unicode.toUpper("");
+    unicode.toUpper(icu::Locale::getRoot());
   } else {
-    unicode.toLower("");
+    unicode.toLower(icu::Locale::getRoot());
   }
   std::string result;
   unicode.toUTF8String(result);

@@ -690,7 +690,9 @@ class Translator {
         sql = outputs[static_cast<std::size_t>(place) - 1].sql;
       } else {
         CheckGrouped(*item.expr, query.selects[0], scope);
-        sql = Collated(Translate(*item.expr, scope));
+        for (const Output& output : outputs)
+          if (sql.empty() && output.expr != nullptr && SameExpr(*output.expr, *item.expr)) sql = output.sql;
+        if (sql.empty()) sql = Collated(Translate(*item.expr, scope));
       }
       terms.push_back(sql + (item.descending ? " DESC" : ""));
     }
