@@ -18,7 +18,9 @@ constexpr std::int64_t kHighestColor = 0xFFFFFF;
 constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kOddLetters = {
     {{"š", "Š"}, {"œ", "Œ"}, {"ž", "Ž"}, {"ÿ", "Ÿ"}}};
 
-bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
+bool IsContinuation(char c) {
+  return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
+}
 
 void UpperCaseAt(std::string& text, std::size_t at) {
   char& c = text[at];
@@ -60,7 +62,9 @@ std::string ProperCase(std::string_view text) {
   return proper;
 }
 
-float SecondsPerLap(float speed, float length) { return speed == 0 ? 0 : length / speed * 3600; }
+float SecondsPerLap(float speed, float length) {
+  return speed == 0 ? 0 : length / speed * 3600;
+}
 
 std::string FormatLapTime(float seconds, char decimal) {
   if (seconds == 0) return "--";
@@ -84,7 +88,8 @@ std::string FormatQualifying(const engine::Value& value, float length, int metho
 std::string PadLeft(std::string_view text, int width, char pad) {
   if (width <= 0) return {};
   const auto wanted = static_cast<std::size_t>(width);
-  std::size_t characters = text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+  std::size_t characters =
+      text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
   for (; characters > wanted; --characters) {
     text.remove_prefix(1);
     while (!text.empty() && IsContinuation(text.front())) text.remove_prefix(1);
@@ -102,7 +107,9 @@ std::string ColorToHTML(std::int64_t color) {
   return fmt::format("{:02X}{:02X}{:02X}", ColorByte(color, 1), ColorByte(color, 2), ColorByte(color, 3));
 }
 
-std::string ColorText(std::int64_t color) { return fmt::format("&H{:08X}", static_cast<std::uint32_t>(color)); }
+std::string ColorText(std::int64_t color) {
+  return fmt::format("&H{:08X}", static_cast<std::uint32_t>(color));
+}
 
 std::optional<std::int32_t> ParseColor(std::string_view text) {
   int base = 10;
@@ -120,7 +127,8 @@ std::optional<std::int32_t> ParseColor(std::string_view text) {
 int CountOccurrences(std::string_view text, std::string_view part) {
   if (part.empty()) return 0;
   int count = 0;
-  for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) ++count;
+  for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size()))
+    ++count;
   return count;
 }
 
@@ -134,9 +142,9 @@ int DefaultSimType(const ProcessState& state) {
 }
 
 std::string_view SimTypeName(int simType) {
-  constexpr std::array<std::string_view, 6> kNames = {"NASCAR Racing 3",         "NASCAR Legends",
-                                                      "NASCAR Racing 2 / 1999",  "NASCAR Racing 4",
-                                                      "NASCAR Racing 2002 Season", "NASCAR Racing 2003 Season"};
+  constexpr std::array<std::string_view, 6> kNames = {
+      "NASCAR Racing 3",           "NASCAR Legends",           "NASCAR Racing 2 / 1999", "NASCAR Racing 4",
+      "NASCAR Racing 2002 Season", "NASCAR Racing 2003 Season"};
   if (simType < 0 || simType >= static_cast<int>(kNames.size())) return {};
   return kNames[static_cast<std::size_t>(simType)];
 }

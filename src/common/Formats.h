@@ -26,8 +26,8 @@ float SecondsPerLap(float speed, float length);
 // 83.5 seconds as 1:23.500, 3723.25 as 1:02:03.250, 9.1 as 09.100, 0 as "--".
 std::string FormatLapTime(float seconds, char decimal);
 
-// A qualifying speed (mph) as the league reports laps: the speed, or the time for `length` miles; "--" for Null and
-// for 0, the empty text for an unknown method.
+// A qualifying speed (mph) as the league reports laps: the speed, or the time for `length` miles; "--" for
+// Null and for 0, the empty text for an unknown method.
 std::string FormatQualifying(const engine::Value& value, float length, int method, char decimal);
 
 // The last `width` characters of the text padded on its left.

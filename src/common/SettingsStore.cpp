@@ -25,7 +25,8 @@ std::string GetSettingValue(engine::Database& database, int id, std::string* nam
 bool SaveSettingValue(engine::Database& database, int id, std::string_view value) {
   try {
     const std::string quoted = QuoteSQL(value);
-    if (database.OpenRecordset(fmt::format("SELECT SettingsID FROM Settings WHERE SettingsID={}", id)).AtEnd()) {
+    if (database.OpenRecordset(fmt::format("SELECT SettingsID FROM Settings WHERE SettingsID={}", id))
+            .AtEnd()) {
       database.Execute(
           fmt::format("INSERT INTO Settings (SettingsID,SettingValue) VALUES ({},{})", id, quoted));
     }

@@ -31,7 +31,8 @@ std::string QuoteSQL(std::string_view text) {
 }
 
 std::string QuoteSQL(const engine::Value& value, char decimal) {
-  return value.IsText() ? QuoteSQL(std::string_view(value.Text())) : QuoteSQL(std::string_view(value.ToText(decimal)));
+  return value.IsText() ? QuoteSQL(std::string_view(value.Text()))
+                        : QuoteSQL(std::string_view(value.ToText(decimal)));
 }
 
 std::int32_t GetMaxID(engine::Database& database, std::string_view table, std::string_view field) {

@@ -90,8 +90,8 @@ Section ParseSection(std::string_view text) {
 // The digits that users see: 7 of a Single, 15 of all else, so that 2.675 rounds as it reads.
 Decimal ToDecimal(double number, int digits) {
   std::array<char, 32> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific,
-                                 digits - 1)
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                 std::chars_format::scientific, digits - 1)
                        .ptr;
   const std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
   const auto mark = text.find('e');
@@ -132,7 +132,8 @@ std::pair<std::string, std::string> Round(Decimal decimal, std::size_t places) {
   return {std::move(whole), decimal.digits.substr(wholeDigits)};
 }
 
-std::string Write(const Section& section, const std::string& whole, const std::string& decimals, char decimal) {
+std::string Write(const Section& section, const std::string& whole, const std::string& decimals,
+                  char decimal) {
   const char groupSeparator = decimal == ',' ? '.' : ',';
   std::string text;
   // Digits still to come before the decimal point; from the first one that is written on, all are.
@@ -193,7 +194,8 @@ std::string Write(const Section& section, const std::string& whole, const std::s
   return text;
 }
 
-std::string FormatNumber(const Value& value, double number, int digits, std::string_view format, char decimal) {
+std::string FormatNumber(const Value& value, double number, int digits, std::string_view format,
+                         char decimal) {
   const std::vector<std::string_view> sections = SplitSections(format);
   const auto has = [&](std::size_t index) { return sections.size() > index && !sections[index].empty(); };
   std::size_t chosen = 0;

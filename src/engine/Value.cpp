@@ -20,7 +20,9 @@ constexpr int kDoubleDigits = 15;
 // From this power of ten on, and below its reciprocal, numbers are written with an exponent.
 constexpr int kPlainPowers = 15;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
   return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](char a, char b) {
@@ -34,7 +36,8 @@ std::string_view TrimBlanks(std::string_view text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-// The length of the number that starts at `text`: sign, digits with one decimal separator, exponent. 0 without a digit.
+// The length of the number that starts at `text`: sign, digits with one decimal separator, exponent. 0
+// without a digit.
 std::size_t NumberLength(std::string_view text, char decimal) {
   std::size_t at = 0;
   if (at < text.size() && (text[at] == '+' || text[at] == '-')) ++at;
@@ -130,8 +133,9 @@ bool Value::ToBoolean(char decimal) const {
 std::int32_t Value::ToLong(char decimal) const {
   if (type_ == Type::Boolean || type_ == Type::Long) return static_cast<std::int32_t>(integer_);
   const double rounded = RoundHalfEven(ToDouble(decimal));
-  if (!(rounded >= std::numeric_limits<std::int32_t>::min() && rounded <= std::numeric_limits<std::int32_t>::max()))
-    throw EngineError(kOverflow);
+  if (!(rounded >= std::numeric_limits<std::int32_t>::min() &&
+        rounded <= std::numeric_limits<std::int32_t>::max()))
+    throw EngineError(kOverflow, ToText(decimal), "Long");
   return static_cast<std::int32_t>(rounded);
 }
 
@@ -150,14 +154,14 @@ double Value::ToDouble(char decimal) const {
       break;
   }
   double number = 0;
-  if (!ParseNumber(text_, decimal, number)) throw EngineError(kTypeMismatch);
-  if (!std::isfinite(number)) throw EngineError(kOverflow);
+  if (!ParseNumber(text_, decimal, number)) throw EngineError(kTypeMismatch, text_);
+  if (!std::isfinite(number)) throw EngineError(kOverflow, text_, "Double");
   return number;
 }
 
 float Value::ToSingle(char decimal) const {
   const auto number = static_cast<float>(ToDouble(decimal));
-  if (!std::isfinite(number)) throw EngineError(kOverflow);
+  if (!std::isfinite(number)) throw EngineError(kOverflow, ToText(decimal), "Single");
   return number;
 }
 
@@ -184,8 +188,8 @@ std::string Value::ToText(char decimal) const {
 std::string NumberText(double number, int digits, char decimal) {
   if (number == 0) return "0";
   std::array<char, 32> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific,
-                                 std::clamp(digits, 1, 17) - 1)
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                 std::chars_format::scientific, std::clamp(digits, 1, 17) - 1)
                        .ptr;
   std::string_view mantissa(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
   const auto mark = mantissa.find('e');
@@ -249,6 +253,8 @@ double LeadingNumber(std::string_view text) {
   return length == 0 ? 0 : ConvertNumber(text.substr(0, length), '.');
 }
 
-double RoundHalfEven(double number) { return std::nearbyint(number); }
+double RoundHalfEven(double number) {
+  return std::nearbyint(number);
+}
 
 }  // namespace scorvane::engine

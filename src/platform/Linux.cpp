@@ -75,8 +75,8 @@ fs::path UserDataFolder() {
   return fs::path(home) / ".local" / "share";
 }
 
-// Copies the installed template, which may be read-only, to a folder that has none yet. Without one to copy the
-// program says so itself when it opens its template.
+// Copies the installed template, which may be read-only, to a folder that has none yet. Without one to copy
+// the program says so itself when it opens its template.
 void FillFromInstalledTemplate(const fs::path& folder) {
   std::error_code error;
   const fs::path target = folder / kTemplateName;
@@ -100,13 +100,17 @@ std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path) {
   return std::unique_ptr<FileLock>(new FileLock(handle.Release()));
 }
 
-FileLock::~FileLock() { ::close(handle_); }
+FileLock::~FileLock() {
+  ::close(handle_);
+}
 
-bool FlushFile(const std::string& path) { return Flush(path, O_RDONLY); }
+bool FlushFile(const std::string& path) {
+  return Flush(path, O_RDONLY);
+}
 
 void ReplaceFile(const std::string& from, const std::string& to) {
   const fs::path target = FollowLinks(to);
-  struct stat status {};
+  struct stat status{};
   if (::stat(target.c_str(), &status) == 0) {
     if (::chmod(from.c_str(), status.st_mode & 07777U) != 0) ThrowLast(from);
   }
@@ -136,9 +140,11 @@ std::string ProgramFolder() {
 }
 
 std::string ApplicationFolder() {
-  if (std::string home = Environment("SCORVANE_HOME"); !home.empty()) return WithoutTrailingSeparator(std::move(home));
+  if (std::string home = Environment("SCORVANE_HOME"); !home.empty())
+    return WithoutTrailingSeparator(std::move(home));
   std::string program = ProgramFolder();
-  if (const fs::path portable = fs::path(program) / kTemplateName; IsWritable(portable.string())) return program;
+  if (const fs::path portable = fs::path(program) / kTemplateName; IsWritable(portable.string()))
+    return program;
   const fs::path folder = UserDataFolder() / "scorvane";
   std::error_code error;
   fs::create_directories(folder, error);
@@ -146,8 +152,12 @@ std::string ApplicationFolder() {
   return folder.string();
 }
 
-bool ErrorIsTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+bool ErrorIsTerminal() {
+  return ::isatty(STDERR_FILENO) == 1;
+}
 
-bool InputIsTerminal() { return ::isatty(STDIN_FILENO) == 1; }
+bool InputIsTerminal() {
+  return ::isatty(STDIN_FILENO) == 1;
+}
 
 }  // namespace scorvane::platform

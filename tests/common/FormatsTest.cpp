@@ -9,7 +9,7 @@ TEST(Formats, LapTimes) {
   const struct {
     float seconds;
     const char* text;
-  } cases[] = {{83.5F, "1:23.500"}, {3723.25F, "1:02:03.250"}, {9.1F, "09.100"},     {0, "--"},
+  } cases[] = {{83.5F, "1:23.500"}, {3723.25F, "1:02:03.250"}, {9.1F, "09.100"},        {0, "--"},
                {60, "1:00.000"},    {3600, "1:00:00.000"},     {36000, "10:00:00.000"}, {0.05F, "00.050"}};
   for (const auto& c : cases) EXPECT_EQ(FormatLapTime(c.seconds, '.'), c.text);
   EXPECT_EQ(FormatLapTime(83.5F, ','), "1:23,500");
@@ -42,7 +42,8 @@ TEST(Formats, Colors) {
   EXPECT_EQ(ParseColor("&H0000FFFF"), 0xFFFF);
   EXPECT_EQ(ParseColor("&H8000000F"), static_cast<std::int32_t>(0x8000000F));
   EXPECT_EQ(ParseColor("16711680"), 0xFF0000);
-  for (const char* text : {"", "&H", "red", "&H12G4", "&H123456789", "-"}) EXPECT_FALSE(ParseColor(text)) << text;
+  for (const char* text : {"", "&H", "red", "&H12G4", "&H123456789", "-"})
+    EXPECT_FALSE(ParseColor(text)) << text;
 }
 
 TEST(Formats, ProperCase) {

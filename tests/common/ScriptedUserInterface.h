@@ -1,5 +1,5 @@
-// A user interface for tests: it records what the program says, and fails the test when it is asked something that
-// the test has not answered in advance.
+// A user interface for tests: it records what the program says, and fails the test when it is asked something
+// that the test has not answered in advance.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -20,7 +20,8 @@ inline bool operator==(const Message& a, const Message& b) {
 }
 
 inline std::ostream& operator<<(std::ostream& out, const Message& message) {
-  return out << '"' << message.text << "\" titled \"" << message.title << "\" icon " << static_cast<int>(message.icon);
+  return out << '"' << message.text << "\" titled \"" << message.title << "\" icon "
+             << static_cast<int>(message.icon);
 }
 
 class ScriptedUserInterface : public UserInterface {
@@ -70,12 +71,14 @@ class ScriptedUserInterface : public UserInterface {
     return Take(answers, Answer::Cancel, message.text);
   }
 
-  std::vector<std::string> OpenFiles(const std::string& filter, const std::string& folder, bool several) override {
+  std::vector<std::string> OpenFiles(const std::string& filter, const std::string& folder,
+                                     bool several) override {
     dialogs.push_back({filter, "", folder, several});
     return Take(filesToOpen, {}, filter);
   }
 
-  std::string SaveFile(const std::string& filter, const std::string& name, const std::string& folder) override {
+  std::string SaveFile(const std::string& filter, const std::string& name,
+                       const std::string& folder) override {
     dialogs.push_back({filter, name, folder, false});
     return Take(filesToSave, {}, filter);
   }

@@ -61,14 +61,14 @@ TEST(Value, ReadsWholeTextsAsNumbers) {
     bool readable;
     double number;
   } cases[] = {
-      {"12", '.', true, 12},        {" -12.5 ", '.', true, -12.5}, {"+.5", '.', true, 0.5},
-      {"5.", '.', true, 5},         {"1e3", '.', true, 1000},      {"1.5E-2", '.', true, 0.015},
-      {"12,5", ',', true, 12.5},    {"-0,25", ',', true, -0.25},   {"12.5", ',', false, 0},
-      {"12,5", '.', false, 0},      {"", '.', false, 0},           {"  ", '.', false, 0},
-      {".", '.', false, 0},         {"-", '.', false, 0},          {"12 mph", '.', false, 0},
-      {"1 2", '.', false, 0},       {"1e", '.', false, 0},         {"inf", '.', false, 0},
-      {"nan", '.', false, 0},       {"0x10", '.', false, 0},       {"1.2.3", '.', false, 0},
-      {"1e-400", '.', true, 0},     {"+-5", '.', false, 0},
+      {"12", '.', true, 12},     {" -12.5 ", '.', true, -12.5}, {"+.5", '.', true, 0.5},
+      {"5.", '.', true, 5},      {"1e3", '.', true, 1000},      {"1.5E-2", '.', true, 0.015},
+      {"12,5", ',', true, 12.5}, {"-0,25", ',', true, -0.25},   {"12.5", ',', false, 0},
+      {"12,5", '.', false, 0},   {"", '.', false, 0},           {"  ", '.', false, 0},
+      {".", '.', false, 0},      {"-", '.', false, 0},          {"12 mph", '.', false, 0},
+      {"1 2", '.', false, 0},    {"1e", '.', false, 0},         {"inf", '.', false, 0},
+      {"nan", '.', false, 0},    {"0x10", '.', false, 0},       {"1.2.3", '.', false, 0},
+      {"1e-400", '.', true, 0},  {"+-5", '.', false, 0},
   };
   for (const auto& c : cases) {
     double number = 0;
@@ -86,8 +86,9 @@ TEST(Value, TakesTheLeadingNumberOfAText) {
   const struct {
     const char* text;
     double number;
-  } cases[] = {{"12 mph", 12}, {"165.4 mph", 165.4}, {"", 0},       {"DNQ", 0},    {"-3.5x", -3.5}, {"1.2.3", 1.2},
-               {" 1 234", 1234}, {"3,5", 3},         {"1e2e3", 100}, {"5 East", 5}, {"-", 0}};
+  } cases[] = {{"12 mph", 12},  {"165.4 mph", 165.4}, {"", 0},          {"DNQ", 0},
+               {"-3.5x", -3.5}, {"1.2.3", 1.2},       {" 1 234", 1234}, {"3,5", 3},
+               {"1e2e3", 100},  {"5 East", 5},        {"-", 0}};
   for (const auto& c : cases) EXPECT_EQ(LeadingNumber(c.text), c.number) << c.text;
 }
 
@@ -95,8 +96,13 @@ TEST(Value, RoundsHalfToEvenOnTheWayToWholeNumbers) {
   const struct {
     Value value;
     std::int32_t number;
-  } cases[] = {{Value(0.5), 0},   {Value(1.5), 2},   {Value(-2.5), -2},         {Value("3.5"), 4},
-               {Value(true), -1}, {Value(false), 0}, {Value(2147483647.4), 2147483647}};
+  } cases[] = {{Value(0.5), 0},
+               {Value(1.5), 2},
+               {Value(-2.5), -2},
+               {Value("3.5"), 4},
+               {Value(true), -1},
+               {Value(false), 0},
+               {Value(2147483647.4), 2147483647}};
   for (const auto& c : cases) EXPECT_EQ(c.value.ToLong(), c.number);
 }
 

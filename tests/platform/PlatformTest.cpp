@@ -69,7 +69,8 @@ TEST_F(Platform, ReplacesWhatALinkPointsAt) {
 TEST_F(Platform, AFailedReplacementLeavesTheFileAlone) {
   const fs::path to = Write("to", "old");
   EXPECT_THROW(ReplaceFile((folder_ / "none").string(), to.string()), std::system_error);
-  EXPECT_THROW(ReplaceFile(Write("from", "new").string(), (folder_ / "none" / "to").string()), std::system_error);
+  EXPECT_THROW(ReplaceFile(Write("from", "new").string(), (folder_ / "none" / "to").string()),
+               std::system_error);
   EXPECT_EQ(Read(to), "old");
 }
 
