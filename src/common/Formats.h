@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,9 @@
 #include "engine/Value.h"
 
 namespace scorvane::common {
+
+// The text without the blanks at its two ends; only the space counts as a blank.
+std::string_view TrimBlanks(std::string_view text);
 
 // The text with every full stop replaced by the decimal separator.
 std::string LocalizeDecimal(std::string_view text, char decimal);
@@ -22,8 +26,8 @@ float SecondsPerLap(float speed, float length);
 // 83.5 seconds as 1:23.500, 3723.25 as 1:02:03.250, 9.1 as 09.100, 0 as "--".
 std::string FormatLapTime(float seconds, char decimal);
 
-// A qualifying speed (mph) as the league reports laps: the speed, or the time for `length` miles; "--" for Null and
-// for 0, the empty text for an unknown method.
+// A qualifying speed (mph) as the league reports laps: the speed, or the time for `length` miles; "--" for
+// Null and for 0, the empty text for an unknown method.
 std::string FormatQualifying(const engine::Value& value, float length, int method, char decimal);
 
 // The last `width` characters of the text padded on its left.
@@ -34,6 +38,11 @@ int ColorByte(std::int64_t color, int byte);
 
 // RRGGBB in upper case; FFFFFF for a value that is no colour.
 std::string ColorToHTML(std::int64_t color);
+
+// A colour as settings store it: "&H" and 8 hexadecimal digits.
+std::string ColorText(std::int64_t color);
+// Reads a stored colour, or a plain decimal one; nothing when the text is none.
+std::optional<std::int32_t> ParseColor(std::string_view text);
 
 // The number of places at which `part` stands in `text`, none overlapping another.
 int CountOccurrences(std::string_view text, std::string_view part);

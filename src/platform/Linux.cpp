@@ -1,0 +1,163 @@
+#include <fcntl.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "platform/Platform.h"
+
+namespace scorvane::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kTemplateName = "Kirrelon.dat";
+constexpr int kMaximumLinks = 40;
+
+// A file descriptor that closes itself.
+class Handle {
+ public:
+  Handle(const fs::path& path, int flags) : handle_(::open(path.c_str(), flags | O_CLOEXEC)) {}
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  ~Handle() {
+    if (handle_ >= 0) ::close(handle_);
+  }
+  bool IsOpen() const { return handle_ >= 0; }
+  int Get() const { return handle_; }
+  int Release() { return std::exchange(handle_, -1); }
+
+ private:
+  int handle_;
+};
+
+bool Flush(const fs::path& path, int flags) {
+  const Handle handle(path, flags);
+  return handle.IsOpen() && ::fsync(handle.Get()) == 0;
+}
+
+[[noreturn]] void ThrowLast(const std::string& path) {
+  throw std::system_error(errno, std::generic_category(), path);
+}
+
+// The file that a path means when its last part is a link, or a link to one; the target need not be there.
+fs::path FollowLinks(fs::path path) {
+  std::error_code error;
+  for (int i = 0; i < kMaximumLinks && fs::is_symlink(path, error); ++i)
+    path = path.parent_path() / fs::read_symlink(path);
+  return path;
+}
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string WithoutTrailingSeparator(std::string path) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  return path;
+}
+
+fs::path UserDataFolder() {
+  if (const fs::path data = Environment("XDG_DATA_HOME"); data.is_absolute()) return data;
+  std::string home = Environment("HOME");
+  if (home.empty()) {
+    if (const passwd* user = ::getpwuid(::getuid()); user != nullptr) home = user->pw_dir;
+  }
+  return fs::path(home) / ".local" / "share";
+}
+
+// Copies the installed template, which may be read-only, to a folder that has none yet. Without one to copy
+// the program says so itself when it opens its template.
+void FillFromInstalledTemplate(const fs::path& folder) {
+  std::error_code error;
+  const fs::path target = folder / kTemplateName;
+  if (fs::exists(target, error)) return;
+  const fs::path installed = fs::path(ProgramFolder()).parent_path() / "share" / "scorvane" / kTemplateName;
+  const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(::getpid()));
+  if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
+  fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
+  try {
+    ReplaceFile(copy.string(), target.string());
+  } catch (const std::system_error&) {
+    fs::remove(copy, error);
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path) {
+  Handle handle(path, O_RDONLY);
+  if (!handle.IsOpen() || ::flock(handle.Get(), LOCK_EX | LOCK_NB) != 0) return nullptr;
+  return std::unique_ptr<FileLock>(new FileLock(handle.Release()));
+}
+
+FileLock::~FileLock() {
+  ::close(handle_);
+}
+
+bool FlushFile(const std::string& path) {
+  return Flush(path, O_RDONLY);
+}
+
+void ReplaceFile(const std::string& from, const std::string& to) {
+  const fs::path target = FollowLinks(to);
+  struct stat status{};
+  if (::stat(target.c_str(), &status) == 0) {
+    if (::chmod(from.c_str(), status.st_mode & 07777U) != 0) ThrowLast(from);
+  }
+  if (!FlushFile(from)) ThrowLast(from);
+  if (::rename(from.c_str(), target.c_str()) != 0) ThrowLast(target.string());
+  // The rename stands; a folder that cannot be flushed only risks that a power cut brings the old file back.
+  const fs::path folder = target.parent_path();
+  Flush(folder.empty() ? fs::path(".") : folder, O_RDONLY | O_DIRECTORY);
+}
+
+bool IsWritable(const std::string& path) {
+  std::error_code error;
+  return ::access(path.c_str(), fs::is_directory(path, error) ? W_OK | X_OK : W_OK) == 0;
+}
+
+char LocaleDecimalSeparator() {
+  const locale_t locale = ::newlocale(LC_NUMERIC_MASK, "", nullptr);
+  if (locale == nullptr) return '.';
+  const std::string separator = ::nl_langinfo_l(RADIXCHAR, locale);
+  ::freelocale(locale);
+  return separator.size() == 1 ? separator.front() : '.';
+}
+
+std::string ProgramFolder() {
+  std::error_code error;
+  return fs::read_symlink("/proc/self/exe", error).parent_path().string();
+}
+
+std::string ApplicationFolder() {
+  if (std::string home = Environment("SCORVANE_HOME"); !home.empty())
+    return WithoutTrailingSeparator(std::move(home));
+  std::string program = ProgramFolder();
+  if (const fs::path portable = fs::path(program) / kTemplateName; IsWritable(portable.string()))
+    return program;
+  const fs::path folder = UserDataFolder() / "scorvane";
+  std::error_code error;
+  fs::create_directories(folder, error);
+  FillFromInstalledTemplate(folder);
+  return folder.string();
+}
+
+bool ErrorIsTerminal() {
+  return ::isatty(STDERR_FILENO) == 1;
+}
+
+bool InputIsTerminal() {
+  return ::isatty(STDIN_FILENO) == 1;
+}
+
+}  // namespace scorvane::platform

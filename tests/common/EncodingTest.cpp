@@ -1,0 +1,26 @@
+#include "common/Encoding.h"
+
+#include <gtest/gtest.h>
+
+namespace scorvane::common {
+namespace {
+
+TEST(Encoding, EveryByteSurvivesTheWayThereAndBack) {
+  std::string all;
+  for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
+  EXPECT_EQ(ToWindows1252(FromWindows1252(all)), all);
+}
+
+TEST(Encoding, KnowsTheCodePage) {
+  EXPECT_EQ(FromWindows1252("72\xB0 Ren\xE9 \x80 \x9F \xA9"), "72° René € Ÿ ©");
+  EXPECT_EQ(FromWindows1252("\x81"), "\xC2\x81");
+}
+
+TEST(Encoding, WritesAQuestionMarkForWhatTheCodePageLacks) {
+  EXPECT_EQ(ToWindows1252("Łukasz 日本 🏁"), "?ukasz ?? ?");
+  EXPECT_EQ(ToWindows1252("a\xFF\xC3"), "a??");
+  EXPECT_EQ(ToWindows1252("\xE2\x82z"), "??z");
+}
+
+}  // namespace
+}  // namespace scorvane::common
