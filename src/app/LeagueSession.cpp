@@ -1,0 +1,119 @@
+#include "app/LeagueSession.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <map>
+#include <system_error>
+
+#include "common/Paths.h"
+#include "common/SettingsStore.h"
+#include "common/SqlText.h"
+#include "db/MDBBuild.h"
+#include "platform/Platform.h"
+
+namespace scorvane::app {
+namespace {
+
+constexpr int kFirstPageDefault = 100;
+constexpr int kLastPageDefault = 109;
+constexpr const char* kCompactName = "TmpPoints.mdb";
+
+// A setting as a whole number within the bounds.
+int SettingNumber(engine::Database& league, int id, int lowest, int highest) {
+  const double number = std::trunc(engine::LeadingNumber(common::GetSettingValue(league, id)));
+  return number >= lowest && number <= highest ? static_cast<int>(number) : lowest;
+}
+
+bool SettingFlag(engine::Database& league, int id) {
+  const std::string value = common::GetSettingValue(league, id);
+  return value == "True" || engine::LeadingNumber(value) != 0;
+}
+
+}  // namespace
+
+void ReadLeagueSettings(engine::Database& league, common::ProcessState& state) {
+  state.simType = static_cast<std::int16_t>(
+      SettingNumber(league, common::kSimTitle, common::kNascarRacing3, common::kNascarRacing2003));
+  state.leagueType = SettingNumber(league, common::kLeagueTypeSetting, common::kOnline, common::kOffline);
+  state.useCustomPointSystem = SettingFlag(league, common::kUseCustomPointSystem);
+  state.useCustomBonusSystem = SettingFlag(league, common::kUseCustomBonusSystem);
+  state.droppedRaces = static_cast<std::int16_t>(SettingNumber(league, common::kDroppedRaces, 0, 32767));
+  state.lapReportingMethod = static_cast<std::int16_t>(
+      SettingNumber(league, common::kLapReportingMethodSetting, common::kLapSpeed, common::kLapTime));
+}
+
+bool LeagueSession::OpenLeagueFile(const std::string& path) {
+  if (!common::FileExists(path)) {
+    ui_.ShowMessage({"\"" + path + "\" does not exist!", "Open File Error", common::MessageIcon::Exclamation});
+    return false;
+  }
+  CloseLeagueFile();
+  engine::OpenOptions options;
+  options.exclusive = true;
+  league_ = engine_.DefaultWorkspace().OpenDatabase(path, options);
+  try {
+    engine::UnitOfWork work(*league_);
+    // Here a file of an earlier release is brought up to date, before anything reads it.
+    db::EnsureDefaultSettings(*league_);
+    ReadLeagueSettings(*league_, state_);
+    // Here a league of the newer simulations asks for the simulation's folder when it is not known.
+    RefreshBonusQueries();
+    CopyPageDefaults();
+    if (common::GetSettingValue(*league_, common::kDroppedRaces) == common::kMissingSetting) {
+      league_->Execute("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
+    }
+    work.Commit();
+  } catch (...) {
+    league_.reset();
+    throw;
+  }
+  return true;
+}
+
+// The league's rules carry the template's query texts. What is the same already is not written again, so that a file
+// that is only looked at stays as it is.
+void LeagueSession::RefreshBonusQueries() {
+  std::map<std::int32_t, engine::Value> present;
+  for (auto rows = league_->OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd(); rows.MoveNext())
+    present[rows.At(0).ToLong()] = rows.At(1);
+  for (auto rows = templateDb_.OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd(); rows.MoveNext()) {
+    const std::int32_t id = rows.At(0).ToLong();
+    const auto found = present.find(id);
+    if (found == present.end() || found->second == rows.At(1)) continue;
+    league_->Execute(fmt::format("UPDATE Bonus SET Query={} WHERE BonusID={}",
+                                 common::QuoteSQL(rows.At(1), state_.decimalSeparator), id));
+  }
+}
+
+void LeagueSession::CopyPageDefaults() {
+  for (int id = kFirstPageDefault; id <= kLastPageDefault; ++id) {
+    if (common::GetSettingValue(*league_, id) != common::kMissingSetting) continue;
+    std::string name;
+    const std::string value = common::GetSettingValue(templateDb_, id, &name);
+    if (value == common::kMissingSetting) continue;
+    league_->Execute(fmt::format("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES ({},{},{})", id,
+                                 common::QuoteSQL(name), common::QuoteSQL(value)));
+  }
+}
+
+void LeagueSession::CloseLeagueFile() {
+  if (!league_) return;
+  const std::string path = league_->Name();
+  const bool worthCompacting = league_->FreePages() > 0;
+  league_.reset();
+  if (!worthCompacting) return;
+  const std::string compact = common::GetFolder(path) + kCompactName;
+  std::error_code error;
+  try {
+    std::filesystem::remove(compact, error);  // left by an earlier failure
+    engine_.CompactDatabase(path, compact);
+    platform::ReplaceFile(compact, path);
+  } catch (const std::exception&) {
+    std::filesystem::remove(compact, error);
+  }
+}
+
+}  // namespace scorvane::app

@@ -1,0 +1,54 @@
+// The one league file that is open at a time: how it is opened, what opening brings up to date, and how it is closed.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "common/ProcessState.h"
+#include "common/UserInterface.h"
+#include "engine/Database.h"
+
+namespace scorvane::app {
+
+class LeagueSession {
+ public:
+  // All four must outlive the session.
+  LeagueSession(engine::DBEngine& engine, engine::Database& templateDb, common::ProcessState& state,
+                common::UserInterface& ui)
+      : engine_(engine), templateDb_(templateDb), state_(state), ui_(ui) {}
+  LeagueSession(const LeagueSession&) = delete;
+  LeagueSession& operator=(const LeagueSession&) = delete;
+  ~LeagueSession() { CloseLeagueFile(); }
+
+  // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process state.
+  // False, after a message, when there is no such file: the open one then stays open. Throws EngineError when the
+  // file cannot be used as a league; no file is open then.
+  bool OpenLeagueFile(const std::string& path);
+
+  // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a file.
+  // What goes wrong while it is made compact costs nothing but the compaction: the file stays as it was.
+  void CloseLeagueFile();
+
+  bool IsOpen() const { return league_ != nullptr; }
+  // The open league file; there must be one.
+  engine::Database& League() { return *league_; }
+  engine::Database& Template() { return templateDb_; }
+  common::ProcessState& State() { return state_; }
+
+ private:
+  void LoadSettings();
+  void RefreshBonusQueries();
+  void CopyPageDefaults();
+
+  engine::DBEngine& engine_;
+  engine::Database& templateDb_;
+  common::ProcessState& state_;
+  common::UserInterface& ui_;
+  std::unique_ptr<engine::Database> league_;
+};
+
+// Reads the league's settings that the whole program shares into the state; a setting that is missing or no number
+// counts as 0.
+void ReadLeagueSettings(engine::Database& league, common::ProcessState& state);
+
+}  // namespace scorvane::app

@@ -1,0 +1,182 @@
+#include <fmt/format.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "engine/Collation.h"
+#include "engine/DatabaseImpl.h"
+#include "engine/EngineError.h"
+
+namespace scorvane::engine {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kPatience = 5000;  // milliseconds to wait for another process that writes to a shared file
+
+// The format's own first bytes, and where it keeps the application id.
+constexpr char kHeader[] = "SQLite format 3";
+constexpr std::size_t kApplicationIdPlace = 68;
+
+fs::path Utf8Path(const std::string& path) {
+  return fs::path(std::u8string(path.begin(), path.end()));
+}
+
+std::string FullPath(const std::string& path) {
+  std::error_code error;
+  const fs::path full = fs::absolute(Utf8Path(path), error);
+  if (error) return path;
+  const std::u8string text = full.lexically_normal().u8string();
+  return {text.begin(), text.end()};
+}
+
+// Looks before the store does: it would take any empty file for a new database, and a stranger's for ours.
+void CheckHeader(const std::string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::status(Utf8Path(path), error);
+  if (status.type() == fs::file_type::not_found) throw EngineError(kFileNotFound, path);
+  if (!fs::is_regular_file(status)) throw EngineError(kUnrecognizedFormat, path);
+  char header[100] = {};
+  std::ifstream file(Utf8Path(path), std::ios::binary);
+  if (!file) throw EngineError(kCannotOpenFile, path);
+  file.read(header, sizeof header);
+  std::uint32_t id = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    id = id << 8 | static_cast<unsigned char>(header[kApplicationIdPlace + i]);
+  if (file.gcount() != sizeof header || std::memcmp(header, kHeader, sizeof kHeader) != 0 || id != kApplicationId)
+    throw EngineError(kUnrecognizedFormat, path);
+}
+
+// A file from a stranger gets no say: no triggers, views, extensions or functions of its own.
+void Harden(sqlite3* connection) {
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 1);  // a compaction attaches its copy
+}
+
+ConnectionPtr OpenConnection(const std::string& path, int flags) {
+  sqlite3* raw = nullptr;
+  const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  ConnectionPtr connection(raw);
+  if (code != SQLITE_OK) ThrowStoreError(nullptr, code, path);
+  sqlite3_extended_result_codes(raw, 1);
+  Harden(raw);
+  RegisterCollation(raw);
+  return connection;
+}
+
+}  // namespace
+
+void Database::Impl::Connect(bool create, bool wantReadOnly) {
+  const int access =
+      create ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : wantReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  connection = OpenConnection(path, access);
+  readOnly = wantReadOnly;
+  sqlite3_busy_timeout(connection.get(), kPatience);
+  RegisterFunctions(connection.get(), functions);
+  Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; "
+      "PRAGMA cache_size=-16000; PRAGMA cell_size_check=ON");
+}
+
+// ---- Database
+
+Database::Database(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {
+  impl_->workspace->databases_.push_back(this);
+}
+
+Database::~Database() {
+  auto& databases = impl_->workspace->databases_;
+  databases.erase(std::remove(databases.begin(), databases.end(), this), databases.end());
+  if (impl_->units > 0) sqlite3_exec(impl_->connection.get(), "COMMIT", nullptr, nullptr, nullptr);
+  impl_->ClearCache();
+  impl_->connection.reset();  // before the lock, which it stands under
+}
+
+// ---- Workspace
+
+Workspace::Workspace() = default;
+Workspace::~Workspace() = default;
+
+std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
+  const std::string full = FullPath(path);
+  std::error_code error;
+  if (fs::exists(Utf8Path(full), error)) throw EngineError(kDatabaseExists, full);
+  if (!fs::is_directory(Utf8Path(full).parent_path(), error)) throw EngineError(kInvalidPath, full);
+  auto impl = std::make_unique<Database::Impl>(*this, full);
+  impl->Connect(true, false);
+  impl->CreateSystemTables();
+  impl->lock = platform::FileLock::TryLock(full);
+  return std::make_unique<Database>(std::move(impl));
+}
+
+std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenOptions options) {
+  const std::string full = FullPath(path);
+  CheckHeader(full);
+  const auto folder = Utf8Path(full).parent_path().u8string();
+  if (!options.readOnly &&
+      (!platform::IsWritable(full) || !platform::IsWritable(std::string(folder.begin(), folder.end()))))
+    throw EngineError(kCannotOpenFile, full);
+  auto impl = std::make_unique<Database::Impl>(*this, full);
+  if (options.exclusive) {
+    impl->lock = platform::FileLock::TryLock(full);
+    if (!impl->lock) throw EngineError(kFileInUse, full);
+  }
+  impl->Connect(false, options.readOnly);
+  try {
+    impl->LoadSchema();
+  } catch (const EngineError& e) {
+    // Tables that are missing or of another shape.
+    if (e.Number() == kTooComplex) throw EngineError(kUnrecognizedFormat, full);
+    throw;
+  }
+  impl->CheckCollation();
+  return std::make_unique<Database>(std::move(impl));
+}
+
+Database* Workspace::FindDatabase(const std::string& path) const {
+  const std::string full = FullPath(path);
+  for (Database* database : databases_) {
+    std::error_code error;
+    if (database->Name() == full || fs::equivalent(Utf8Path(database->Name()), Utf8Path(full), error)) return database;
+  }
+  return nullptr;
+}
+
+// ---- DBEngine
+
+void DBEngine::CompactDatabase(const std::string& from, const std::string& to) {
+  const std::string source = FullPath(from);
+  const std::string target = FullPath(to);
+  CheckHeader(source);
+  std::error_code error;
+  if (fs::exists(Utf8Path(target), error)) throw EngineError(kDatabaseExists, target);
+  {
+    const ConnectionPtr connection = OpenConnection(source, SQLITE_OPEN_READWRITE);
+    sqlite3_stmt* raw = nullptr;
+    int code = sqlite3_prepare_v2(connection.get(), "VACUUM INTO ?1", -1, &raw, nullptr);
+    const StatementPtr statement(raw);
+    const Value path(target);
+    if (code == SQLITE_OK) {
+      Bind(statement.get(), 1, path);
+      code = sqlite3_step(statement.get());
+    }
+    if (code != SQLITE_DONE) {
+      fs::remove(Utf8Path(target), error);
+      ThrowStoreError(connection.get(), code, source);
+    }
+  }
+  if (!platform::FlushFile(target)) {
+    fs::remove(Utf8Path(target), error);
+    throw EngineError(kDiskError, target);
+  }
+}
+
+}  // namespace scorvane::engine

@@ -1,0 +1,238 @@
+#include "engine/sql/Lexer.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "engine/Date.h"
+#include "engine/EngineError.h"
+
+namespace scorvane::engine::sql {
+namespace {
+
+enum CharClass : std::uint8_t { kOther, kBlank, kNameStart, kDigit };
+
+constexpr std::array<std::uint8_t, 256> MakeClasses() {
+  std::array<std::uint8_t, 256> classes{};
+  for (int c = 0; c < 256; ++c) {
+    if (c == ' ' || c == '\t' || c == '\r' || c == '\n') {
+      classes[static_cast<std::size_t>(c)] = kBlank;
+    } else if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c >= 128) {
+      classes[static_cast<std::size_t>(c)] = kNameStart;
+    } else if (c >= '0' && c <= '9') {
+      classes[static_cast<std::size_t>(c)] = kDigit;
+    }
+  }
+  return classes;
+}
+constexpr std::array<std::uint8_t, 256> kClasses = MakeClasses();
+
+std::uint8_t ClassOf(char c) { return kClasses[static_cast<unsigned char>(c)]; }
+
+[[noreturn]] void Fail(std::string_view what, std::size_t place) {
+  throw EngineError(kSyntaxError, what, {}, static_cast<int>(place) + 1);
+}
+
+class Scanner {
+ public:
+  Scanner(std::string_view sql, Lexed& lexed) : sql_(sql), lexed_(lexed) {}
+
+  void Run() {
+    while (place_ < sql_.size()) {
+      const char c = sql_[place_];
+      switch (ClassOf(c)) {
+        case kBlank:
+          ++place_;
+          break;
+        case kNameStart:
+          Name();
+          break;
+        case kDigit:
+          Number();
+          break;
+        default:
+          if (c == '\'' || c == '"') {
+            Text(c);
+          } else if (c == '[') {
+            Bracket();
+          } else if (c == '#') {
+            Date();
+          } else if (c == '.' && place_ + 1 < sql_.size() && ClassOf(sql_[place_ + 1]) == kDigit && !AfterName()) {
+            Number();
+          } else {
+            Symbol();
+          }
+      }
+    }
+    Add(TokenKind::End, place_, {});
+  }
+
+ private:
+  // True when a name stands directly before, as in T.1 - which is then no number.
+  bool AfterName() const {
+    if (lexed_.tokens.empty() || place_ == 0) return false;
+    return ClassOf(sql_[place_ - 1]) == kNameStart || sql_[place_ - 1] == ']';
+  }
+
+  void Add(TokenKind kind, std::size_t start, std::string_view text, int literal = -1) {
+    Token token;
+    token.kind = kind;
+    token.position = static_cast<int>(start) + 1;
+    token.text = text;
+    token.literal = literal;
+    lexed_.tokens.push_back(token);
+  }
+
+  void AddLiteral(const Literal& literal, std::size_t start, std::string_view mark) {
+    lexed_.literals.push_back(literal);
+    Add(TokenKind::Literal, start, sql_.substr(start, place_ - start), static_cast<int>(lexed_.literals.size()) - 1);
+    lexed_.shape += mark;
+  }
+
+  void Name() {
+    const std::size_t start = place_;
+    while (place_ < sql_.size() && (ClassOf(sql_[place_]) == kNameStart || ClassOf(sql_[place_]) == kDigit)) ++place_;
+    const std::string_view text = sql_.substr(start, place_ - start);
+    Add(TokenKind::Name, start, text);
+    lexed_.shape += text;
+    lexed_.shape += ' ';
+  }
+
+  void Bracket() {
+    const std::size_t start = place_;
+    const std::size_t end = sql_.find(']', start);
+    if (end == std::string_view::npos) Fail("a name is missing its closing bracket", start);
+    place_ = end + 1;
+    const std::string_view text = sql_.substr(start + 1, end - start - 1);
+    if (text.empty()) Fail("a name is empty", start);
+    Add(TokenKind::BracketName, start, text);
+    lexed_.shape += sql_.substr(start, end + 1 - start);
+    lexed_.shape += ' ';
+  }
+
+  void Number() {
+    const std::size_t start = place_;
+    bool decimal = false;
+    auto digits = [&] {
+      while (place_ < sql_.size() && ClassOf(sql_[place_]) == kDigit) ++place_;
+    };
+    digits();
+    if (place_ < sql_.size() && sql_[place_] == '.') {
+      decimal = true;
+      ++place_;
+      digits();
+    }
+    if (place_ < sql_.size() && (sql_[place_] == 'e' || sql_[place_] == 'E')) {
+      std::size_t ahead = place_ + 1;
+      if (ahead < sql_.size() && (sql_[ahead] == '+' || sql_[ahead] == '-')) ++ahead;
+      if (ahead < sql_.size() && ClassOf(sql_[ahead]) == kDigit) {
+        decimal = true;
+        place_ = ahead;
+        digits();
+      }
+    }
+    if (place_ < sql_.size() && ClassOf(sql_[place_]) == kNameStart) Fail("a name cannot begin with a digit", start);
+    Literal literal;
+    literal.kind = decimal ? Literal::Kind::Decimal : Literal::Kind::Integer;
+    const char* first = sql_.data() + start;
+    const char* last = sql_.data() + place_;
+    if (!decimal && place_ - start <= 15) {
+      std::int64_t whole = 0;
+      std::from_chars(first, last, whole);
+      literal.number = static_cast<double>(whole);
+    } else {
+      const auto result = std::from_chars(first, last, literal.number);
+      if (result.ec != std::errc() || !std::isfinite(literal.number)) Fail("a number is too large", start);
+    }
+    if (!decimal && std::fabs(literal.number) > 2147483647.0) literal.kind = Literal::Kind::Decimal;
+    AddLiteral(literal, start, literal.kind == Literal::Kind::Decimal ? "?d " : "?i ");
+  }
+
+  void Text(char quote) {
+    const std::size_t start = place_++;
+    Literal literal;
+    literal.kind = Literal::Kind::Text;
+    while (true) {
+      const std::size_t end = sql_.find(quote, place_);
+      if (end == std::string_view::npos) Fail("a text is missing its closing quote", start);
+      place_ = end + 1;
+      if (place_ < sql_.size() && sql_[place_] == quote) {
+        literal.quote = quote;
+        ++place_;
+        continue;
+      }
+      literal.text = sql_.substr(start + 1, end - start - 1);
+      break;
+    }
+    AddLiteral(literal, start, "?t ");
+  }
+
+  void Date() {
+    const std::size_t start = place_;
+    const std::size_t end = sql_.find('#', start + 1);
+    if (end == std::string_view::npos) Fail("a date is missing its closing #", start);
+    Literal literal;
+    literal.kind = Literal::Kind::Date;
+    if (!ParseDate(sql_.substr(start + 1, end - start - 1), literal.number)) Fail("a date is not valid", start);
+    place_ = end + 1;
+    AddLiteral(literal, start, "?D ");
+  }
+
+  void Symbol() {
+    const std::size_t start = place_;
+    std::string_view text = sql_.substr(start, 1);
+    const std::string_view two = sql_.substr(start, 2);
+    if (two == "<=" || two == ">=" || two == "<>") {
+      text = two;
+    } else if (std::string_view("()<>=+-*/\\^&,.;").find(text[0]) == std::string_view::npos) {
+      Fail(fmt::format("the character '{}' does not belong here", text), start);
+    }
+    place_ += text.size();
+    Add(TokenKind::Symbol, start, text);
+    lexed_.shape += text;
+  }
+
+  std::string_view sql_;
+  Lexed& lexed_;
+  std::size_t place_ = 0;
+};
+
+}  // namespace
+
+std::string Literal::Unescaped() const {
+  std::string plain(text);
+  if (quote == 0) return plain;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < plain.size(); ++i) {
+    plain[kept++] = plain[i];
+    if (plain[i] == quote) ++i;
+  }
+  plain.resize(kept);
+  return plain;
+}
+
+Value Literal::ToValue() const {
+  switch (kind) {
+    case Kind::Text:
+      return Value(Unescaped());
+    case Kind::Integer:
+      return Value(static_cast<std::int32_t>(number));
+    case Kind::Decimal:
+      return Value(number);
+    case Kind::Date:
+      return Value::FromDate(number);
+  }
+  return {};
+}
+
+void Lex(std::string_view sql, Lexed& lexed) {
+  lexed.tokens.clear();
+  lexed.literals.clear();
+  lexed.shape.clear();
+  lexed.shape.reserve(sql.size() + 32);
+  Scanner(sql, lexed).Run();
+}
+
+}  // namespace scorvane::engine::sql

@@ -1,0 +1,20 @@
+// Recursive descent from tokens to a tree.
+#pragma once
+
+#include "engine/sql/Lexer.h"
+#include "engine/sql/Tree.h"
+
+namespace scorvane::engine::sql {
+
+// How deep expressions, joins and subqueries may nest.
+inline constexpr int kMaxDepth = 120;
+// How many terms a chain of operators of one strength may have: printed with all its brackets it still parses.
+inline constexpr int kMaxTerms = 100;
+
+// Throws EngineError: 3075 with the place of the fault, 3360 for a statement nested too deeply.
+Statement Parse(const Lexed& lexed);
+
+// A text as a whole statement, for callers that have no tokens yet.
+Statement ParseText(std::string_view sql);
+
+}  // namespace scorvane::engine::sql

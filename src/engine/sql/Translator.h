@@ -1,0 +1,63 @@
+// From a statement's tree to the text that the store runs. Names are resolved against the schema, every expression is
+// given a type, and where the store alone would answer differently the text says so in full: True is -1, texts
+// compare by the league's collation, values are converted to the fields that they go into.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/Conversion.h"
+#include "engine/Schema.h"
+#include "engine/sql/Tree.h"
+
+namespace scorvane::engine::sql {
+
+// The schema as the translator sees it.
+class Catalog {
+ public:
+  virtual ~Catalog() = default;
+  virtual const TableDef* FindTable(std::string_view name) const = 0;
+  // The number under which an sv_store call finds a target.
+  virtual int AddTarget(std::shared_ptr<const StoreTarget> target) = 0;
+};
+
+// A value of a result column. Unknown: as the store returns it.
+enum class SqlType : std::uint8_t { Unknown, Null, Boolean, Long, Single, Double, Date, Text };
+
+struct PlanColumn {
+  std::string name;
+  SqlType type = SqlType::Unknown;
+  std::string field;  // of a dynaset: the table's field that it shows; empty for a computed column
+};
+
+// A parameter of the prepared statement, in the order of its number.
+struct PlanParam {
+  int literal = -1;  // of the statement; -1: `fixed`
+  bool negate = false;
+  Value fixed;
+  std::shared_ptr<const StoreTarget> target;  // converted for this field when it is bound; null: bound as it is
+};
+
+struct Plan {
+  Statement::Kind kind = Statement::Kind::Query;
+  std::string sql;
+  std::vector<PlanParam> params;
+  std::vector<PlanColumn> columns;  // of a query
+  std::string keyTable;             // of a dynaset: the table whose row key is the last result column
+
+  // An INSERT into another database: `sql` and `columns` are its SELECT.
+  std::string inPath;
+  std::string inTable;
+  std::vector<std::string> inColumns;
+
+  bool needsLiterals = false;  // holds for this text only, not for every statement of its shape
+};
+
+// How a field takes its values.
+std::shared_ptr<const StoreTarget> TargetFor(const TableDef& table, const Field& field);
+
+// `dynaset` asks for a query whose rows can be edited. Throws EngineError.
+Plan Translate(const Statement& statement, Catalog& catalog, bool dynaset);
+
+}  // namespace scorvane::engine::sql
