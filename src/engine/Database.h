@@ -40,7 +40,7 @@ class Database {
   // Runs a SELECT.
   Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot);
   // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at all.
-  bool IsSelect(std::string_view sql);
+  static bool IsSelect(std::string_view sql);
 
   // The schema. Names are found without regard to case. What changes it throws EngineError 3265 for a table, field,
   // index or relation that is not there.

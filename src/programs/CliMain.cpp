@@ -1,0 +1,225 @@
+// scorvane-cli: the league without a window.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <map>
+
+#include "engine/EngineError.h"
+#include "platform/Platform.h"
+#include "programs/cli/Commands.h"
+
+namespace {
+
+using namespace scorvane;
+
+constexpr int kFailed = 1;
+constexpr int kWrongUse = 2;
+
+const std::map<std::string, std::int16_t> kSimTypes = {{"0", 0},      {"nr3", 0},    {"1", 1},    {"legends", 1},
+                                                       {"2", 2},      {"nr2", 2},    {"3", 3},    {"nr4", 3},
+                                                       {"4", 4},      {"nr2002", 4}, {"5", 5},    {"nr2003", 5}};
+const std::map<std::string, std::int16_t> kLeagueTypes = {{"online", 0}, {"offline", 1}};
+const std::map<std::string, int> kLapMethods = {{"speed", 0}, {"time", 1}};
+const std::map<std::string, cli::OutputFormat> kFormats = {
+    {"table", cli::OutputFormat::Table}, {"csv", cli::OutputFormat::Csv}, {"json", cli::OutputFormat::Json}};
+
+constexpr const char* kDescription =
+    "Scorvane keeps the championship of a racing league: it imports the result files of the NASCAR Racing\n"
+    "simulations, scores them, and shows and publishes the standings.\n\n"
+    "A season from the first file to the page:\n"
+    "  scorvane-cli create season.lgx --sim nr3 --drop 2\n"
+    "  scorvane-cli import season.lgx daytona.stn rockingham.stn\n"
+    "  scorvane-cli standings season.lgx\n"
+    "  scorvane-cli export season.lgx --report \"Point Standings\" -o standings.htm";
+
+constexpr const char* kFooter =
+    "Exit status: 0 done, 1 the operation failed, 2 wrong use.\n"
+    "`scorvane-cli COMMAND --help` explains a command.";
+
+template <typename Target, typename Choice>
+std::function<std::string(const std::string&)> PickInto(Target& target, const std::map<std::string, Choice>& choices) {
+  return [&target, &choices](const std::string& text) -> std::string {
+    const auto found = choices.find(CLI::detail::to_lower(text));
+    if (found != choices.end()) {
+      target = found->second;
+      return {};
+    }
+    std::string known;
+    for (const auto& [name, value] : choices) known += (known.empty() ? "" : ", ") + name;
+    return fmt::format("'{}' is none of: {}", text, known);
+  };
+}
+
+// An option that takes one of a few words.
+template <typename Target, typename Choice>
+CLI::Option* AddChoice(CLI::App* app, const std::string& flag, Target& target,
+                       const std::map<std::string, Choice>& choices, const std::string& help) {
+  return app
+      ->add_option_function<std::string>(
+          flag,
+          [pick = PickInto(target, choices), flag](const std::string& text) {
+            const std::string fault = pick(text);
+            if (!fault.empty()) throw CLI::ValidationError(flag, fault);
+          },
+          help)
+      ->type_name("");
+}
+
+class CommandLine {
+ public:
+  CommandLine() {
+    app_.description(kDescription);
+    app_.footer(kFooter);
+    app_.require_subcommand(1);
+    app_.set_version_flag("--version", "scorvane-cli " SCORVANE_VERSION);
+    app_.fallthrough();
+    app_.get_formatter()->column_width(34);
+    app_.add_option("--template", common_.templatePath, "The template database (default: the application's own)")
+        ->type_name("FILE");
+    app_.add_option_function<std::string>(
+            "--decimal",
+            [this](const std::string& text) {
+              if (text.size() != 1 || (text[0] >= '0' && text[0] <= '9') || text[0] == '-' || text[0] == '\'')
+                throw CLI::ValidationError("--decimal", "it takes one character, such as . or ,");
+              common_.decimal = text[0];
+            },
+            "The decimal separator (default: the user's locale)")
+        ->type_name("CHAR");
+    AddChoice(&app_, "--format", common_.format, kFormats, "How lists are printed: table, csv or json");
+    common_.decimal = platform::LocaleDecimalSeparator();
+    AddLeagueCommands();
+    AddQueryCommands();
+  }
+
+  int Run(int argc, char** argv) {
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+      return app_.exit(e) == 0 ? 0 : kWrongUse;
+    }
+    try {
+      run_();
+      return std::fflush(stdout) == 0 ? 0 : kFailed;
+    } catch (const std::exception& e) {
+      std::fflush(stdout);
+      if (*e.what() != 0) fmt::print(stderr, "scorvane-cli: {}\n", e.what());
+      return kFailed;
+    }
+  }
+
+ private:
+  CLI::App* Add(const char* name, const char* help, std::function<void()> run) {
+    CLI::App* command = app_.add_subcommand(name, help);
+    command->callback([this, run = std::move(run)] { run_ = run; });
+    return command;
+  }
+
+  CLI::App* AddForLeague(const char* name, const char* help, std::function<void()> run) {
+    CLI::App* command = Add(name, help, std::move(run));
+    command->add_option("LEAGUE", league_, "The league file")->required();
+    return command;
+  }
+
+  void AddLeagueCommands() {
+    CLI::App* create = Add("create", "Make a new league file", [this] {
+      create_.path = league_;
+      cli::Create(common_, create_);
+    });
+    create->add_option("LEAGUE", league_, "The new file; .lgx is added when it is missing")->required();
+    AddChoice(create, "--sim", create_.simType, kSimTypes,
+              "The simulation: 0 to 5, or nr3, legends, nr2, nr4, nr2002, nr2003")
+        ->required();
+    AddChoice(create, "--type", create_.leagueType, kLeagueTypes,
+              "online: each file is a race; offline: the files of an import are one event");
+    create->add_option("--drop", create_.droppedRaces, "How many of a driver's worst races do not count, 0 to 10")
+        ->check(CLI::Range(0, 10))
+        ->type_name("");
+    AddChoice(create, "--laps", create_.lapReportingMethod, kLapMethods, "Show qualifying as speed or time");
+    create->add_flag("--replace", create_.replace, "Replace a file of that name");
+
+    CLI::App* import = AddForLeague("import", "Import result files; all of them or, when one fails, none", [this] {
+      import_.path = league_;
+      cli::Import(common_, import_);
+    });
+    import->add_option("FILE", import_.files, "Standings files (*.stn) that the simulation wrote")->required();
+    AddChoice(import, "--qualifying", qualifying_, kLapMethods,
+              "What the files' qualifying column holds (default: the league's lap reporting method)")
+        ->each([this](const std::string&) { import_.qualifying = qualifying_; });
+
+    CLI::App* recalculate = AddForLeague("recalculate", "Number and score races anew (hand edits of points are lost)",
+                                         [this] { cli::Recalculate(common_, league_, raceIds_); });
+    recalculate->add_option("RACEID", raceIds_, "Which races (default: all)");
+
+    CLI::App* settings = AddForLeague("settings", "List, show or change the league's settings", [this] {
+      cli::Settings(common_, league_, settingId_, settingValue_);
+    });
+    CLI::Option* id = settings->add_option("ID", settingId_, "The setting's number");
+    settings->add_option("VALUE", settingValue_, "Its new value")->needs(id);
+  }
+
+  void AddQueryCommands() {
+    AddForLeague("races", "List the races", [this] { cli::Races(common_, league_); });
+    CLI::App* results = AddForLeague("results", "List the results of a race in finishing order",
+                                     [this] { cli::Results(common_, league_, raceId_); });
+    results->add_option("RACEID", raceId_, "The race's number, as `races` lists it")->required();
+    AddForLeague("drivers", "List the drivers", [this] { cli::Drivers(common_, league_); });
+    Add("reports", "List the reports", [this] { cli::Reports(common_); });
+    CLI::App* standings = AddForLeague("standings", "Show the standings, or another report",
+                                       [this] { cli::Standings(common_, league_, report_); });
+    standings->add_option("--report", report_, "The report's name (default: the first)")->type_name("NAME");
+
+    CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
+      export_.path = league_;
+      if (!export_.raceId && export_.report.empty())
+        throw cli::CommandError("export needs --report NAME or --race RACEID.");
+      cli::Export(common_, export_);
+    });
+    CLI::Option* report = page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
+    CLI::Option* race = page->add_option("--race", export_.raceId, "The race to write")->type_name("RACEID");
+    report->excludes(race);
+    race->excludes(report);
+    page->add_option("-o,--output", export_.output, "The page; an older one is replaced")->required()->type_name("FILE");
+    page->add_option("--heading", export_.heading, "Page heading (default: the league's)")->type_name("TEXT");
+    page->add_option("--name", export_.name, "Report name (default: the report's, or the race's track)")
+        ->type_name("TEXT");
+    page->add_option("--caption", export_.caption, "Table caption (default: how many events count, or length and laps)")
+        ->type_name("TEXT");
+    page->final_callback([this] {
+      if (!export_.raceId && export_.report.empty())
+        throw CLI::RequiredError("export needs --report NAME or --race RACEID:", 1, 0, 0);
+    });
+
+    CLI::App* sql = Add("sql", "Run one SQL statement on a league file or the template",
+                        [this] { cli::Sql(common_, league_, statement_); });
+    sql->add_option("DATABASE", league_, "The file")->required();
+    sql->add_option("STATEMENT", statement_, "SELECT, INSERT, UPDATE or DELETE")->required();
+  }
+
+  CLI::App app_{"", "scorvane-cli"};
+  std::function<void()> run_;
+  cli::CommonOptions common_;
+  std::string league_;
+  cli::CreateOptions create_;
+  cli::ImportOptions import_;
+  cli::ExportOptions export_;
+  std::vector<std::int32_t> raceIds_;
+  std::int32_t raceId_ = 0;
+  std::optional<int> settingId_;
+  std::optional<std::string> settingValue_;
+  std::string report_;
+  std::string statement_;
+  int qualifying_ = 0;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return CommandLine().Run(argc, argv);
+  } catch (const std::exception& e) {
+    fmt::print(stderr, "scorvane-cli: {}\n", e.what());
+    return kFailed;
+  }
+}

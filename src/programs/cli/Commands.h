@@ -1,0 +1,68 @@
+// The commands of scorvane-cli, each a thin layer over the operations that the window, too, calls.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "programs/cli/Output.h"
+
+namespace scorvane::cli {
+
+// A command that cannot be done: its text is shown and the exit status is 1.
+class CommandError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// What every command takes.
+struct CommonOptions {
+  std::string templatePath;  // empty: Kirrelon.dat of the application folder
+  char decimal = '.';
+  OutputFormat format = OutputFormat::Table;
+};
+
+struct CreateOptions {
+  std::string path;
+  std::int16_t simType = 0;
+  std::int16_t leagueType = 0;
+  std::int16_t droppedRaces = 0;
+  std::int16_t lapReportingMethod = 0;
+  bool replace = false;
+};
+void Create(const CommonOptions& common, const CreateOptions& options);
+
+struct ImportOptions {
+  std::string path;
+  std::vector<std::string> files;
+  std::optional<int> qualifying;  // 0 speed, 1 time; the league's own way of reporting laps when not given
+};
+void Import(const CommonOptions& common, const ImportOptions& options);
+
+void Races(const CommonOptions& common, const std::string& path);
+void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId);
+void Drivers(const CommonOptions& common, const std::string& path);
+void Reports(const CommonOptions& common);
+// Without a name the first report.
+void Standings(const CommonOptions& common, const std::string& path, const std::string& report);
+// Without ids every race.
+void Recalculate(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& raceIds);
+void Settings(const CommonOptions& common, const std::string& path, std::optional<int> id,
+              const std::optional<std::string>& value);
+
+struct ExportOptions {
+  std::string path;
+  std::string report;  // a report's name, or
+  std::optional<std::int32_t> raceId;
+  std::string output;
+  std::optional<std::string> heading;
+  std::optional<std::string> name;
+  std::optional<std::string> caption;
+};
+void Export(const CommonOptions& common, const ExportOptions& options);
+
+void Sql(const CommonOptions& common, const std::string& path, const std::string& statement);
+
+}  // namespace scorvane::cli

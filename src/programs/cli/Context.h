@@ -1,0 +1,42 @@
+// What a command works with: the engine, the template and, for most, a league that is opened and closed again.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/LeagueSession.h"
+#include "common/ProcessState.h"
+#include "engine/Database.h"
+#include "programs/cli/CliUserInterface.h"
+#include "programs/cli/Commands.h"
+
+namespace scorvane::cli {
+
+class Context {
+ public:
+  // Opens the template. Throws EngineError or CommandError.
+  explicit Context(const CommonOptions& options);
+  // Opens the template and a league.
+  Context(const CommonOptions& options, const std::string& leaguePath);
+
+  engine::DBEngine engine;
+  CliUserInterface ui;
+  common::ProcessState state;
+
+  engine::Database& Template() { return *template_; }
+  engine::Database& League() { return session_->League(); }
+
+ private:
+  std::unique_ptr<engine::Database> template_;
+  std::unique_ptr<app::LeagueSession> session_;
+};
+
+// The name and length of a race; throws CommandError when the league has no such race.
+struct RaceFacts {
+  std::string name;
+  engine::Value length;
+  engine::Value laps;
+};
+RaceFacts NeedRace(engine::Database& league, std::int32_t raceId);
+
+}  // namespace scorvane::cli

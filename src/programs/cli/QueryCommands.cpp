@@ -1,0 +1,168 @@
+// Commands that show what a league or the template holds, and write its pages.
+#include <fmt/format.h>
+
+#include "common/SettingsStore.h"
+#include "engine/Names.h"
+#include "programs/cli/Commands.h"
+#include "programs/cli/Context.h"
+#include "reports/DroppedRaces.h"
+#include "reports/Export.h"
+#include "reports/PageLook.h"
+#include "reports/Report.h"
+
+namespace scorvane::cli {
+namespace {
+
+void PrintQuery(const CommonOptions& common, engine::Database& database, const std::string& query) {
+  auto rows = database.OpenRecordset(query);
+  Print(TableOf(rows), common.format, common.decimal);
+}
+
+// The named report, or the first when no name is given.
+reports::ReportInfo NeedReport(engine::Database& templateDb, const std::string& name) {
+  const std::vector<reports::ReportInfo> all = reports::ListReports(templateDb);
+  if (all.empty()) throw CommandError("The template has no reports.");
+  if (name.empty()) return all.front();
+  std::string names;
+  for (const reports::ReportInfo& report : all) {
+    if (engine::SameName(report.name, name)) return report;
+    names += (names.empty() ? "" : ", ") + report.name;
+  }
+  throw CommandError(fmt::format("There is no report '{}'. The reports are: {}.", name, names));
+}
+
+OutputTable StandingsTable(const reports::ReportTable& report, char decimal) {
+  const bool numbered = true;
+  OutputTable table;
+  std::vector<std::size_t> shown;
+  if (numbered) table.columns.push_back({"Pos", true});
+  for (std::size_t c = 0; c < report.columns.size(); ++c) {
+    if (report.columns[c].hidden) continue;
+    shown.push_back(c);
+    table.columns.push_back({report.columns[c].name, report.columns[c].alignment != 0});
+  }
+  std::int32_t position = 0;
+  for (const auto& row : report.rows) {
+    std::vector<engine::Value> values = {engine::Value(++position)};
+    std::vector<std::string> texts = {std::to_string(position)};
+    for (const std::size_t c : shown) {
+      values.push_back(row[c]);
+      texts.push_back(reports::CellText(report.columns[c], row[c], decimal));
+    }
+    table.rows.push_back(std::move(values));
+    table.texts.push_back(std::move(texts));
+  }
+  return table;
+}
+
+}  // namespace
+
+void Races(const CommonOptions& common, const std::string& path) {
+  Context context(common, path);
+  PrintQuery(common, context.League(), "SELECT * FROM Race ORDER BY RaceID");
+}
+
+void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId) {
+  Context context(common, path);
+  NeedRace(context.League(), raceId);
+  PrintQuery(common, context.League(),
+             fmt::format("SELECT Stats.Finish, Stats.Start, Driver.Name AS Driver, Stats.LapsRun, Stats.LapsLed, "
+                         "Stats.Points, Stats.Bonus, Stats.AvgSpeed, Stats.Qualifying, Stats.Status, "
+                         "Stats.PrizeMoney, Stats.Dropped "
+                         "FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
+                         "WHERE Stats.RaceID={} ORDER BY Stats.Finish",
+                         raceId));
+}
+
+void Drivers(const CommonOptions& common, const std::string& path) {
+  Context context(common, path);
+  PrintQuery(common, context.League(), "SELECT * FROM Driver ORDER BY Name");
+}
+
+void Reports(const CommonOptions& common) {
+  Context context(common);
+  PrintQuery(common, context.Template(), "SELECT ReportID, Name FROM Report ORDER BY Sequence");
+}
+
+void Standings(const CommonOptions& common, const std::string& path, const std::string& name) {
+  Context context(common, path);
+  const reports::ReportInfo info = NeedReport(context.Template(), name);
+  const reports::DroppedMarks marks = reports::MarkDroppedRaces(context.League(), context.state.droppedRaces);
+  const auto report = reports::RunReport(context.League(), context.Template(), info.id);
+  if (!report) throw CommandError(fmt::format("The report '{}' has no columns.", info.name));
+  const std::string caption = reports::StandingsCaption(marks);
+  const OutputTable table = StandingsTable(*report, common.decimal);
+  switch (common.format) {
+    case OutputFormat::Table:
+      fmt::print("{}\n{}\n\n", info.name, caption);
+      Print(table, common.format, common.decimal);
+      break;
+    case OutputFormat::Csv:
+      Print(table, common.format, common.decimal);
+      break;
+    case OutputFormat::Json: {
+      std::string columns;
+      for (std::size_t c = 1; c < table.columns.size(); ++c)
+        columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
+      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n", JsonText(info.name),
+                 JsonText(caption), columns, JsonRows(table, 1));
+      break;
+    }
+  }
+}
+
+void Export(const CommonOptions& common, const ExportOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  reports::CExport page(context.state);
+  page.Database(&league);
+  page.LGDatabase(&context.Template());
+  std::string name;
+  std::string caption;
+  if (options.raceId) {
+    const RaceFacts race = NeedRace(league, *options.raceId);
+    page.ExportType(1);
+    page.ReportID(*options.raceId);
+    name = race.name;
+    caption = fmt::format("{} miles - {} laps", race.length.ToText(common.decimal), race.laps.ToText(common.decimal));
+  } else {
+    const reports::ReportInfo info = NeedReport(context.Template(), options.report);
+    caption = reports::StandingsCaption(reports::MarkDroppedRaces(league, context.state.droppedRaces));
+    caption.pop_back();  // its colon
+    page.ExportType(0);
+    page.ReportID(info.id);
+    name = info.name;
+  }
+  const std::string heading = common::GetSettingValue(league, common::kPageHeading);
+  page.Title(options.heading.value_or(heading == common::kMissingSetting ? "" : heading));
+  page.ReportName(options.name.value_or(name));
+  page.Title2(options.caption.value_or(caption));
+  page.Footer(reports::StandingsFooter());
+  reports::ApplyPageLook(league, page);
+  if (!page.HTML(options.output))
+    throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
+                                   options.output));
+  fmt::print("Wrote {}.\n", options.output);
+}
+
+void Sql(const CommonOptions& common, const std::string& path, const std::string& statement) {
+  engine::DBEngine engine;
+  engine.DefaultWorkspace().SetDecimalSeparator(common.decimal);
+  const bool select = engine::Database::IsSelect(statement);
+  engine::OpenOptions options;
+  options.readOnly = select;
+  options.exclusive = !select;
+  const auto database = engine.DefaultWorkspace().OpenDatabase(path, options);
+  if (select) {
+    PrintQuery(common, *database, statement);
+    return;
+  }
+  const std::int64_t changed = database->Execute(statement);
+  if (common.format == OutputFormat::Json) {
+    fmt::print("{{\"changed\": {}}}\n", changed);
+  } else {
+    fmt::print("{} row{} changed.\n", changed, changed == 1 ? "" : "s");
+  }
+}
+
+}  // namespace scorvane::cli
