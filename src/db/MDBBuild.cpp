@@ -69,8 +69,9 @@ void CreateStagingAndTemplateTables(engine::Database& league, engine::Database& 
   league.AppendTableDef(RankCriteriaTable());
   league.AppendRelation(CascadingRelation("STNRaceResults", "STNRace", "STNStats", "STNRaceID"));
 
-  // The path stands between the apostrophes as it is.
-  const std::string& path = league.Name();
+  // An apostrophe in the path must not end the literal.
+  std::string path;
+  for (const char c : league.Name()) path.append(c == '\'' ? 2 : 1, c);
   templateDb.Execute("INSERT INTO Bonus IN '" + path + "' SELECT * FROM Bonus");
   templateDb.Execute("INSERT INTO PointSystem IN '" + path +
                      "' SELECT Position, Kirrelon As Points FROM PointSystem");

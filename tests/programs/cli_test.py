@@ -153,6 +153,14 @@ class CliTest(unittest.TestCase):
         cli("import", self.league, os.path.join(STANDINGS_DATA, "nr2.stn"))
         self.assertIn("°", rows("races", self.league)[0]["Weather"])
 
+    def test_folders_with_odd_names(self):
+        folder = self.path("O'Brien & Zoë | x")
+        os.mkdir(folder)
+        self.league = os.path.join(folder, "my league.lgx")
+        self.create()
+        cli("import", self.league, shutil.copy(SEASON[0], os.path.join(folder, "a b.stn")))
+        self.assertEqual(rows("races", self.league)[0]["FileName"], "a b.stn")
+
     def test_user_decimal_separator(self):
         self.create()
         cli("import", self.league, SEASON[1], "--decimal", ",")
