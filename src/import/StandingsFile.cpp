@@ -77,8 +77,11 @@ std::string ReadWholeFile(const std::string& path) {
   if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
   std::string content;
   std::array<char, 16384> block;
-  while (const std::size_t read = std::fread(block.data(), 1, block.size(), file.get()))
+  std::size_t read = 0;
+  do {
+    read = std::fread(block.data(), 1, block.size(), file.get());
     content.append(block.data(), read);
+  } while (read == block.size());
   if (std::ferror(file.get()) != 0)
     throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
   if (content.empty()) throw FileFault("The file is empty.");
