@@ -65,7 +65,7 @@ void WriteFile(const std::string& path, std::mt19937& random) {
                         fmt::format("Driver Number {}", driver), 200 - i / 4, led, 175 - 4 * i > 0 ? 175 - 4 * i : 0,
                         150.0 + static_cast<double>(random() % 40000) / 1000.0, i < 34 ? "running" : "engine");
   }
-  file << "\r\nRace time - 3:05:07.250\r\nAverage speed - 162.040 mph\r\nCaution flags - 5\r\n"
+  file << "\r\nRace time - 3:05:07.250\r\nAverage speed - 162.040\r\nCaution flags - 5\r\n"
           "# of lead changes - 12\r\nWeather - Clear 72^F\r\n*\r\n";
 }
 

@@ -1,4 +1,4 @@
-// Each driver's worst races do not count: which results those are is decided here and marked in the league file.
+// Which of a driver's results count: a league may drop the worst ones of each driver.
 #pragma once
 
 #include <string>
@@ -9,13 +9,16 @@ namespace scorvane::reports {
 
 struct DroppedMarks {
   int events = 0;  // races of the league
-  int best = 1;    // how many results of each driver count
+  int best =
+      0;  // results of a driver that count, at least 1; never less than `events` when nothing is dropped
 };
 
-// Marks every result that does not count as Dropped, and no other. Throws EngineError.
+// Marks in the league which results are dropped: of each driver all but the best, ranked by points, then
+// bonus, then laps led. `dropped` is how many races a driver may drop; with 0 or less every result counts.
+// Throws EngineError; what was marked before the error stays.
 DroppedMarks MarkDroppedRaces(engine::Database& league, int dropped);
 
-// What the standings are based on, with a colon at its end.
+// What stands above the standings, with its colon: "Results after 3 events:".
 std::string StandingsCaption(const DroppedMarks& marks);
 
 }  // namespace scorvane::reports

@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
+#include <exception>
 #include <fstream>
+#include <iterator>
+#include <string_view>
 
 #include "common/Encoding.h"
 #include "common/Formats.h"
@@ -13,235 +15,285 @@
 namespace scorvane::reports {
 namespace {
 
-constexpr int kHiddenColumn = 999;
-constexpr const char* kLineEnd = "\r\n";
+enum ExportKind : std::int32_t { kReport = 0, kRaceResults = 1 };
 
+constexpr int kLeft = 0;
+constexpr int kHiddenColumn = 999;  // an alignment
+
+constexpr std::size_t kTableColors = 10;
 enum TableColor : std::size_t {
-  kHeadText,
-  kHeadBackground,
+  kHeadingText,
+  kHeadingBackground,
   kRowText,
   kRowBackground,
-  kEvenText,
-  kEvenBackground,
+  kEvenRowText,
+  kEvenRowBackground,
   kBorderLight,
   kBorderDark,
   kTableBackground,
 };
-enum ColorSwitch : std::size_t { kHeadColors, kRowColors, kAlternate, kBorderColors, kBackgroundColor };
+constexpr std::size_t kTableSwitches = 5;
+enum TableSwitch : std::size_t { kColorHeading, kColorRows, kAlternateRows, kColorBorder, kColorTable };
+constexpr std::size_t kWidths = 3;
 
-std::string Hex(std::int32_t color) { return common::ColorToHTML(color); }
-
-std::string Replaced(const std::string& text, std::string_view part, std::string_view with) {
-  std::string result;
-  std::size_t from = 0;
-  for (std::size_t at; (at = text.find(part, from)) != std::string::npos; from = at + part.size())
-    result.append(text, from, at - from).append(with);
-  return result.append(text, from);
+std::string ReplaceAll(std::string text, std::string_view from, std::string_view to) {
+  for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+    text.replace(at, from.size(), to);
+  return text;
 }
 
-std::string WithBreaks(const std::string& text) { return Replaced(text, "\r\n", "<BR>"); }
+std::string WithBreaks(const std::string& text) {
+  return ReplaceAll(text, "\r\n", "<BR>");
+}
 
-const char* AlignmentName(int alignment) { return alignment == kCentred ? "center" : "left"; }
+std::string_view AlignmentName(int alignment) {
+  return alignment == kCentred ? "center" : "left";
+}
+
+template <typename... Args>
+void Append(std::string& text, fmt::format_string<Args...> format, Args&&... args) {
+  fmt::format_to(std::back_inserter(text), format, std::forward<Args>(args)...);
+}
+
+template <typename... Args>
+void AppendLine(std::string& page, fmt::format_string<Args...> format, Args&&... args) {
+  Append(page, format, std::forward<Args>(args)...);
+  page += "\r\n";
+}
+
+// The leader's interval, and that of everyone level with him, is shown as "--", whatever the column's format.
+std::string IntervalFormat(const std::string& format) {
+  switch (common::CountOccurrences(format, ";")) {
+    case 0:
+      return format + ";;--";
+    case 1:
+      return format + ";--";
+    default:
+      return format;
+  }
+}
+
+bool WriteFile(const std::string& path, const std::string& bytes) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  return file.good();
+}
 
 }  // namespace
 
 bool CExport::HTML(const std::string& path) {
   try {
-    if (!BuildTable() || headings_.empty() || cells_.empty()) return false;
-    const std::string page = common::ToWindows1252(Page());
-    std::ofstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                       std::ios::binary | std::ios::trunc);
-    file.write(page.data(), static_cast<std::streamsize>(page.size()));
-    file.close();
-    return !file.fail();
+    if (tableColors_.size() < kTableColors || useTableColors_.size() < kTableSwitches ||
+        layout_.size() < kWidths)
+      return false;
+    if (!BuildTable() || columns_.empty() || cells_.empty()) return false;
+    return WriteFile(path, common::ToWindows1252(Page()));
   } catch (const std::exception&) {
     return false;
   }
 }
 
 bool CExport::BuildTable() {
-  headings_.clear();
-  alignments_.clear();
+  columns_.clear();
   cells_.clear();
   extraBlock_.clear();
   if (database_ == nullptr) return false;
-  if (exportType_ == kReportPage) return BuildReportTable();
-  if (exportType_ == kRacePage) return BuildRaceTable();
-  return false;
+  switch (exportType_) {
+    case kReport:
+      return BuildReportTable();
+    case kRaceResults:
+      return BuildRaceTable();
+    default:
+      return false;
+  }
 }
 
 bool CExport::BuildReportTable() {
   if (templateDb_ == nullptr) return false;
   std::optional<ReportTable> report = RunReport(*database_, *templateDb_, reportId_);
   if (!report) return false;
-  headings_.emplace_back("Pos");
-  alignments_.push_back(kCentred);
+  columns_.push_back({"Pos", kCentred});
   for (ReportColumn& column : report->columns) {
-    headings_.push_back(column.name);
-    alignments_.push_back(column.hidden ? kHiddenColumn : column.alignment);
-    if (column.field == "Interval") {
-      // The leader's interval is not 0 but "--".
-      const int separators = common::CountOccurrences(column.format, ";");
-      if (separators == 0) column.format += ";;--";
-      if (separators == 1) column.format += ";--";
-    }
+    columns_.push_back({column.name, column.hidden ? kHiddenColumn : column.alignment});
+    if (column.field == "Interval") column.format = IntervalFormat(column.format);
   }
-  cells_.reserve(report->rows.size());
-  for (const auto& row : report->rows) {
-    std::vector<std::string> cells(1);
-    cells.reserve(row.size() + 1);
-    for (std::size_t i = 0; i < row.size(); ++i)
-      cells.push_back(CellText(report->columns[i], row[i], state_.decimalSeparator));
-    cells_.push_back(std::move(cells));
+  for (const std::vector<engine::Value>& values : report->rows) {
+    std::vector<std::string>& row = cells_.emplace_back();
+    for (std::size_t i = 0; i < values.size(); ++i)
+      row.push_back(CellText(report->columns[i], values[i], state_.decimalSeparator));
+  }
+  return true;
+}
+
+bool CExport::BuildRaceTable() {
+  const bool fromPages =
+      state_.simType >= common::kNascarRacing4 && state_.simType <= common::kNascarRacing2003;
+  const bool withSpeed = !fromPages && state_.leagueType != common::kOnline;
+  const bool bySpeed = state_.lapReportingMethod == common::kLapSpeed;
+  const char decimal = state_.decimalSeparator;
+
+  const auto race = database_->OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", reportId_));
+  const float length = race["Length"].IsNull() ? 0 : race["Length"].ToSingle();
+  extraBlock_ = RaceStatistics(race);
+
+  columns_ = {{"Finish", kCentred}, {"Start", kCentred},  {"Driver", kLeft},  {"Laps", kCentred},
+              {"Led", kCentred},    {"Points", kCentred}, {"Bonus", kCentred}};
+  std::vector<std::string> formats = {"##", "", "####;;--",
+                                      "",   "", ""};  // of the columns behind the position
+  if (withSpeed) {
+    columns_.push_back({"Avg Speed", kCentred});
+    formats.emplace_back("##0.000");
+  }
+  const std::size_t qualifying = formats.size();
+  columns_.push_back({"Qualify", kCentred});
+  formats.emplace_back(bySpeed ? "##0.000 mph;;--" : "##0.000;;--");
+  columns_.push_back({"Reason Out", kLeft});
+  formats.emplace_back();
+
+  auto results = database_->OpenRecordset(fmt::format(
+      "SELECT Stats.Start, Driver.Name, Stats.LapsRun, Stats.LapsLed, Stats.Points, Stats.Bonus, "
+      "{}Stats.Qualifying, Stats.Status FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
+      "WHERE RaceID={} ORDER BY Finish",
+      withSpeed ? "Stats.AvgSpeed, " : "", reportId_));
+  for (; !results.AtEnd(); results.MoveNext()) {
+    std::vector<std::string>& row = cells_.emplace_back();
+    for (std::size_t i = 0; i < formats.size(); ++i) {
+      const engine::Value& value = results.At(i);
+      if (i == qualifying && value.IsNull()) {
+        row.emplace_back("--");
+      } else if (i == qualifying && !bySpeed) {
+        row.push_back(common::FormatLapTime(common::SecondsPerLap(value.ToSingle(), length), decimal));
+      } else {
+        row.push_back(engine::FormatValue(value, formats[i], decimal));
+      }
+    }
   }
   return true;
 }
 
 std::string CExport::RaceStatistics(const engine::Recordset& race) const {
-  static constexpr std::pair<const char*, const char*> kStatistics[] = {
-      {"RaceTime", "Race time"},      {"AvgSpeed", "Average speed"},       {"VictoryMargin", "Margin of victory"},
-      {"Cautions", "Caution flags"},  {"LeadChanges", "Lead changes"},     {"Weather", "Weather"}};
-  auto sized = [&](const std::string& text) {
-    return fontSize_ >= 1 ? fmt::format("<font size=\"{}\">{}</font>", fontSize_, text) : text;
-  };
+  constexpr std::pair<const char*, const char*> kStatistics[] = {
+      {"RaceTime", "Race time"},     {"AvgSpeed", "Average speed"},   {"VictoryMargin", "Margin of victory"},
+      {"Cautions", "Caution flags"}, {"LeadChanges", "Lead changes"}, {"Weather", "Weather"}};
+  const std::string open = fontSize_ >= 1 ? fmt::format("<font size=\"{}\">", fontSize_) : "";
+  const std::string_view close = fontSize_ >= 1 ? "</font>" : "";
   std::string block = "<TABLE align=\"center\">\r\n";
   for (const auto& [field, label] : kStatistics) {
     const engine::Value& value = race[field];
-    const std::string text = value.IsNull() ? "n/a" : value.ToText(state_.decimalSeparator);
-    block += fmt::format("<TR>\r\n\t<TD align=right>{}</TD><TD> - </TD><TD>{}</TD>\r\n</TR>\r\n", sized(label),
-                         sized(text));
+    AppendLine(block, "<TR>");
+    AppendLine(block, "\t<TD align=right>{0}{2}{1}</TD><TD> - </TD><TD>{0}{3}{1}</TD>", open, close, label,
+               value.IsNull() ? "n/a" : value.ToText(state_.decimalSeparator));
+    AppendLine(block, "</TR>");
   }
   return block + "\r\n</TABLE>";
 }
 
-bool CExport::BuildRaceTable() {
-  const auto race = database_->OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", reportId_));
-  if (race.AtEnd()) return false;
-  const float length = race["Length"].IsNull() ? 0.0F : race["Length"].ToSingle();
-  extraBlock_ = RaceStatistics(race);
-
-  const bool exported = state_.simType == common::kNascarRacing4 || state_.simType == common::kNascarRacing2002 ||
-                        state_.simType == common::kNascarRacing2003;
-  const bool withSpeed = !exported && state_.leagueType != common::kOnline;
-  const bool bySpeed = state_.lapReportingMethod == common::kLapSpeed;
-  struct Column {
-    const char* heading;
-    const char* format;
-    bool centred;
-  };
-  std::vector<Column> columns = {{"Finish", "", true}, {"Start", "##", true},       {"Driver", "", false},
-                                 {"Laps", "####;;--", true}, {"Led", "", true}, {"Points", "", true},
-                                 {"Bonus", "", true}};
-  if (withSpeed) columns.push_back({"Avg Speed", "##0.000", true});
-  columns.push_back({"Qualify", bySpeed ? "##0.000 mph;;--" : "##0.000;;--", true});
-  columns.push_back({"Reason Out", "", false});
-  for (const Column& column : columns) {
-    headings_.emplace_back(column.heading);
-    alignments_.push_back(column.centred ? kCentred : 0);
-  }
-
-  auto rows = database_->OpenRecordset(
-      fmt::format("SELECT Stats.Start, Driver.Name, Stats.LapsRun, Stats.LapsLed, Stats.Points, Stats.Bonus, {}"
-                  "Stats.Qualifying, Stats.Status FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
-                  "WHERE RaceID={} ORDER BY Finish",
-                  withSpeed ? "Stats.AvgSpeed, " : "", reportId_));
-  const std::size_t qualifying = rows.FieldIndex("Qualifying");
-  for (; !rows.AtEnd(); rows.MoveNext()) {
-    std::vector<std::string> cells(1);
-    for (std::size_t f = 0; f < rows.FieldCount(); ++f) {
-      const engine::Value& value = rows.At(f);
-      if (f != qualifying || (bySpeed && !value.IsNull())) {
-        cells.push_back(engine::FormatValue(value, columns[f + 1].format, state_.decimalSeparator));
-      } else if (value.IsNull()) {
-        cells.emplace_back("--");
-      } else {
-        cells.push_back(common::FormatLapTime(common::SecondsPerLap(value.ToSingle(), length), state_.decimalSeparator));
-      }
-    }
-    cells_.push_back(std::move(cells));
-  }
-  return true;
-}
-
-std::string CExport::SizeAttribute() const { return fontSize_ >= 1 ? fmt::format(" size=\"{}\"", fontSize_) : ""; }
-
-std::string CExport::HeadingRow() const {
-  const std::string size = SizeAttribute();
-  std::string row;
-  for (std::size_t i = 0; i < headings_.size(); ++i) {
-    if (alignments_[i] == kHiddenColumn) continue;
-    if (useTableColors_[kHeadColors]) {
-      row += fmt::format("\t<TH align=\"{}\" BGCOLOR=\"#{}\"><FONT color=\"#{}\"{}>{}</FONT></TH>\r\n",
-                         AlignmentName(alignments_[i]), Hex(tableColors_[kHeadBackground]),
-                         Hex(tableColors_[kHeadText]), size, headings_[i]);
-    } else {
-      row += fmt::format("\t<TH align=\"{}\"><FONT {}>{}</FONT></TH>\r\n", AlignmentName(alignments_[i]), size,
-                         headings_[i]);
-    }
-  }
-  return row;
-}
-
-std::string CExport::DataRow(std::size_t row) const {
-  const bool colored = useTableColors_[kRowColors];
-  const bool alternate = useTableColors_[kAlternate];
-  const bool even = alternate && row % 2 == 0;
-  const std::string text = Hex(tableColors_[even ? kEvenText : kRowText]);
-  const std::string background = Hex(tableColors_[even ? kEvenBackground : kRowBackground]);
-  const std::string size = SizeAttribute();
-  std::string lines =
-      colored ? fmt::format("<TR style = \"color : #{}\">\r\n\t<TH align=\"center\" bgcolor=\"#{}\"><FONT {}>{}</FONT></TH>\r\n",
-                            text, background, size, row)
-              : fmt::format("<TR>\r\n\t<TH align=\"center\"><FONT {}>{}</FONT></TH>\r\n", size, row);
-  const std::vector<std::string>& cells = cells_[row - 1];
-  for (std::size_t c = 1; c < cells.size(); ++c) {
-    if (alignments_[c] == kHiddenColumn) continue;
-    if (colored) {
-      lines += fmt::format("\t<TD bgcolor=\"#{}\" {}=\"{}\"><FONT color=\"#{}\"{}>{}</FONT></TD>\r\n", background,
-                           alternate ? "align" : "ALIGN", AlignmentName(alignments_[c]), text, size, cells[c]);
-    } else {
-      lines += fmt::format("\t<TD align=\"{}\"><FONT {}>{}</FONT></TD>\r\n", AlignmentName(alignments_[c]), size,
-                           cells[c]);
-    }
-  }
-  return lines + "</TR>\r\n";
+std::string CExport::SizeAttribute() const {
+  return fontSize_ >= 1 ? fmt::format(" size=\"{}\"", fontSize_) : "";
 }
 
 std::string CExport::Page() const {
+  using common::ColorToHTML;
+  const std::string size = SizeAttribute();
   std::string page;
-  auto write = [&page](std::string_view text) { page.append(text).append(kLineEnd); };
-  const std::string background = useBGImage_ ? " background=\"" + bgImage_ + "\"" : "";
-  std::string extras;
-  if (useTableColors_[kBorderColors]) {
-    extras += fmt::format(" bordercolordark=\"#{}\" bordercolorlight=\"#{}\"", Hex(tableColors_[kBorderDark]),
-                          Hex(tableColors_[kBorderLight]));
-  }
-  if (useTableColors_[kBackgroundColor]) extras += fmt::format(" bgcolor=\"#{}\"", Hex(tableColors_[kTableBackground]));
 
-  write("<HTML>\r\n<HEAD>");
-  write("<TITLE>" + Replaced(title_, "\r\n", " - ") + "</TITLE>");
-  write(fmt::format("</HEAD>\r\n<BODY{} bgcolor=\"#{}\" text=\"#{}\" link=\"#{}\" vlink=\"#{}\" alink=\"#{}\">\r\n"
-                    "<FONT face=\"{}\"{}>",
-                    background, Hex(bgColor_), Hex(textColor_), Hex(linkColor_), Hex(vLinkColor_), Hex(aLinkColor_),
-                    font_, SizeAttribute()));
-  write(fmt::format("<HR>\r\n<H1 align=\"center\" style=\"color : #{}\">{} </H1>\r\n<HR>", Hex(titleColor_),
-                    WithBreaks(title_)));
-  write(fmt::format("<H2 align=\"center\" style=\"color : #{}\">{}</H2>\r\n"
-                    "<H3 align=\"center\" style=\"color : #{}\">{}</H3>\r\n"
-                    "<TABLE align=\"center\" border={} cellpadding={} cellspacing={}{}>\r\n<TR>",
-                    Hex(reportNameColor_), WithBreaks(reportName_), Hex(captionColor_), WithBreaks(title2_), layout_[0],
-                    layout_[1], layout_[2], extras));
-  page += HeadingRow();
-  write("</TR>");
-  for (std::size_t row = 1; row <= cells_.size(); ++row) page += DataRow(row);
-  write("</TABLE>");
-  if (exportType_ == kRacePage && !extraBlock_.empty()) write("<p></p>\r\n" + extraBlock_);
-  write("<p></p>\r\n<HR>");
-  write(footer_);
-  write("</FONT>");
-  write("</BODY>");
-  write("</HTML>");
+  AppendLine(page, "<HTML>");
+  AppendLine(page, "<HEAD>");
+  AppendLine(page, "<TITLE>{}</TITLE>", ReplaceAll(title_, "\r\n", " - "));
+  AppendLine(page, "</HEAD>");
+  page += "<BODY";
+  if (useBGImage_) Append(page, " background=\"{}\"", bgImage_);
+  AppendLine(page, R"( bgcolor="#{}" text="#{}" link="#{}" vlink="#{}" alink="#{}">)", ColorToHTML(bgColor_),
+             ColorToHTML(textColor_), ColorToHTML(linkColor_), ColorToHTML(vLinkColor_),
+             ColorToHTML(aLinkColor_));
+  AppendLine(page, R"(<FONT face="{}"{}>)", font_, size);
+
+  AppendLine(page, "<HR>");
+  AppendLine(page, R"(<H1 align="center" style="color : #{}">{} </H1>)", ColorToHTML(titleColor_),
+             WithBreaks(title_));
+  AppendLine(page, "<HR>");
+  AppendLine(page, R"(<H2 align="center" style="color : #{}">{}</H2>)", ColorToHTML(reportNameColor_),
+             WithBreaks(reportName_));
+  AppendLine(page, R"(<H3 align="center" style="color : #{}">{}</H3>)", ColorToHTML(captionColor_),
+             WithBreaks(title2_));
+
+  Append(page, R"(<TABLE align="center" border={} cellpadding={} cellspacing={})", layout_[0], layout_[1],
+         layout_[2]);
+  if (useTableColors_[kColorBorder]) {
+    Append(page, R"( bordercolordark="#{}" bordercolorlight="#{}")", ColorToHTML(tableColors_[kBorderDark]),
+           ColorToHTML(tableColors_[kBorderLight]));
+  }
+  if (useTableColors_[kColorTable])
+    Append(page, " bgcolor=\"#{}\"", ColorToHTML(tableColors_[kTableBackground]));
+  AppendLine(page, ">");
+
+  AppendLine(page, "<TR>");
+  for (const Column& column : columns_) {
+    if (column.alignment == kHiddenColumn) continue;
+    const std::string_view alignment = AlignmentName(column.alignment);
+    Append(page, "\t<TH align=\"{}\"", alignment);
+    if (useTableColors_[kColorHeading]) {
+      Append(page, R"( BGCOLOR="#{}"><FONT color="#{}"{}>)", ColorToHTML(tableColors_[kHeadingBackground]),
+             ColorToHTML(tableColors_[kHeadingText]), size);
+    } else {
+      Append(page, "><FONT {}>", size);
+    }
+    // The place for the alignment is filled last, also where a heading's own text holds one.
+    AppendLine(page, "{}</FONT></TH>", ReplaceAll(column.heading, "<*ALIGN*>", alignment));
+  }
+  AppendLine(page, "</TR>");
+  for (std::size_t row = 0; row < cells_.size(); ++row) AppendRow(page, row);
+  AppendLine(page, "</TABLE>");
+
+  if (exportType_ == kRaceResults && !extraBlock_.empty()) {
+    AppendLine(page, "<p></p>");
+    AppendLine(page, "{}", extraBlock_);
+  }
+  AppendLine(page, "<p></p>");
+  AppendLine(page, "<HR>");
+  AppendLine(page, "{}", footer_);
+  AppendLine(page, "</FONT>");
+  AppendLine(page, "</BODY>");
+  AppendLine(page, "</HTML>");
   return page;
+}
+
+void CExport::AppendRow(std::string& page, std::size_t row) const {
+  const std::string size = SizeAttribute();
+  std::string cell;  // what stands before the alignment of a cell
+  std::string font;  // and between it and the content
+  if (useTableColors_[kColorRows]) {
+    const bool alternating = useTableColors_[kAlternateRows];
+    const bool even = alternating && row % 2 == 1;
+    const std::string text = common::ColorToHTML(tableColors_[even ? kEvenRowText : kRowText]);
+    const std::string background =
+        common::ColorToHTML(tableColors_[even ? kEvenRowBackground : kRowBackground]);
+    AppendLine(page, R"(<TR style = "color : #{}">)", text);
+    AppendLine(page,
+               "\t"
+               R"(<TH align="center" bgcolor="#{}"><FONT {}>{}</FONT></TH>)",
+               background, size, row + 1);
+    cell = fmt::format(
+        "\t"
+        R"(<TD bgcolor="#{}" {}=")",
+        background, alternating ? "align" : "ALIGN");
+    font = fmt::format(R"("><FONT color="#{}"{}>)", text, size);
+  } else {
+    AppendLine(page, "<TR>");
+    AppendLine(page,
+               "\t"
+               R"(<TH align="center"><FONT {}>{}</FONT></TH>)",
+               size, row + 1);
+    cell = "\t<TD align=\"";
+    font = fmt::format("\"><FONT {}>", size);
+  }
+  for (std::size_t i = 0; i < cells_[row].size(); ++i) {
+    const int alignment = columns_[i + 1].alignment;
+    if (alignment == kHiddenColumn) continue;
+    AppendLine(page, "{}{}{}{}</FONT></TD>", cell, AlignmentName(alignment), font, cells_[row][i]);
+  }
+  AppendLine(page, "</TR>");
 }
 
 }  // namespace scorvane::reports

@@ -1,9 +1,10 @@
-// The writer of HTML pages: a report of the league, or the results of one race.
+// The page writer: a report or the results of a race as one HTML file. Every page that the program writes is
+// its work.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/ProcessState.h"
@@ -11,40 +12,42 @@
 
 namespace scorvane::reports {
 
-enum ExportKind : std::int32_t { kReportPage = 0, kRacePage = 1 };
-
-using TableColorArray = std::array<std::int32_t, 10>;
-using TableColorSwitches = std::array<bool, 5>;
-using LayoutArray = std::array<std::int16_t, 3>;
-
-// Filled by its properties, used once. Colours have red in the low byte.
+// Used for one page: its properties are set, then HTML writes it. The league's sim type, league type, lap
+// reporting method and the user's decimal separator come from `state`, which must outlive the writer.
 class CExport {
  public:
-  // The state tells how the league's races are reported; it must outlive the writer.
   explicit CExport(const common::ProcessState& state) : state_(state) {}
 
-  // Writes the page as Windows-1252 text, in the place of an older file. False, and nothing else, when the table
-  // cannot be built or holds no rows - an older file is then as it was - or when the file cannot be written.
+  // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails: then no
+  // file was touched if there was no table to show, and a part of the page may be left if writing failed.
   bool HTML(const std::string& path);
 
-  void Database(engine::Database* database) { database_ = database; }
+  void Database(engine::Database* league) { database_ = league; }
   engine::Database* Database() const { return database_; }
-  void LGDatabase(engine::Database* database) { templateDb_ = database; }
+  // The template; only reports need it.
+  void LGDatabase(engine::Database* templateDb) { templateDb_ = templateDb; }
   engine::Database* LGDatabase() const { return templateDb_; }
+
+  // Texts go into the page as they are, markup too. A CR LF pair breaks the line.
   void Title(std::string text) { title_ = std::move(text); }
   const std::string& Title() const { return title_; }
-  void Title2(std::string text) { title2_ = std::move(text); }
+  void Title2(std::string text) { title2_ = std::move(text); }  // the table's caption
   const std::string& Title2() const { return title2_; }
   void ReportName(std::string text) { reportName_ = std::move(text); }
   const std::string& ReportName() const { return reportName_; }
   void Footer(std::string text) { footer_ = std::move(text); }
   const std::string& Footer() const { return footer_; }
+
+  // The report, or the race when ExportType is 1.
   void ReportID(std::int32_t id) { reportId_ = id; }
   std::int32_t ReportID() const { return reportId_; }
+
   void UseBGImage(bool use) { useBGImage_ = use; }
   bool UseBGImage() const { return useBGImage_; }
-  void BGImage(std::string path) { bgImage_ = std::move(path); }
+  void BGImage(std::string address) { bgImage_ = std::move(address); }
   const std::string& BGImage() const { return bgImage_; }
+
+  // Colours have red in the low byte; what is no colour is written as white.
   void BGColor(std::int32_t color) { bgColor_ = color; }
   std::int32_t BGColor() const { return bgColor_; }
   void TextColor(std::int32_t color) { textColor_ = color; }
@@ -62,21 +65,30 @@ class CExport {
   void CaptionColor(std::int32_t color) { captionColor_ = color; }
   std::int32_t CaptionColor() const { return captionColor_; }
 
-  void ExportType(std::int32_t type) { exportType_ = type; }
-  void TableColors(const TableColorArray& colors) { tableColors_ = colors; }
-  void UseTableColors(const TableColorSwitches& switches) { useTableColors_ = switches; }
-  void Layout(const LayoutArray& layout) { layout_ = layout; }
-  void HTMLPageFont(std::string font) { font_ = std::move(font); }
-  void HTMLPageFontSize(std::int16_t size) { fontSize_ = size; }
+  void ExportType(std::int32_t type) { exportType_ = type; }  // 0 a report, 1 the results of a race
+  // Ten colours: text and background of the heading row, of data rows, of every second data row; light and
+  // dark border; table background; one that is not used.
+  void TableColors(std::vector<std::int32_t> colors) { tableColors_ = std::move(colors); }
+  // Five switches: heading row, data rows, every second data row (only with the data rows' on), border,
+  // background.
+  void UseTableColors(std::vector<bool> switches) { useTableColors_ = std::move(switches); }
+  // Three widths in pixels: border, cell padding, cell spacing.
+  void Layout(std::vector<std::int16_t> widths) { layout_ = std::move(widths); }
+  void HTMLPageFont(std::string face) { font_ = std::move(face); }
+  void HTMLPageFontSize(std::int16_t size) { fontSize_ = size; }  // 1 to 7; 0 leaves it to the browser
 
  private:
+  struct Column {
+    std::string heading;
+    int alignment = 0;
+  };
+
   bool BuildTable();
   bool BuildRaceTable();
   bool BuildReportTable();
-  std::string Page() const;
-  std::string HeadingRow() const;
-  std::string DataRow(std::size_t row) const;
   std::string RaceStatistics(const engine::Recordset& race) const;
+  std::string Page() const;
+  void AppendRow(std::string& page, std::size_t row) const;
   std::string SizeAttribute() const;
 
   const common::ProcessState& state_;
@@ -97,17 +109,17 @@ class CExport {
   std::int32_t titleColor_ = 0;
   std::int32_t reportNameColor_ = 0;
   std::int32_t captionColor_ = 0;
-  std::int32_t exportType_ = kReportPage;
-  TableColorArray tableColors_{};
-  TableColorSwitches useTableColors_{};
-  LayoutArray layout_{};
+  std::int32_t exportType_ = 0;
+  std::vector<std::int32_t> tableColors_;
+  std::vector<bool> useTableColors_;
+  std::vector<std::int16_t> layout_;
   std::string font_;
   std::int16_t fontSize_ = 0;
 
-  std::vector<std::string> headings_;            // 0 is the position's
-  std::vector<int> alignments_;                  // kHiddenColumn is not written at all
-  std::vector<std::vector<std::string>> cells_;  // 0 of each row stays empty: the row's number takes its place
-  std::string extraBlock_;                       // behind the table
+  // The table, once it is built. Column 0 is the position, which has no cells of its own.
+  std::vector<Column> columns_;
+  std::vector<std::vector<std::string>> cells_;
+  std::string extraBlock_;
 };
 
 }  // namespace scorvane::reports

@@ -2,81 +2,97 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "common/Formats.h"
 #include "common/SettingsStore.h"
+#include "engine/Value.h"
 
 namespace scorvane::reports {
 namespace {
 
-constexpr const char* kHomePage = "https://scorvane.example/";
-constexpr const char* kByline = "for leagues of the NASCAR Racing simulations";
-constexpr const char* kMailLink = "mailto:hello@scorvane.example";
-constexpr const char* kMaker = "The Scorvane developers";
+constexpr std::size_t kPageColors = common::kFirstTableColor - common::kFirstPageColor;
+constexpr int kTableSwitches = 5;
 
-// What a page takes for a colour that the league has not stored: from the page background to the last table colour.
-constexpr std::int32_t kInitialColors[] = {
-    0xFFFFFF, 0x000000, 0xFF0000, 0x0000FF, 0xFF8080, 0x000000, 0x000000, 0x00FF00, 0xFFFFFF,
-    0xFF0000, 0x000000, 0xFFFF00, 0x00FFFF, 0xFF00FF, 0xE0E0E0, 0x808080, 0x404040, 0x808080};
-constexpr std::int16_t kInitialLayout[] = {1, 3, 0};
+constexpr std::string_view kHomePage = "https://scorvane.example/";
+constexpr std::string_view kByline = "developed";
+constexpr std::string_view kMailLink = "mailto:developers@scorvane.example";
+constexpr std::string_view kMaker = "The Scorvane developers";
 
-// A stored "&H00BBGGRR"; a decimal number is taken as well.
-std::int32_t ColorSetting(engine::Database& league, int index) {
-  const std::string text = common::GetSettingValue(league, common::kFirstPageColor + index);
-  if (text == common::kMissingSetting) return kInitialColors[index];
-  const bool hex = text.size() > 2 && text[0] == '&' && (text[1] == 'H' || text[1] == 'h');
-  return static_cast<std::int32_t>(std::strtoul(text.c_str() + (hex ? 2 : 0), nullptr, hex ? 16 : 10));
+std::optional<std::string> Setting(engine::Database& league, int id) {
+  std::string value = common::GetSettingValue(league, id);
+  if (value == common::kMissingSetting) return std::nullopt;
+  return value;
 }
 
-// The leading number of a setting within 16 bits.
-std::int16_t NumberSetting(engine::Database& league, int id, std::int16_t fallback) {
-  const std::string text = common::GetSettingValue(league, id);
-  if (text == common::kMissingSetting) return fallback;
-  const double number = engine::RoundHalfEven(engine::LeadingNumber(text));
-  return std::fabs(number) <= 32767 ? static_cast<std::int16_t>(number) : fallback;
+// The number that a setting begins with; `otherwise` without the setting, or when 16 bits cannot hold the
+// number.
+std::int16_t SmallNumber(engine::Database& league, int id, std::int16_t otherwise) {
+  const std::optional<std::string> value = Setting(league, id);
+  if (!value) return otherwise;
+  const double number = engine::RoundHalfEven(engine::LeadingNumber(*value));
+  using Limits = std::numeric_limits<std::int16_t>;
+  return number >= Limits::min() && number <= Limits::max() ? static_cast<std::int16_t>(number) : otherwise;
 }
 
 }  // namespace
 
 void ApplyPageLook(engine::Database& league, CExport& page) {
-  auto text = [&](int id) {
-    std::string value = common::GetSettingValue(league, id);
-    return value == common::kMissingSetting ? std::string() : value;
-  };
-  page.UseBGImage(text(common::kUseBackgroundImage) == "True");
-  page.BGImage(text(common::kBackgroundImage));
-  page.BGColor(ColorSetting(league, 0));
-  page.TextColor(ColorSetting(league, 1));
-  page.LinkColor(ColorSetting(league, 2));
-  page.VLinkColor(ColorSetting(league, 3));
-  page.ALinkColor(ColorSetting(league, 4));
-  page.TitleColor(ColorSetting(league, 5));
-  page.ReportNameColor(ColorSetting(league, 6));
-  page.CaptionColor(ColorSetting(league, 7));
-  TableColorArray colors{};
-  for (std::size_t k = 0; k < colors.size(); ++k) colors[k] = ColorSetting(league, 8 + static_cast<int>(k));
-  page.TableColors(colors);
-  TableColorSwitches switches{};
-  for (std::size_t k = 0; k < switches.size(); ++k)
-    switches[k] = NumberSetting(league, common::kFirstTableColorSwitch + static_cast<int>(k), 0) != 0;
-  page.UseTableColors(switches);
-  LayoutArray layout{};
-  for (std::size_t k = 0; k < layout.size(); ++k)
-    layout[k] = NumberSetting(league, common::kFirstLayout + static_cast<int>(k), kInitialLayout[k]);
-  page.Layout(layout);
-  const std::string font = common::GetSettingValue(league, common::kPageFont);
-  page.HTMLPageFont(font == common::kMissingSetting ? "Times New Roman" : font);
-  page.HTMLPageFontSize(NumberSetting(league, common::kPageFontSize, 0));
+  page.UseBGImage(Setting(league, common::kUseBackgroundImage) == "True");
+  page.BGImage(Setting(league, common::kBackgroundImage).value_or(""));
+
+  std::array<std::int32_t, kDefaultPageColors.size()> colors = kDefaultPageColors;
+  for (std::size_t i = 0; i < colors.size(); ++i) {
+    const auto stored = Setting(league, common::kFirstPageColor + static_cast<int>(i));
+    if (stored) colors[i] = common::ParseColor(*stored).value_or(colors[i]);
+  }
+  page.BGColor(colors[0]);
+  page.TextColor(colors[1]);
+  page.LinkColor(colors[2]);
+  page.VLinkColor(colors[3]);
+  page.ALinkColor(colors[4]);
+  page.TitleColor(colors[5]);
+  page.ReportNameColor(colors[6]);
+  page.CaptionColor(colors[7]);
+  page.TableColors({colors.begin() + kPageColors, colors.end()});
+
+  std::vector<bool> switches;
+  for (int i = 0; i < kTableSwitches; ++i)
+    switches.push_back(
+        engine::LeadingNumber(Setting(league, common::kFirstTableColorSwitch + i).value_or("0")) != 0);
+  page.UseTableColors(std::move(switches));
+
+  std::vector<std::int16_t> layout(kDefaultLayout.begin(), kDefaultLayout.end());
+  for (std::size_t i = 0; i < layout.size(); ++i)
+    layout[i] = SmallNumber(league, common::kFirstLayout + static_cast<int>(i), layout[i]);
+  page.Layout(std::move(layout));
+
+  page.HTMLPageFont(Setting(league, common::kPageFont).value_or(kDefaultPageFont));
+  page.HTMLPageFontSize(SmallNumber(league, common::kPageFontSize, 0));
 }
 
 std::string ProductVersion() {
-  return fmt::format("{}.{:02}.{:02}", SCORVANE_VERSION_MAJOR, SCORVANE_VERSION_MINOR, SCORVANE_VERSION_PATCH);
+  return fmt::format("{}.{:02}.{:02}", SCORVANE_VERSION_MAJOR, SCORVANE_VERSION_MINOR,
+                     SCORVANE_VERSION_PATCH);
 }
 
 std::string StandingsFooter() {
-  return fmt::format("<p>Points and scoring generated by <STRONG><a href=\"{}\">Scorvane v{}</a></STRONG> {} by "
-                     "<STRONG><a href=\"{}\">{}</a></STRONG></p>",
+  return fmt::format(R"(<p>Points and scoring generated by <STRONG><a href="{}">Scorvane v{}</a></STRONG> {})"
+                     R"( by <STRONG><a href="{}">{}</a></STRONG></p>)",
+                     kHomePage, ProductVersion(), kByline, kMailLink, kMaker);
+}
+
+std::string PreviewFooter() {
+  return fmt::format(R"(<FONT face="MS Sans Serif" size="2">Points and scoring generated by )"
+                     "\r\n\t<STRONG>\r\n\t"
+                     R"(<a href="{}">Scorvane v{}</a>)"
+                     "\r\n\t</STRONG> {}"
+                     R"( by <STRONG><a href="{}">{}</a></STRONG>)"
+                     "\r\n</FONT>",
                      kHomePage, ProductVersion(), kByline, kMailLink, kMaker);
 }
 

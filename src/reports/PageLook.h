@@ -1,6 +1,8 @@
-// How a league's pages look: its colours, font and table layout, and the line at their foot.
+// How a league's pages look: the colours, widths and font of its settings, and the footers.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string>
 
 #include "engine/Database.h"
@@ -8,14 +10,31 @@
 
 namespace scorvane::reports {
 
-// Gives the writer the look that the league's settings hold. A league that never saved a look gets plain pages: the
-// template's page colours, a black and white table with a thin border.
+constexpr std::int32_t Rgb(int red, int green, int blue) {
+  return red + 256 * green + 65536 * blue;
+}
+
+// The look of a league that has saved none. The colours are those of the settings from kFirstPageColor on:
+// eight of the page (background, text, links, visited links, active link, heading, report name, caption),
+// then ten of the table.
+inline constexpr std::array<std::int32_t, 18> kDefaultPageColors = {
+    Rgb(255, 255, 255), Rgb(0, 0, 0),     Rgb(0, 0, 255),    Rgb(255, 0, 0),     Rgb(128, 128, 255),
+    Rgb(0, 0, 0),       Rgb(0, 0, 0),     Rgb(0, 255, 0),    Rgb(255, 255, 255), Rgb(0, 0, 255),
+    Rgb(0, 0, 0),       Rgb(0, 255, 255), Rgb(255, 255, 0),  Rgb(255, 0, 255),   Rgb(224, 224, 224),
+    Rgb(128, 128, 128), Rgb(64, 64, 64),  Rgb(128, 128, 128)};
+inline constexpr std::array<std::int16_t, 3> kDefaultLayout = {1, 3,
+                                                               0};  // border, cell padding, cell spacing
+inline constexpr const char* kDefaultPageFont = "Times New Roman";
+
+// Gives the page the look that the league's settings describe. A setting that is missing, or a colour that is
+// none, leaves the default.
 void ApplyPageLook(engine::Database& league, CExport& page);
 
-// The foot of standings and race pages.
-std::string StandingsFooter();
-
-// Major number, minor number in two digits, revision in two digits: 1.02.05.
+// The program's version as it shows it: "1.02.05".
 std::string ProductVersion();
+
+// The footer of exported pages, and that of a preview.
+std::string StandingsFooter();
+std::string PreviewFooter();
 
 }  // namespace scorvane::reports

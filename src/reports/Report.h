@@ -1,4 +1,4 @@
-// Reports: their definitions stand in the template, their queries run on a league.
+// Reports are data: the template says which query each one asks of a league and how its columns are shown.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace scorvane::reports {
 
-inline constexpr int kCentred = 4;  // the alignment code that pages know, too; others are left
+inline constexpr int kCentred = 4;  // the alignment code that pages know, too
 
 struct ReportInfo {
   std::int32_t id = 0;
@@ -19,29 +19,27 @@ struct ReportInfo {
 };
 
 struct ReportColumn {
-  std::int32_t reportFieldId = 0;
   std::string name;    // the heading
   int width = 0;       // twips
-  int alignment = 0;   // 0 to 2 left, 3 to 5 centred, 6 to 8 right, 9 general
-  std::string format;  // empty for none
+  int alignment = 0;   // 0 to 2 left, 3 to 5 centred, 6 to 8 right, 9 texts left and numbers right
+  std::string format;  // a format expression, empty for plain text
   bool hidden = false;
-  std::string field;  // the query's column that it shows
+  std::string field;  // the column of the query whose values it shows
 };
 
 struct ReportTable {
-  std::vector<ReportColumn> columns;
-  std::vector<std::vector<engine::Value>> rows;  // in the columns' order, the query's own values
+  std::vector<ReportColumn> columns;             // in their order, hidden ones too
+  std::vector<std::vector<engine::Value>> rows;  // a value a column, as the query yields it
 };
 
-// In the order in which they are offered. Throws EngineError.
+// The template's reports in the order in which they are offered. Throws EngineError.
 std::vector<ReportInfo> ListReports(engine::Database& templateDb);
 
-// In their order from left to right. Throws EngineError.
-std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t reportId);
-
-// Runs a report on a league; none when it has no columns. Throws EngineError: that of a failing query, 3265 for a
-// column that shows nothing of it.
-std::optional<ReportTable> RunReport(engine::Database& league, engine::Database& templateDb, std::int32_t reportId);
+// The result of a report on a league; nothing when the report has no columns. Throws EngineError: 3021 when
+// there is no such report, 3265 when a column's field is none of the query's, and what the query itself
+// throws.
+std::optional<ReportTable> RunReport(engine::Database& league, engine::Database& templateDb,
+                                     std::int32_t reportId);
 
 // A value as its column shows it.
 std::string CellText(const ReportColumn& column, const engine::Value& value, char decimal);
