@@ -17,10 +17,12 @@ namespace {
 class Connection {
  public:
   explicit Connection(const std::string& path) {
-    if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
+    if (sqlite3_open_v2(path.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+        SQLITE_OK)
       throw std::runtime_error("cannot open " + path);
     engine::RegisterCollation(db_);
-    Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; "
+    Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA "
+        "temp_store=MEMORY; "
         "PRAGMA cache_size=-16000");
   }
   Connection(const Connection&) = delete;
@@ -28,7 +30,8 @@ class Connection {
   ~Connection() { sqlite3_close_v2(db_); }
 
   void Run(const char* sql) {
-    if (sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) != SQLITE_OK) throw std::runtime_error(sqlite3_errmsg(db_));
+    if (sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sqlite3_errmsg(db_));
   }
   sqlite3* Get() const { return db_; }
 
@@ -56,7 +59,9 @@ class Statement {
       sqlite3_bind_text(statement_, i, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
     }
   }
-  void Copy(int i, Statement& from, int column) { sqlite3_bind_value(statement_, i, sqlite3_column_value(from.statement_, column)); }
+  void Copy(int i, Statement& from, int column) {
+    sqlite3_bind_value(statement_, i, sqlite3_column_value(from.statement_, column));
+  }
   bool Step() {
     const int code = sqlite3_step(statement_);
     if (code == SQLITE_ROW) return true;
@@ -112,7 +117,8 @@ std::vector<int> PointsOf(const std::string& templateDb) {
 constexpr const char* kLedBonus =
     "UPDATE STNStats SET Bonus=Bonus+5, Points=Points+5 WHERE STNRaceID=?1 AND LapsLed > 0";
 constexpr const char* kMostLedBonus =
-    "UPDATE STNStats SET Bonus=Bonus+5, Points=Points+5 WHERE STNRaceID=?1 AND LapsLed=(SELECT Max(LapsLed) FROM "
+    "UPDATE STNStats SET Bonus=Bonus+5, Points=Points+5 WHERE STNRaceID=?1 AND LapsLed=(SELECT Max(LapsLed) "
+    "FROM "
     "STNStats WHERE STNRaceID=?1)";
 
 // Title, track, table, statistics: the same lines that the program's reader looks at.
@@ -123,11 +129,14 @@ class Stager {
         race_(connection, "INSERT INTO STNRace (Name, FileName, Length, Laps) VALUES (?1, ?2, ?3, ?4)"),
         key_(connection, "SELECT Max(STNRaceID) FROM STNRace"),
         excluded_(connection, "SELECT Exclude FROM Driver WHERE Name=?1"),
-        result_(connection,
-                "INSERT INTO STNStats (STNRaceID, Finish, Start, DriverName, LapsRun, LapsLed, Points, Qualifying, "
-                "ReasonOut, PrizeMoney, Bonus, Exclude) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, NULL, 0, 0)"),
+        result_(
+            connection,
+            "INSERT INTO STNStats (STNRaceID, Finish, Start, DriverName, LapsRun, LapsLed, Points, "
+            "Qualifying, "
+            "ReasonOut, PrizeMoney, Bonus, Exclude) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, NULL, 0, 0)"),
         update_(connection,
-                "UPDATE STNRace SET RaceTime=?1, AvgSpeed=?2, VictoryMargin=?3, Cautions=?4, LeadChanges=?5, Weather=?6 "
+                "UPDATE STNRace SET RaceTime=?1, AvgSpeed=?2, VictoryMargin=?3, Cautions=?4, LeadChanges=?5, "
+                "Weather=?6 "
                 "WHERE STNRaceID=?7"),
         led_(connection, kLedBonus),
         mostLed_(connection, kMostLedBonus) {}
@@ -169,7 +178,9 @@ class Stager {
       result_.Text(4, driver);
       result_.Int(5, std::atoi(Cut(line, 42, 3).c_str()));
       result_.Int(6, std::atoi(Cut(line, 47, 3).c_str()));
-      result_.Int(7, static_cast<std::size_t>(finish) <= points_.size() ? points_[static_cast<std::size_t>(finish) - 1] : 0);
+      result_.Int(7, static_cast<std::size_t>(finish) <= points_.size()
+                         ? points_[static_cast<std::size_t>(finish) - 1]
+                         : 0);
       result_.Real(8, static_cast<double>(std::strtof(Cut(line, 57, 8).c_str(), nullptr)));
       result_.Text(9, reason);
       result_.Do();
@@ -200,15 +211,18 @@ class Stager {
 
 void Store(Connection& connection) {
   Statement races(connection, "SELECT * FROM STNRace ORDER BY STNRaceID");
-  Statement results(connection,
-                    "SELECT DriverName, Start, Finish, LapsRun, LapsLed, ReasonOut, Points, Bonus, PrizeMoney, "
-                    "Qualifying FROM STNStats WHERE STNRaceID=?1 ORDER BY rowid");
-  Statement addRace(connection,
-                    "INSERT INTO Race (Name, FileName, Length, Laps, RaceTime, AvgSpeed, VictoryMargin, Cautions, "
-                    "LeadChanges, Weather) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)");
-  Statement addResult(connection,
-                      "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Status, Points, Bonus, "
-                      "PrizeMoney, Qualifying, Dropped) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, 0)");
+  Statement results(
+      connection,
+      "SELECT DriverName, Start, Finish, LapsRun, LapsLed, ReasonOut, Points, Bonus, PrizeMoney, "
+      "Qualifying FROM STNStats WHERE STNRaceID=?1 ORDER BY rowid");
+  Statement addRace(
+      connection,
+      "INSERT INTO Race (Name, FileName, Length, Laps, RaceTime, AvgSpeed, VictoryMargin, Cautions, "
+      "LeadChanges, Weather) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)");
+  Statement addResult(
+      connection,
+      "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Status, Points, Bonus, "
+      "PrizeMoney, Qualifying, Dropped) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, 0)");
   Statement find(connection, "SELECT DriverID FROM Driver WHERE Name=?1");
   Statement add(connection, "INSERT INTO Driver (Name, Exclude, Rookie, Handicap) VALUES (?1, 0, 0, 0)");
   std::unordered_map<std::string, int> drivers;
@@ -242,7 +256,8 @@ void Store(Connection& connection) {
 
 }  // namespace
 
-void ImportLoop(const std::string& league, const std::string& templateDb, const std::vector<std::string>& files) {
+void ImportLoop(const std::string& league, const std::string& templateDb,
+                const std::vector<std::string>& files) {
   const std::vector<int> points = PointsOf(templateDb);
   Connection connection(league);
   connection.Run("BEGIN IMMEDIATE; DELETE FROM STNRace");
@@ -260,11 +275,14 @@ void RecalculateLoop(const std::string& league, const std::string& templateDb) {
   Statement starts(connection, "SELECT rowid FROM Stats WHERE RaceID=?1 ORDER BY Qualifying DESC, Start");
   Statement finishes(connection, "SELECT rowid FROM Stats WHERE RaceID=?1 ORDER BY Finish");
   Statement setStart(connection, "UPDATE Stats SET Start=?1 WHERE rowid=?2");
-  Statement setFinish(connection, "UPDATE Stats SET Finish=?1, Points=?2, PrizeMoney=NULL, Bonus=0 WHERE rowid=?3");
-  Statement led(connection, "UPDATE Stats SET Bonus=Bonus+5, Points=Points+5 WHERE RaceID=?1 AND LapsLed > 0");
-  Statement mostLed(connection,
-                    "UPDATE Stats SET Bonus=Bonus+5, Points=Points+5 WHERE RaceID=?1 AND LapsLed=(SELECT Max(LapsLed) "
-                    "FROM Stats WHERE RaceID=?1)");
+  Statement setFinish(connection,
+                      "UPDATE Stats SET Finish=?1, Points=?2, PrizeMoney=NULL, Bonus=0 WHERE rowid=?3");
+  Statement led(connection,
+                "UPDATE Stats SET Bonus=Bonus+5, Points=Points+5 WHERE RaceID=?1 AND LapsLed > 0");
+  Statement mostLed(
+      connection,
+      "UPDATE Stats SET Bonus=Bonus+5, Points=Points+5 WHERE RaceID=?1 AND LapsLed=(SELECT Max(LapsLed) "
+      "FROM Stats WHERE RaceID=?1)");
   std::vector<int> keys;
   auto collect = [&](Statement& statement, int race) {
     keys.clear();
@@ -300,14 +318,18 @@ std::vector<int> StandingsStatement(const std::string& league, int dropped) {
   Connection connection(league);
   Statement standings(
       connection,
-      "SELECT d.Name, sum(r.Points) AS Total, max(sum(r.Points)) OVER () - sum(r.Points) AS Behind, count(*), "
+      "SELECT d.Name, sum(r.Points) AS Total, max(sum(r.Points)) OVER () - sum(r.Points) AS Behind, "
+      "count(*), "
       "sum(r.Finish=1), sum(r.Finish<=5), sum(r.Finish<=10), sum(r.Start=1), sum(r.LapsRun), sum(r.LapsLed), "
       "avg(nullif(r.Start, 0)), avg(r.Finish), sum(r.Status <> 'Running'), sum(r.Bonus), sum(r.PrizeMoney) "
-      "FROM (SELECT *, row_number() OVER (PARTITION BY DriverID ORDER BY Points DESC, Bonus DESC, LapsLed DESC) AS n "
+      "FROM (SELECT *, row_number() OVER (PARTITION BY DriverID ORDER BY Points DESC, Bonus DESC, LapsLed "
+      "DESC) AS n "
       "FROM Stats) AS r JOIN Driver AS d ON d.DriverID = r.DriverID "
       "WHERE r.n <= max(1, (SELECT count(*) FROM Race) - ?1) AND NOT coalesce(d.Exclude, 0) "
-      "GROUP BY r.DriverID ORDER BY Total DESC, sum(r.Finish=1) DESC, sum(r.Finish=2) DESC, sum(r.Finish=3) DESC, "
-      "sum(r.Finish=4) DESC, sum(r.Finish=5) DESC, sum(r.Finish=6) DESC, sum(r.Finish=7) DESC, sum(r.Finish=8) DESC, "
+      "GROUP BY r.DriverID ORDER BY Total DESC, sum(r.Finish=1) DESC, sum(r.Finish=2) DESC, sum(r.Finish=3) "
+      "DESC, "
+      "sum(r.Finish=4) DESC, sum(r.Finish=5) DESC, sum(r.Finish=6) DESC, sum(r.Finish=7) DESC, "
+      "sum(r.Finish=8) DESC, "
       "sum(r.Finish=9) DESC, sum(r.Finish=10) DESC, d.Name");
   standings.Int(1, dropped);
   std::vector<int> points;

@@ -7,7 +7,8 @@
 namespace scorvane::bench {
 
 // Reads the files, stages them, applies the two built-in bonuses and stores the races, as an import does.
-void ImportLoop(const std::string& league, const std::string& templateDb, const std::vector<std::string>& files);
+void ImportLoop(const std::string& league, const std::string& templateDb,
+                const std::vector<std::string>& files);
 
 // Numbers and scores every race anew.
 void RecalculateLoop(const std::string& league, const std::string& templateDb);

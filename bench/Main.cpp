@@ -54,16 +54,18 @@ void WriteFile(const std::string& path, std::mt19937& random) {
   for (std::size_t i = 0; i < drivers.size(); ++i) drivers[i] = static_cast<int>(i);
   std::shuffle(drivers.begin(), drivers.end(), random);
   std::ofstream file(path, std::ios::binary);
-  file << "Race Final Test Speedway\r\n" << fmt::format("{:<25}{:<15}{:<3}\r\n\r\n", "Track length in miles:   ", "2.500    Laps: ", 200);
+  file << "Race Final Test Speedway\r\n"
+       << fmt::format("{:<25}{:<15}{:<3}\r\n\r\n", "Track length in miles:   ", "2.500    Laps: ", 200);
   const std::string rule(77, '-');
   file << rule << "\r\nFin St  Car  Driver\r\n" << rule << "\r\n";
   for (int i = 0; i < kCars; ++i) {
     const int driver = drivers[static_cast<std::size_t>(i)];
     const int start = static_cast<int>(random() % kCars) + 1;
     const int led = i < 8 ? static_cast<int>(random() % 60) : 0;
-    file << fmt::format("{:>2}  {:>2}  {:>3}  {:<28}{:>3}  {:>3}   {:>3}  {:>7.3f}  {}\r\n", i + 1, start, driver,
-                        fmt::format("Driver Number {}", driver), 200 - i / 4, led, 175 - 4 * i > 0 ? 175 - 4 * i : 0,
-                        150.0 + static_cast<double>(random() % 40000) / 1000.0, i < 34 ? "running" : "engine");
+    file << fmt::format(
+        "{:>2}  {:>2}  {:>3}  {:<28}{:>3}  {:>3}   {:>3}  {:>7.3f}  {}\r\n", i + 1, start, driver,
+        fmt::format("Driver Number {}", driver), 200 - i / 4, led, 175 - 4 * i > 0 ? 175 - 4 * i : 0,
+        150.0 + static_cast<double>(random() % 40000) / 1000.0, i < 34 ? "running" : "engine");
   }
   file << "\r\nRace time - 3:05:07.250\r\nAverage speed - 162.040\r\nCaution flags - 5\r\n"
           "# of lead changes - 12\r\nWeather - Clear 72^F\r\n*\r\n";
@@ -122,16 +124,17 @@ int main(int argc, char** argv) {
   double loopPoints = 0;
   bool met = true;
   fmt::print("{} files of {} cars, medians of {} turns: ours, the loop, their ratio\n", count, kCars, turns);
-  met &= bench::Run({"import", 1.5, copy(fresh), import,
-                     [&] {
-                       bench::ImportLoop(league, templatePath, files);
-                       loopPoints = bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats");
-                     },
-                     [&] {
-                       Must(bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats") == loopPoints,
-                            "the imported results");
-                     }},
-                    turns);
+  met &= bench::Run(
+      {"import", 1.5, copy(fresh), import,
+       [&] {
+         bench::ImportLoop(league, templatePath, files);
+         loopPoints = bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats");
+       },
+       [&] {
+         Must(bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats") == loopPoints,
+              "the imported results");
+       }},
+      turns);
   fs::copy_file(league, full, fs::copy_options::overwrite_existing);
 
   std::vector<int> expected;
@@ -140,7 +143,8 @@ int main(int argc, char** argv) {
                      [&] {
                        opened(league, [&](engine::Database& db) {
                          reports::MarkDroppedRaces(db, kDropped);
-                         const auto report = reports::RunReport(db, *templateDb, reports::ListReports(*templateDb)[0].id);
+                         const auto report =
+                             reports::RunReport(db, *templateDb, reports::ListReports(*templateDb)[0].id);
                          shown.clear();
                          for (const auto& row : report->rows) shown.push_back(row[1].ToLong());
                        });
@@ -159,24 +163,25 @@ int main(int argc, char** argv) {
                      [&] { expected = bench::StandingsStatement(league, kDropped); }, [] {}},
                     turns);
 
-  met &= bench::Run({"recalculating every race", 2.0, copy(full),
-                     [&] {
-                       opened(league, [&](engine::Database& db) {
-                         engine::UnitOfWork unit(db);
-                         for (auto rows = db.OpenRecordset("SELECT RaceID FROM Race"); !rows.AtEnd(); rows.MoveNext())
-                           scoring::RecalculateRace(*templateDb, db, state, rows.At(0).ToLong(), false);
-                         unit.Commit();
-                       });
-                     },
-                     [&] {
-                       bench::RecalculateLoop(league, templatePath);
-                       loopPoints = bench::Ask(league, "SELECT sum(Points * Start + Finish) FROM Stats");
-                     },
-                     [&] {
-                       Must(bench::Ask(league, "SELECT sum(Points * Start + Finish) FROM Stats") == loopPoints,
-                            "the recalculated results");
-                     }},
-                    turns);
+  met &= bench::Run(
+      {"recalculating every race", 2.0, copy(full),
+       [&] {
+         opened(league, [&](engine::Database& db) {
+           engine::UnitOfWork unit(db);
+           for (auto rows = db.OpenRecordset("SELECT RaceID FROM Race"); !rows.AtEnd(); rows.MoveNext())
+             scoring::RecalculateRace(*templateDb, db, state, rows.At(0).ToLong(), false);
+           unit.Commit();
+         });
+       },
+       [&] {
+         bench::RecalculateLoop(league, templatePath);
+         loopPoints = bench::Ask(league, "SELECT sum(Points * Start + Finish) FROM Stats");
+       },
+       [&] {
+         Must(bench::Ask(league, "SELECT sum(Points * Start + Finish) FROM Stats") == loopPoints,
+              "the recalculated results");
+       }},
+      turns);
   fs::remove_all(folder);
   return met ? 0 : 1;
 }

@@ -46,8 +46,11 @@ void ReadLeagueSettings(engine::Database& league, common::ProcessState& state) {
 }
 
 bool LeagueSession::OpenLeagueFile(const std::string& path) {
-  if (!common::FileExists(path)) {
-    ui_.ShowMessage({"\"" + path + "\" does not exist!", "Open File Error", common::MessageIcon::Exclamation});
+  // A folder is there, but no league: opening says so.
+  std::error_code error;
+  if (!common::FileExists(path) && !std::filesystem::is_directory(path, error)) {
+    ui_.ShowMessage(
+        {"\"" + path + "\" does not exist!", "Open File Error", common::MessageIcon::Exclamation});
     return false;
   }
   CloseLeagueFile();
@@ -63,7 +66,8 @@ bool LeagueSession::OpenLeagueFile(const std::string& path) {
     RefreshBonusQueries();
     CopyPageDefaults();
     if (common::GetSettingValue(*league_, common::kDroppedRaces) == common::kMissingSetting) {
-      league_->Execute("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
+      league_->Execute(
+          "INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
     }
     work.Commit();
   } catch (...) {
@@ -73,13 +77,14 @@ bool LeagueSession::OpenLeagueFile(const std::string& path) {
   return true;
 }
 
-// The league's rules carry the template's query texts. What is the same already is not written again, so that a file
-// that is only looked at stays as it is.
+// The league's rules carry the template's query texts. What is the same already is not written again, so that
+// a file that is only looked at stays as it is.
 void LeagueSession::RefreshBonusQueries() {
   std::map<std::int32_t, engine::Value> present;
   for (auto rows = league_->OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd(); rows.MoveNext())
     present[rows.At(0).ToLong()] = rows.At(1);
-  for (auto rows = templateDb_.OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd(); rows.MoveNext()) {
+  for (auto rows = templateDb_.OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd();
+       rows.MoveNext()) {
     const std::int32_t id = rows.At(0).ToLong();
     const auto found = present.find(id);
     if (found == present.end() || found->second == rows.At(1)) continue;
@@ -94,8 +99,9 @@ void LeagueSession::CopyPageDefaults() {
     std::string name;
     const std::string value = common::GetSettingValue(templateDb_, id, &name);
     if (value == common::kMissingSetting) continue;
-    league_->Execute(fmt::format("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES ({},{},{})", id,
-                                 common::QuoteSQL(name), common::QuoteSQL(value)));
+    league_->Execute(
+        fmt::format("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES ({},{},{})", id,
+                    common::QuoteSQL(name), common::QuoteSQL(value)));
   }
 }
 

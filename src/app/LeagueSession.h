@@ -1,4 +1,5 @@
-// The one league file that is open at a time: how it is opened, what opening brings up to date, and how it is closed.
+// The one league file that is open at a time: how it is opened, what opening brings up to date, and how it is
+// closed.
 #pragma once
 
 #include <memory>
@@ -20,13 +21,14 @@ class LeagueSession {
   LeagueSession& operator=(const LeagueSession&) = delete;
   ~LeagueSession() { CloseLeagueFile(); }
 
-  // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process state.
-  // False, after a message, when there is no such file: the open one then stays open. Throws EngineError when the
-  // file cannot be used as a league; no file is open then.
+  // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process
+  // state. False, after a message, when there is no such file: the open one then stays open. Throws
+  // EngineError when the file cannot be used as a league; no file is open then.
   bool OpenLeagueFile(const std::string& path);
 
-  // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a file.
-  // What goes wrong while it is made compact costs nothing but the compaction: the file stays as it was.
+  // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a
+  // file. What goes wrong while it is made compact costs nothing but the compaction: the file stays as it
+  // was.
   void CloseLeagueFile();
 
   bool IsOpen() const { return league_ != nullptr; }
@@ -47,8 +49,8 @@ class LeagueSession {
   std::unique_ptr<engine::Database> league_;
 };
 
-// Reads the league's settings that the whole program shares into the state; a setting that is missing or no number
-// counts as 0.
+// Reads the league's settings that the whole program shares into the state; a setting that is missing or no
+// number counts as 0.
 void ReadLeagueSettings(engine::Database& league, common::ProcessState& state);
 
 }  // namespace scorvane::app

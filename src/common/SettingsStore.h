@@ -42,14 +42,14 @@ enum LeagueSetting : int {
 enum PageSetting : int {
   kUseBackgroundImage = 100,
   kBackgroundImage = 101,
-  kFirstPageColor = 102,  // to 109: background, text, link, visited, active, heading, report name, caption
+  kFirstPageColor = 102,   // to 109: background, text, link, visited, active, heading, report name, caption
   kFirstTableColor = 110,  // to 119
   kFirstTableColorSwitch = 200,  // to 204
-  kFirstLayout = 300,  // to 302
+  kFirstLayout = 300,            // to 302
 };
 
-// The setting's value without blanks around it; the empty text for Null; kMissingSetting without such a row and on
-// any error. `name`, when given, takes the setting's name and is left alone on an error.
+// The setting's value without blanks around it; the empty text for Null; kMissingSetting without such a row
+// and on any error. `name`, when given, takes the setting's name and is left alone on an error.
 std::string GetSettingValue(engine::Database& database, int id, std::string* name = nullptr);
 
 // Stores a value, adding the row when it is not there. False on any error, without a message.

@@ -1,5 +1,5 @@
-// The port through which operations and forms speak to the user. The window answers with real dialogs, the command
-// line with its error stream, tests with a scripted one.
+// The port through which operations and forms speak to the user. The window answers with real dialogs, the
+// command line with its error stream, tests with a scripted one.
 #pragma once
 
 #include <cstdint>
@@ -37,9 +37,11 @@ class UserInterface {
   virtual void ShowMessage(const Message& message) = 0;
   virtual Answer Ask(const Message& message, Buttons buttons) = 0;
   // `filter` as "Standings File (*.stn)|*.stn"; the chosen paths, empty when cancelled.
-  virtual std::vector<std::string> OpenFiles(const std::string& filter, const std::string& folder, bool several) = 0;
+  virtual std::vector<std::string> OpenFiles(const std::string& filter, const std::string& folder,
+                                             bool several) = 0;
   // The chosen path, empty when cancelled.
-  virtual std::string SaveFile(const std::string& filter, const std::string& name, const std::string& folder) = 0;
+  virtual std::string SaveFile(const std::string& filter, const std::string& name,
+                               const std::string& folder) = 0;
   virtual std::string PickFolder(const std::string& title, const std::string& folder) = 0;
   // Red in the low byte; false when cancelled.
   virtual bool PickColor(std::uint32_t& color) = 0;

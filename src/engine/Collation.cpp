@@ -19,14 +19,15 @@ class Collator {
   Collator() {
     UErrorCode status = U_ZERO_ERROR;
     collator_.reset(ucol_open("", &status));
-    if (U_FAILURE(status) || !collator_) throw std::runtime_error("The system's collation data cannot be loaded.");
+    if (U_FAILURE(status) || !collator_)
+      throw std::runtime_error("The system's collation data cannot be loaded.");
     ucol_setStrength(collator_.get(), UCOL_SECONDARY);
     RankAscii();
   }
 
   int Compare(std::string_view a, std::string_view b) const {
-    // Printable ASCII compares by rank alone; the first character that is anything else hands over to the collator,
-    // and so does one that follows a difference, for it might be an accent of the character before.
+    // Printable ASCII compares by rank alone; the first character that is anything else hands over to the
+    // collator, and so does one that follows a difference, for it might be an accent of the character before.
     const std::size_t shared = std::min(a.size(), b.size());
     std::size_t i = 0;
     for (; i < shared; ++i) {
@@ -57,13 +58,18 @@ class Collator {
 
   int Full(std::string_view a, std::string_view b) const {
     UErrorCode status = U_ZERO_ERROR;
-    const UCollationResult result = ucol_strcollUTF8(collator_.get(), a.data(), static_cast<int32_t>(a.size()),
-                                                     b.data(), static_cast<int32_t>(b.size()), &status);
+    const UCollationResult result =
+        ucol_strcollUTF8(collator_.get(), a.data(), static_cast<int32_t>(a.size()), b.data(),
+                         static_cast<int32_t>(b.size()), &status);
     return U_FAILURE(status) ? a.compare(b) : static_cast<int>(result);
   }
 
-  int RankOf(std::string_view text, std::size_t i) const { return ranks_[static_cast<unsigned char>(text[i])]; }
-  bool PlainAt(std::string_view text, std::size_t i) const { return i >= text.size() || RankOf(text, i) != 0; }
+  int RankOf(std::string_view text, std::size_t i) const {
+    return ranks_[static_cast<unsigned char>(text[i])];
+  }
+  bool PlainAt(std::string_view text, std::size_t i) const {
+    return i >= text.size() || RankOf(text, i) != 0;
+  }
 
   // Asks the collator for the order of the printable ASCII characters; equal ones (a and A) share a rank.
   void RankAscii() {
@@ -94,7 +100,9 @@ int CompareForStore(void*, int aSize, const void* a, int bSize, const void* b) {
 
 }  // namespace
 
-int CompareTexts(std::string_view a, std::string_view b) { return TheCollator().Compare(a, b); }
+int CompareTexts(std::string_view a, std::string_view b) {
+  return TheCollator().Compare(a, b);
+}
 
 std::u32string FoldCase(std::string_view text) {
   icu::UnicodeString unicode =
@@ -106,7 +114,9 @@ std::u32string FoldCase(std::string_view text) {
   return folded;
 }
 
-std::string CollationVersion() { return TheCollator().Version(); }
+std::string CollationVersion() {
+  return TheCollator().Version();
+}
 
 void RegisterCollation(sqlite3* connection) {
   TheCollator();

@@ -1,5 +1,5 @@
-// How texts compare in a league file: letter case does not count, accents do. One fixed locale, so that a file sorts
-// alike on every machine.
+// How texts compare in a league file: letter case does not count, accents do. One fixed locale, so that a
+// file sorts alike on every machine.
 #pragma once
 
 #include <string>

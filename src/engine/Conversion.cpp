@@ -24,18 +24,21 @@ double NumberFor(const Value& value, const StoreTarget& target, char decimal) {
   throw EngineError(kConversionError, value.Text(), target.label);
 }
 
-std::int32_t WholeFor(const Value& value, const StoreTarget& target, char decimal, double lowest, double highest) {
+std::int32_t WholeFor(const Value& value, const StoreTarget& target, char decimal, double lowest,
+                      double highest) {
   const double number = RoundHalfEven(NumberFor(value, target, decimal));
-  if (!(number >= lowest && number <= highest)) throw EngineError(kOverflow, value.ToText(decimal), target.label);
+  if (!(number >= lowest && number <= highest))
+    throw EngineError(kOverflow, value.ToText(decimal), target.label);
   return static_cast<std::int32_t>(number);
 }
 
 Value TextFor(const Value& value, const StoreTarget& target, char decimal) {
-  Value text = value.IsText() ? value
+  Value text = value.IsText()                            ? value
                : value.GetType() == Value::Type::Boolean ? Value(value.ToBoolean() ? "-1" : "0")
                                                          : Value(value.ToText(decimal));
   const std::string& content = text.Text();
-  if (content.empty() && !target.field.AllowZeroLength) throw EngineError(kZeroLengthNotAllowed, target.label);
+  if (content.empty() && !target.field.AllowZeroLength)
+    throw EngineError(kZeroLengthNotAllowed, target.label);
   if (target.field.Type == FieldType::Text && content.size() > static_cast<std::size_t>(target.field.Size)) {
     const int characters = CharacterCount(content);
     if (characters > target.field.Size) {

@@ -111,7 +111,8 @@ void Database::Impl::ClearCache() {
 }
 
 int Database::Impl::AddTarget(std::shared_ptr<const StoreTarget> target) {
-  const auto [found, added] = targetNumbers.try_emplace(target->label, static_cast<int>(functions.targets.size()));
+  const auto [found, added] =
+      targetNumbers.try_emplace(target->label, static_cast<int>(functions.targets.size()));
   if (added) functions.targets.push_back(std::move(target));
   return found->second;
 }
@@ -130,10 +131,10 @@ void Database::Impl::BindLiterals(Prepared& prepared) {
       const sql::Literal& literal = lexed.literals[static_cast<std::size_t>(param.literal)];
       // The two that make up nearly every import go in without a detour over a Value.
       if (literal.kind == sql::Literal::Kind::Text && literal.quote == 0 &&
-          (target == nullptr ||
-           (target->field.Type == FieldType::Text && !literal.text.empty() &&
-            literal.text.size() <= static_cast<std::size_t>(target->field.Size)))) {
-        sqlite3_bind_text(statement, i + 1, literal.text.data(), static_cast<int>(literal.text.size()), SQLITE_STATIC);
+          (target == nullptr || (target->field.Type == FieldType::Text && !literal.text.empty() &&
+                                 literal.text.size() <= static_cast<std::size_t>(target->field.Size)))) {
+        sqlite3_bind_text(statement, i + 1, literal.text.data(), static_cast<int>(literal.text.size()),
+                          SQLITE_STATIC);
         continue;
       }
       if (literal.kind == sql::Literal::Kind::Integer &&
@@ -144,7 +145,8 @@ void Database::Impl::BindLiterals(Prepared& prepared) {
         continue;
       }
     }
-    Value value = param.literal >= 0 ? lexed.literals[static_cast<std::size_t>(param.literal)].ToValue() : param.fixed;
+    Value value =
+        param.literal >= 0 ? lexed.literals[static_cast<std::size_t>(param.literal)].ToValue() : param.fixed;
     if (param.negate) value = Value(-value.ToDouble());
     bound.push_back(target == nullptr ? std::move(value) : ConvertForField(value, *target, decimal));
     Bind(statement, i + 1, bound.back());
@@ -175,8 +177,9 @@ void Database::Impl::ThrowStepError(Prepared& prepared, int) {
     const std::string& text = prepared.plan.sql;
     const std::size_t from = text.find('"');
     const std::size_t to = text.find('"', from + 1);
-    const std::string table =
-        from == std::string::npos || to == std::string::npos ? std::string() : text.substr(from + 1, to - from - 1);
+    const std::string table = from == std::string::npos || to == std::string::npos
+                                  ? std::string()
+                                  : text.substr(from + 1, to - from - 1);
     if (code == SQLITE_CONSTRAINT_FOREIGNKEY) {
       const std::string parent = MissingParent(prepared);
       if (!parent.empty()) throw EngineError(kRelatedRecordRequired, parent);
@@ -195,8 +198,8 @@ void Database::Impl::ThrowStepError(Prepared& prepared, int) {
   ThrowStoreError(connection.get(), code, path);
 }
 
-// The statement is run once more with the check put off, the file is asked which rows lack their parent, and all of it
-// is taken back.
+// The statement is run once more with the check put off, the file is asked which rows lack their parent, and
+// all of it is taken back.
 std::string Database::Impl::MissingParent(Prepared& prepared) {
   std::string parent;
   Run("SAVEPOINT sv_parent");
@@ -209,7 +212,8 @@ std::string Database::Impl::MissingParent(Prepared& prepared) {
       // A row that lost its parent is a related record, not a missing one.
       const std::string changed = "INTO " + StoreName(child == nullptr ? "" : child);
       const std::string updated = "UPDATE " + StoreName(child == nullptr ? "" : child);
-      const bool ours = prepared.plan.sql.find(changed) != std::string::npos || prepared.plan.sql.starts_with(updated);
+      const bool ours =
+          prepared.plan.sql.find(changed) != std::string::npos || prepared.plan.sql.starts_with(updated);
       if (name != nullptr && ours) parent = name;
     }
   }
@@ -272,7 +276,8 @@ Recordset Database::OpenRecordset(std::string_view sql, RecordsetType type) {
   const bool dynaset = type == RecordsetType::Dynaset;
   if (dynaset) impl_->NeedWritable();
   Prepared& prepared = impl_->Find(sql, dynaset);
-  if (prepared.plan.kind != sql::Statement::Kind::Query || sqlite3_stmt_readonly(prepared.statement.get()) == 0)
+  if (prepared.plan.kind != sql::Statement::Kind::Query ||
+      sqlite3_stmt_readonly(prepared.statement.get()) == 0)
     throw EngineError(kInvalidOperation);
   impl_->BindLiterals(prepared);
   return Recordset(Fetch(*impl_, prepared, type));
@@ -319,7 +324,8 @@ std::int64_t Database::Impl::InsertInto(Prepared& prepared) {
   std::int64_t count = 0;
   other.Atomically([&] {
     for (std::size_t row = 0; row < rows->rows; ++row) {
-      for (std::size_t i = 0; i < names.size(); ++i) insert.plan.params[i].fixed = rows->values[row * names.size() + i];
+      for (std::size_t i = 0; i < names.size(); ++i)
+        insert.plan.params[i].fixed = rows->values[row * names.size() + i];
       other.BindLiterals(insert);
       count += other.Change(insert);
     }
@@ -327,7 +333,9 @@ std::int64_t Database::Impl::InsertInto(Prepared& prepared) {
   return count;
 }
 
-const std::string& Database::Name() const { return impl_->path; }
+const std::string& Database::Name() const {
+  return impl_->path;
+}
 
 std::int64_t Database::FreePages() const {
   StatementPtr statement = impl_->Prepare("PRAGMA freelist_count");

@@ -3,7 +3,8 @@
 //   DBEngine engine;
 //   auto league = engine.DefaultWorkspace().OpenDatabase("league.lgx");
 //   league->Execute("UPDATE Driver SET Handicap=0");
-//   for (auto rows = league->OpenRecordset("SELECT Name FROM Driver ORDER BY Name"); !rows.AtEnd(); rows.MoveNext())
+//   for (auto rows = league->OpenRecordset("SELECT Name FROM Driver ORDER BY Name"); !rows.AtEnd();
+//   rows.MoveNext())
 //     fmt::print("{}\n", rows["Name"].ToText());
 //
 // Every failure is thrown as EngineError. A failing statement changes nothing.
@@ -39,11 +40,12 @@ class Database {
   std::int64_t Execute(std::string_view sql);
   // Runs a SELECT.
   Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot);
-  // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at all.
+  // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at
+  // all.
   static bool IsSelect(std::string_view sql);
 
-  // The schema. Names are found without regard to case. What changes it throws EngineError 3265 for a table, field,
-  // index or relation that is not there.
+  // The schema. Names are found without regard to case. What changes it throws EngineError 3265 for a table,
+  // field, index or relation that is not there.
   const std::vector<TableDef>& TableDefs() const;
   const TableDef* FindTableDef(std::string_view name) const;  // null when there is none
   const std::vector<Relation>& Relations() const;
@@ -51,7 +53,8 @@ class Database {
   void DeleteTableDef(std::string_view table);
   void AppendField(std::string_view table, Field field);
   void RenameField(std::string_view table, std::string_view field, std::string_view newName);
-  void DeleteField(std::string_view table, std::string_view field);  // 3280 while an index or a relation needs it
+  void DeleteField(std::string_view table,
+                   std::string_view field);  // 3280 while an index or a relation needs it
   void SetFieldDefault(std::string_view table, std::string_view field, std::string_view literal);
   void AppendIndex(std::string_view table, Index index);
   void DeleteIndex(std::string_view table, std::string_view index);
@@ -79,10 +82,11 @@ class Workspace {
   Workspace& operator=(const Workspace&) = delete;
   ~Workspace();
 
-  // Throws EngineError 3204 when the file exists, 3044 when its folder does not, 3051 when it cannot be written.
+  // Throws EngineError 3204 when the file exists, 3044 when its folder does not, 3051 when it cannot be
+  // written.
   std::unique_ptr<Database> CreateDatabase(const std::string& path);
-  // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine, 3045 when it is
-  // in use, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
+  // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine, 3045 when
+  // it is in use, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
   std::unique_ptr<Database> OpenDatabase(const std::string& path, OpenOptions options = {});
   // The open database with this path; null when there is none.
   Database* FindDatabase(const std::string& path) const;
@@ -107,9 +111,9 @@ class DBEngine {
   Workspace workspace_;
 };
 
-// One transaction around many statements. It commits when its scope ends, also when an error ends it, so that the
-// statements before the error stay in effect; a power cut leaves all of it or nothing. Units nest: the outermost
-// commits.
+// One transaction around many statements. It commits when its scope ends, also when an error ends it, so that
+// the statements before the error stay in effect; a power cut leaves all of it or nothing. Units nest: the
+// outermost commits.
 class UnitOfWork {
  public:
   explicit UnitOfWork(Database& database);

@@ -45,8 +45,8 @@ struct Database::Impl : sql::Catalog {
   // Runs store text that takes no parameters, such as "BEGIN".
   void Run(const std::string& storeSql);
   StatementPtr Prepare(std::string_view storeSql);
-  // The prepared statement for a text, from the cache when one of its shape is there. Leaves the text's literals in
-  // `lexed`.
+  // The prepared statement for a text, from the cache when one of its shape is there. Leaves the text's
+  // literals in `lexed`.
   Prepared& Find(std::string_view text, bool dynaset);
   void BindLiterals(Prepared& prepared);
   // One step: true when there is a row. Throws what went wrong, after a reset.
@@ -91,15 +91,15 @@ struct Database::Impl : sql::Catalog {
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
   using Cache = std::unordered_map<std::string, std::unique_ptr<Prepared>, TextHash, std::equal_to<>>;
-  Cache byShape;      // null: statements of this shape are kept by their text
+  Cache byShape;  // null: statements of this shape are kept by their text
   Cache byText;
-  Cache updates;      // of edited recordsets, by their table and fields
+  Cache updates;  // of edited recordsets, by their table and fields
   std::unordered_map<std::string, int> targetNumbers;
   sql::Lexed lexed;
   std::vector<Value> bound;  // what the parameters of the running statement point into
 
-  int units = 0;             // units of work that are open
-  bool unitLost = false;     // the store has rolled the unit back on its own
+  int units = 0;          // units of work that are open
+  bool unitLost = false;  // the store has rolled the unit back on its own
 };
 
 }  // namespace scorvane::engine

@@ -1,5 +1,5 @@
-// The schema: what the store cannot hold of a field, an index or a relation stands in tables of our own (sv_*), which
-// TableDefs does not show.
+// The schema: what the store cannot hold of a field, an index or a relation stands in tables of our own
+// (sv_*), which TableDefs does not show.
 #include <fmt/format.h>
 #include <sqlite3.h>
 
@@ -15,11 +15,13 @@ namespace {
 
 constexpr const char* kSystemTables =
     "CREATE TABLE sv_info (name TEXT PRIMARY KEY, value TEXT);"
-    "CREATE TABLE sv_field (table_name TEXT, place INTEGER, name TEXT, type INTEGER, size INTEGER, attributes INTEGER,"
+    "CREATE TABLE sv_field (table_name TEXT, place INTEGER, name TEXT, type INTEGER, size INTEGER, "
+    "attributes INTEGER,"
     " required INTEGER, zero_length INTEGER, default_value TEXT, PRIMARY KEY (table_name, place));"
     "CREATE TABLE sv_index (table_name TEXT, place INTEGER, name TEXT, is_primary INTEGER, is_unique INTEGER,"
     " required INTEGER, fields TEXT, PRIMARY KEY (table_name, place));"
-    "CREATE TABLE sv_relation (name TEXT PRIMARY KEY, table_name TEXT, foreign_table TEXT, attributes INTEGER,"
+    "CREATE TABLE sv_relation (name TEXT PRIMARY KEY, table_name TEXT, foreign_table TEXT, attributes "
+    "INTEGER,"
     " field TEXT, foreign_field TEXT);";
 
 constexpr char kFieldSeparator = '\n';  // between the fields of an index in sv_index
@@ -65,15 +67,16 @@ int NaturalSize(FieldType type) {
 }
 
 bool IsKnownType(int type) {
-  for (FieldType known : {FieldType::Boolean, FieldType::Byte, FieldType::Integer, FieldType::Long, FieldType::Single,
-                          FieldType::Double, FieldType::Date, FieldType::Text, FieldType::Memo})
+  for (FieldType known :
+       {FieldType::Boolean, FieldType::Byte, FieldType::Integer, FieldType::Long, FieldType::Single,
+        FieldType::Double, FieldType::Date, FieldType::Text, FieldType::Memo})
     if (static_cast<int>(known) == type) return true;
   return false;
 }
 
 void CheckName(std::string_view name) {
-  const bool bad = name.empty() || name.size() > 64 || name.front() == ' ' || SameName(name.substr(0, 3), "sv_") ||
-                   SameName(name.substr(0, 7), "sqlite_") ||
+  const bool bad = name.empty() || name.size() > 64 || name.front() == ' ' ||
+                   SameName(name.substr(0, 3), "sv_") || SameName(name.substr(0, 7), "sqlite_") ||
                    name.find_first_of(std::string_view(".![]`\"\n\0", 8)) != std::string_view::npos;
   if (bad) throw EngineError(kInvalidName, name);
 }
@@ -93,7 +96,8 @@ const Field* RowKey(const TableDef& table) {
   for (const Index& index : table.Indexes) {
     if (!index.Primary || index.Fields.size() != 1) continue;
     const Field* field = table.FindField(index.Fields[0]);
-    if (field != nullptr && (field->Type == FieldType::Long || field->Type == FieldType::Integer)) return field;
+    if (field != nullptr && (field->Type == FieldType::Long || field->Type == FieldType::Integer))
+      return field;
   }
   return nullptr;
 }
@@ -104,7 +108,9 @@ std::string IndexStoreName(const TableDef& table, const Index& index) {
 
 std::string TextColumn(sqlite3_stmt* statement, int column) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return text == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
+  return text == nullptr
+             ? std::string()
+             : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
 }
 
 template <typename Item>
@@ -114,7 +120,8 @@ bool HasName(const std::vector<Item>& items, std::string_view name) {
 
 template <typename Item>
 typename std::vector<Item>::iterator NeedItem(std::vector<Item>& items, std::string_view name) {
-  auto found = std::find_if(items.begin(), items.end(), [&](const Item& item) { return SameName(item.Name, name); });
+  auto found =
+      std::find_if(items.begin(), items.end(), [&](const Item& item) { return SameName(item.Name, name); });
   if (found == items.end()) throw EngineError(kItemNotFound, name);
   return found;
 }
@@ -175,10 +182,12 @@ void Database::Impl::LoadSchema() {
   if (code != SQLITE_DONE) ThrowStoreError(connection.get(), code, path);
 
   StatementPtr indexes = Prepare(
-      "SELECT table_name, name, is_primary, is_unique, required, fields FROM sv_index ORDER BY table_name, place");
+      "SELECT table_name, name, is_primary, is_unique, required, fields FROM sv_index ORDER BY table_name, "
+      "place");
   while ((code = sqlite3_step(indexes.get())) == SQLITE_ROW) {
     const std::string table = TextColumn(indexes.get(), 0);
-    auto owner = std::find_if(tables.begin(), tables.end(), [&](const TableDef& t) { return t.Name == table; });
+    auto owner =
+        std::find_if(tables.begin(), tables.end(), [&](const TableDef& t) { return t.Name == table; });
     if (owner == tables.end()) continue;
     Index index;
     index.Name = TextColumn(indexes.get(), 1);
@@ -195,8 +204,9 @@ void Database::Impl::LoadSchema() {
   }
   if (code != SQLITE_DONE) ThrowStoreError(connection.get(), code, path);
 
-  StatementPtr links =
-      Prepare("SELECT name, table_name, foreign_table, attributes, field, foreign_field FROM sv_relation ORDER BY rowid");
+  StatementPtr links = Prepare(
+      "SELECT name, table_name, foreign_table, attributes, field, foreign_field FROM sv_relation ORDER BY "
+      "rowid");
   while ((code = sqlite3_step(links.get())) == SQLITE_ROW) {
     Relation relation;
     relation.Name = TextColumn(links.get(), 0);
@@ -229,15 +239,24 @@ void Database::Impl::CheckCollation() {
 }
 
 const TableDef* Database::Impl::FindTable(std::string_view name) const {
-  auto found = std::find_if(tables.begin(), tables.end(), [&](const TableDef& t) { return SameName(t.Name, name); });
+  auto found =
+      std::find_if(tables.begin(), tables.end(), [&](const TableDef& t) { return SameName(t.Name, name); });
   return found == tables.end() ? nullptr : &*found;
 }
 
-TableDef& Database::Impl::NeedTable(std::string_view name) { return *NeedItem(tables, name); }
+TableDef& Database::Impl::NeedTable(std::string_view name) {
+  return *NeedItem(tables, name);
+}
 
-const std::vector<TableDef>& Database::TableDefs() const { return impl_->tables; }
-const TableDef* Database::FindTableDef(std::string_view name) const { return impl_->FindTable(name); }
-const std::vector<Relation>& Database::Relations() const { return impl_->relations; }
+const std::vector<TableDef>& Database::TableDefs() const {
+  return impl_->tables;
+}
+const TableDef* Database::FindTableDef(std::string_view name) const {
+  return impl_->FindTable(name);
+}
+const std::vector<Relation>& Database::Relations() const {
+  return impl_->relations;
+}
 
 // ---- writing
 
@@ -302,14 +321,16 @@ void Database::Impl::CreateIndexes(const TableDef& table) {
     if (key != nullptr && index.Fields.size() == 1 && SameName(index.Fields[0], key->Name)) continue;
     std::string sql = fmt::format("CREATE {}INDEX {} ON {} (", index.Unique || index.Primary ? "UNIQUE " : "",
                                   IndexStoreName(table, index), StoreName(table.Name));
-    for (const std::string& name : index.Fields) sql += (&name == &index.Fields.front() ? "" : ", ") + StoreName(name);
+    for (const std::string& name : index.Fields)
+      sql += (&name == &index.Fields.front() ? "" : ", ") + StoreName(name);
     Run(sql + ")");
   }
 }
 
 void Database::Impl::SaveTable(const TableDef& table) {
   const Value name(table.Name);
-  for (const char* text : {"DELETE FROM sv_field WHERE table_name = ?1", "DELETE FROM sv_index WHERE table_name = ?1"}) {
+  for (const char* text :
+       {"DELETE FROM sv_field WHERE table_name = ?1", "DELETE FROM sv_index WHERE table_name = ?1"}) {
     StatementPtr clear = Prepare(text);
     Bind(clear.get(), 1, name);
     StepToEnd(*this, clear.get());
@@ -322,9 +343,9 @@ void Database::Impl::SaveTable(const TableDef& table) {
   std::int32_t place = 0;
   for (const Field& field : table.Fields) {
     insert("INSERT INTO sv_field VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)",
-           {name, Value(place++), Value(field.Name), Value(static_cast<std::int32_t>(field.Type)), Value(field.Size),
-            Value(field.Attributes), Value(field.Required ? 1 : 0), Value(field.AllowZeroLength ? 1 : 0),
-            Value(field.DefaultValue)});
+           {name, Value(place++), Value(field.Name), Value(static_cast<std::int32_t>(field.Type)),
+            Value(field.Size), Value(field.Attributes), Value(field.Required ? 1 : 0),
+            Value(field.AllowZeroLength ? 1 : 0), Value(field.DefaultValue)});
   }
   place = 0;
   for (const Index& index : table.Indexes) {
@@ -334,8 +355,8 @@ void Database::Impl::SaveTable(const TableDef& table) {
       fields += field;
     }
     insert("INSERT INTO sv_index VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)",
-           {name, Value(place++), Value(index.Name), Value(index.Primary ? 1 : 0), Value(index.Unique ? 1 : 0),
-            Value(index.Required ? 1 : 0), Value(fields)});
+           {name, Value(place++), Value(index.Name), Value(index.Primary ? 1 : 0),
+            Value(index.Unique ? 1 : 0), Value(index.Required ? 1 : 0), Value(fields)});
   }
 }
 
@@ -343,14 +364,16 @@ void Database::Impl::SaveRelations() {
   Run("DELETE FROM sv_relation");
   for (const Relation& relation : relations) {
     StatementPtr insert = Prepare("INSERT INTO sv_relation VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
-    const Value values[] = {Value(relation.Name),       Value(relation.Table),     Value(relation.ForeignTable),
-                            Value(relation.Attributes), Value(relation.FieldName), Value(relation.ForeignName)};
+    const Value values[] = {Value(relation.Name),         Value(relation.Table),
+                            Value(relation.ForeignTable), Value(relation.Attributes),
+                            Value(relation.FieldName),    Value(relation.ForeignName)};
     for (int i = 0; i < 6; ++i) Bind(insert.get(), i + 1, values[i]);
     StepToEnd(*this, insert.get());
   }
 }
 
-// Makes a table anew from its definition and moves its rows: the store cannot add a relation to a table that is there.
+// Makes a table anew from its definition and moves its rows: the store cannot add a relation to a table that
+// is there.
 void Database::Impl::Rebuild(const TableDef& table) {
   const std::string moved = "sv_moved";
   std::string names;
@@ -375,7 +398,8 @@ void Database::Impl::Rebuild(const TableDef& table) {
       const Value name(table.Name);
       Bind(clear.get(), 1, name);
       StepToEnd(*this, clear.get());
-      StatementPtr write = Prepare("INSERT INTO sqlite_sequence (name, seq) VALUES (?1, CAST(?2 AS INTEGER))");
+      StatementPtr write =
+          Prepare("INSERT INTO sqlite_sequence (name, seq) VALUES (?1, CAST(?2 AS INTEGER))");
       const Value value(counter);
       Bind(write.get(), 1, name);
       Bind(write.get(), 2, value);
@@ -388,7 +412,8 @@ void Database::Impl::Rebuild(const TableDef& table) {
   }
   sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
   StatementPtr check = Prepare("PRAGMA foreign_key_check(" + StoreName(table.Name) + ")");
-  if (sqlite3_step(check.get()) == SQLITE_ROW) throw EngineError(kRelatedRecordRequired, TextColumn(check.get(), 2));
+  if (sqlite3_step(check.get()) == SQLITE_ROW)
+    throw EngineError(kRelatedRecordRequired, TextColumn(check.get(), 2));
 }
 
 void Database::AppendTableDef(TableDef table) {
@@ -432,7 +457,8 @@ void Database::AppendField(std::string_view tableName, Field field) {
   TableDef& table = impl_->NeedTable(tableName);
   Normalise(field);
   if (table.FindField(field.Name) != nullptr) throw EngineError(kFieldExists, field.Name);
-  if (field.IsCounter()) throw EngineError(kInvalidName, field.Name);  // rows that are there would need numbers
+  if (field.IsCounter())
+    throw EngineError(kInvalidName, field.Name);  // rows that are there would need numbers
   impl_->ChangeSchema([&] {
     impl_->Run(fmt::format("ALTER TABLE {} ADD COLUMN {} {}", StoreName(table.Name), StoreName(field.Name),
                            StoreType(field.Type)));
@@ -445,17 +471,19 @@ void Database::RenameField(std::string_view tableName, std::string_view field, s
   TableDef& table = impl_->NeedTable(tableName);
   auto found = NeedItem(table.Fields, field);
   CheckName(newName);
-  if (!SameName(field, newName) && table.FindField(newName) != nullptr) throw EngineError(kFieldExists, newName);
+  if (!SameName(field, newName) && table.FindField(newName) != nullptr)
+    throw EngineError(kFieldExists, newName);
   impl_->ChangeSchema([&] {
-    impl_->Run(fmt::format("ALTER TABLE {} RENAME COLUMN {} TO {}", StoreName(table.Name), StoreName(found->Name),
-                           StoreName(newName)));
+    impl_->Run(fmt::format("ALTER TABLE {} RENAME COLUMN {} TO {}", StoreName(table.Name),
+                           StoreName(found->Name), StoreName(newName)));
     const std::string old = found->Name;
     found->Name = newName;
     for (Index& index : table.Indexes)
       for (std::string& name : index.Fields)
         if (SameName(name, old)) name = newName;
     for (Relation& relation : impl_->relations) {
-      if (SameName(relation.Table, table.Name) && SameName(relation.FieldName, old)) relation.FieldName = newName;
+      if (SameName(relation.Table, table.Name) && SameName(relation.FieldName, old))
+        relation.FieldName = newName;
       if (SameName(relation.ForeignTable, table.Name) && SameName(relation.ForeignName, old))
         relation.ForeignName = newName;
     }
@@ -530,7 +558,8 @@ void Database::AppendRelation(Relation relation) {
   if (field == nullptr) throw EngineError(kItemNotFound, relation.FieldName);
   if (foreignField == nullptr) throw EngineError(kItemNotFound, relation.ForeignName);
   const bool unique = std::any_of(table.Indexes.begin(), table.Indexes.end(), [&](const Index& index) {
-    return (index.Unique || index.Primary) && index.Fields.size() == 1 && SameName(index.Fields[0], field->Name);
+    return (index.Unique || index.Primary) && index.Fields.size() == 1 &&
+           SameName(index.Fields[0], field->Name);
   });
   if (!unique) throw EngineError(kNoUniqueIndex, relation.FieldName);
   relation.Table = table.Name;

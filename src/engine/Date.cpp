@@ -80,14 +80,15 @@ bool ParseDate(std::string_view text, double& days) {
     int year = yearFirst ? first : third;
     if (year < 30) year += 2000;
     if (year < 100) year += 1900;
-    const std::chrono::year_month_day ymd{std::chrono::year(year),
-                                          std::chrono::month(static_cast<unsigned>(yearFirst ? second : first)),
-                                          std::chrono::day(static_cast<unsigned>(yearFirst ? third : second))};
+    const std::chrono::year_month_day ymd{
+        std::chrono::year(year), std::chrono::month(static_cast<unsigned>(yearFirst ? second : first)),
+        std::chrono::day(static_cast<unsigned>(yearFirst ? third : second))};
     if (!ymd.ok()) return false;
     date = static_cast<double>((std::chrono::sys_days(ymd) - kDayZero).count());
     reader.Blanks();
     int hour = 0;
-    if (!reader.AtEnd() && (!reader.Number(hour) || !reader.Take(':') || !ReadTime(reader, hour, time))) return false;
+    if (!reader.AtEnd() && (!reader.Number(hour) || !reader.Take(':') || !ReadTime(reader, hour, time)))
+      return false;
   }
   reader.Blanks();
   if (!reader.AtEnd()) return false;

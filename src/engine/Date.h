@@ -5,8 +5,8 @@
 
 namespace scorvane::engine {
 
-// Reads month/day/year or year-month-day, a time hour:minute[:second] [AM|PM], or a date and a time; false when the
-// text is none of them.
+// Reads month/day/year or year-month-day, a time hour:minute[:second] [AM|PM], or a date and a time; false
+// when the text is none of them.
 bool ParseDate(std::string_view text, double& days);
 
 }  // namespace scorvane::engine

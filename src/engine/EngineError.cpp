@@ -19,8 +19,10 @@ constexpr Message kMessages[] = {
     {kTableExists, "Table '{0}' already exists."},
     {kNoCurrentRecord, "No current record."},
     {kDuplicateKey,
-     "The changes you requested to the table '{0}' were not successful because they would create duplicate values in "
-     "the index, primary key, or relationship. Change the data in the field or fields that contain duplicate data, "
+     "The changes you requested to the table '{0}' were not successful because they would create duplicate "
+     "values in "
+     "the index, primary key, or relationship. Change the data in the field or fields that contain duplicate "
+     "data, "
      "remove the index, or redefine the index to permit duplicate entries and try again."},
     {kFileNotFound, "Could not find file '{0}'."},
     {kDiskFull, "Not enough space on disk."},
@@ -29,13 +31,16 @@ constexpr Message kMessages[] = {
     {kOutOfMemory, "System resource exceeded: not enough memory."},
     {kDiskError, "Disk or network error while the file '{0}' was read or written."},
     {kInvalidPath,
-     "'{0}' is not a valid path. Make sure that the path name is spelled correctly and that you are connected to the "
+     "'{0}' is not a valid path. Make sure that the path name is spelled correctly and that you are "
+     "connected to the "
      "server on which the file resides."},
     {kFileInUse, "Could not use '{0}'; file already in use by another program."},
-    {kDatabaseDamaged, "Cannot open database '{0}'. It may not be a database that your application recognizes, or the "
-                       "file may be corrupt."},
+    {kDatabaseDamaged,
+     "Cannot open database '{0}'. It may not be a database that your application recognizes, or the "
+     "file may be corrupt."},
     {kCannotOpenFile,
-     "Cannot open the file '{0}'. It is already opened exclusively by another user, or you need permission to view and "
+     "Cannot open the file '{0}'. It is already opened exclusively by another user, or you need permission "
+     "to view and "
      "write its data."},
     {kNullInIndex, "Index or primary key cannot contain a Null value: '{0}'."},
     {kTooFewParameters, "Too few parameters. Expected {0}: no table of the statement has a field {1}."},
@@ -43,19 +48,23 @@ constexpr Message kMessages[] = {
     {kNotUpdatable, "Operation must use an updateable query."},
     {kSyntaxError, "Syntax error in query expression: {0}."},
     {kUnknownTable,
-     "Cannot find the input table or query '{0}'. Make sure it exists and that its name is spelled correctly."},
+     "Cannot find the input table or query '{0}'. Make sure it exists and that its name is spelled "
+     "correctly."},
     {kAmbiguousField,
-     "The specified field '{0}' could refer to more than one table listed in the FROM clause of your SQL statement."},
+     "The specified field '{0}' could refer to more than one table listed in the FROM clause of your SQL "
+     "statement."},
     {kUndefinedFunction, "Undefined function '{0}' in expression."},
     {kOrderByConflictsWithDistinct, "ORDER BY clause ({0}) conflicts with DISTINCT."},
     {kCircularAlias, "Circular reference caused by alias '{0}' in query definition's SELECT list."},
     {kNotAggregate,
-     "You tried to execute a query that does not include the specified expression '{0}' as part of an aggregate "
+     "You tried to execute a query that does not include the specified expression '{0}' as part of an "
+     "aggregate "
      "function."},
     {kInvalidName, "'{0}' is not a valid name."},
     {kUnknownInsertField, "The INSERT INTO statement contains the following unknown field name: '{0}'."},
     {kFieldTooSmall,
-     "The field '{0}' is too small to accept the amount of data you attempted to add ({1}). Try inserting or pasting "
+     "The field '{0}' is too small to accept the amount of data you attempted to add ({1}). Try inserting or "
+     "pasting "
      "less data."},
     {kRecordDeleted, "Record is deleted."},
     {kFieldExists, "Cannot define field '{0}' more than once."},
@@ -71,7 +80,8 @@ constexpr Message kMessages[] = {
     {kUnionColumnsDiffer,
      "The number of columns in the two selected tables or queries of a union query do not match."},
     {kNullNotAllowed,
-     "The field '{0}' cannot contain a Null value because the Required property for this field is set to True. Enter a "
+     "The field '{0}' cannot contain a Null value because the Required property for this field is set to "
+     "True. Enter a "
      "value in this field."},
     {kZeroLengthNotAllowed, "Field '{0}' cannot be a zero-length string."},
     {kUnrecognizedFormat, "Unrecognized database format '{0}'."},

@@ -64,7 +64,8 @@ class EngineError : public std::runtime_error {
  public:
   // `first` and `second` fill the places of the number's message; `position` is the 1-based character of the
   // statement that the error points at, 0 when it points at none.
-  explicit EngineError(int number, std::string_view first = {}, std::string_view second = {}, int position = 0);
+  explicit EngineError(int number, std::string_view first = {}, std::string_view second = {},
+                       int position = 0);
 
   int Number() const { return number_; }
   // The text for the user.

@@ -23,52 +23,29 @@ using Type = Value::Type;
 
 constexpr FunctionInfo kFunctions[] = {
     // name, fewest, most arguments, result, aggregate, native, text argument
-    {"Count", 1, 1, Type::Long, true, true, false},
-    {"Sum", 1, 1, Type::Double, true, true, false},
-    {"Avg", 1, 1, Type::Double, true, true, false},
-    {"Min", 1, 1, Type::Null, true, true, false},
-    {"Max", 1, 1, Type::Null, true, true, false},
-    {"First", 1, 1, Type::Null, true, false, false},
-    {"Last", 1, 1, Type::Null, true, false, false},
-    {"StDev", 1, 1, Type::Double, true, false, false},
-    {"StDevP", 1, 1, Type::Double, true, false, false},
-    {"Var", 1, 1, Type::Double, true, false, false},
-    {"VarP", 1, 1, Type::Double, true, false, false},
-    {"IIf", 3, 3, Type::Null, false, true, false},
-    {"Nz", 1, 2, Type::Null, false, true, false},
-    {"IsNull", 1, 1, Type::Boolean, false, true, false},
-    {"Switch", 2, 60, Type::Null, false, true, false},
-    {"Choose", 2, 60, Type::Null, false, true, false},
-    {"Abs", 1, 1, Type::Null, false, true, false},
-    {"Val", 1, 1, Type::Double, false, false, true},
-    {"Str", 1, 1, Type::Text, false, false, false},
-    {"CStr", 1, 1, Type::Text, false, false, false},
-    {"CInt", 1, 1, Type::Long, false, false, false},
-    {"CLng", 1, 1, Type::Long, false, false, false},
-    {"CSng", 1, 1, Type::Single, false, false, false},
-    {"CDbl", 1, 1, Type::Double, false, false, false},
-    {"CBool", 1, 1, Type::Boolean, false, false, false},
-    {"Chr", 1, 1, Type::Text, false, false, false},
-    {"Asc", 1, 1, Type::Long, false, false, true},
-    {"Len", 1, 1, Type::Long, false, false, true},
-    {"Left", 2, 2, Type::Text, false, false, true},
-    {"Right", 2, 2, Type::Text, false, false, true},
-    {"Mid", 2, 3, Type::Text, false, false, true},
-    {"Trim", 1, 1, Type::Text, false, false, true},
-    {"LTrim", 1, 1, Type::Text, false, false, true},
-    {"RTrim", 1, 1, Type::Text, false, false, true},
-    {"UCase", 1, 1, Type::Text, false, false, true},
-    {"LCase", 1, 1, Type::Text, false, false, true},
-    {"InStr", 2, 3, Type::Long, false, false, false},
-    {"Replace", 3, 3, Type::Text, false, false, true},
-    {"Space", 1, 1, Type::Text, false, false, false},
-    {"String", 2, 2, Type::Text, false, false, false},
-    {"StrComp", 2, 3, Type::Long, false, false, true},
-    {"Int", 1, 1, Type::Double, false, false, false},
-    {"Fix", 1, 1, Type::Double, false, false, false},
-    {"Sgn", 1, 1, Type::Long, false, false, false},
-    {"Sqr", 1, 1, Type::Double, false, false, false},
-    {"Round", 1, 2, Type::Double, false, false, false},
+    {"Count", 1, 1, Type::Long, true, true, false},      {"Sum", 1, 1, Type::Double, true, true, false},
+    {"Avg", 1, 1, Type::Double, true, true, false},      {"Min", 1, 1, Type::Null, true, true, false},
+    {"Max", 1, 1, Type::Null, true, true, false},        {"First", 1, 1, Type::Null, true, false, false},
+    {"Last", 1, 1, Type::Null, true, false, false},      {"StDev", 1, 1, Type::Double, true, false, false},
+    {"StDevP", 1, 1, Type::Double, true, false, false},  {"Var", 1, 1, Type::Double, true, false, false},
+    {"VarP", 1, 1, Type::Double, true, false, false},    {"IIf", 3, 3, Type::Null, false, true, false},
+    {"Nz", 1, 2, Type::Null, false, true, false},        {"IsNull", 1, 1, Type::Boolean, false, true, false},
+    {"Switch", 2, 60, Type::Null, false, true, false},   {"Choose", 2, 60, Type::Null, false, true, false},
+    {"Abs", 1, 1, Type::Null, false, true, false},       {"Val", 1, 1, Type::Double, false, false, true},
+    {"Str", 1, 1, Type::Text, false, false, false},      {"CStr", 1, 1, Type::Text, false, false, false},
+    {"CInt", 1, 1, Type::Long, false, false, false},     {"CLng", 1, 1, Type::Long, false, false, false},
+    {"CSng", 1, 1, Type::Single, false, false, false},   {"CDbl", 1, 1, Type::Double, false, false, false},
+    {"CBool", 1, 1, Type::Boolean, false, false, false}, {"Chr", 1, 1, Type::Text, false, false, false},
+    {"Asc", 1, 1, Type::Long, false, false, true},       {"Len", 1, 1, Type::Long, false, false, true},
+    {"Left", 2, 2, Type::Text, false, false, true},      {"Right", 2, 2, Type::Text, false, false, true},
+    {"Mid", 2, 3, Type::Text, false, false, true},       {"Trim", 1, 1, Type::Text, false, false, true},
+    {"LTrim", 1, 1, Type::Text, false, false, true},     {"RTrim", 1, 1, Type::Text, false, false, true},
+    {"UCase", 1, 1, Type::Text, false, false, true},     {"LCase", 1, 1, Type::Text, false, false, true},
+    {"InStr", 2, 3, Type::Long, false, false, false},    {"Replace", 3, 3, Type::Text, false, false, true},
+    {"Space", 1, 1, Type::Text, false, false, false},    {"String", 2, 2, Type::Text, false, false, false},
+    {"StrComp", 2, 3, Type::Long, false, false, true},   {"Int", 1, 1, Type::Double, false, false, false},
+    {"Fix", 1, 1, Type::Double, false, false, false},    {"Sgn", 1, 1, Type::Long, false, false, false},
+    {"Sqr", 1, 1, Type::Double, false, false, false},    {"Round", 1, 2, Type::Double, false, false, false},
     {"Format", 1, 2, Type::Text, false, false, false},
 };
 
@@ -78,7 +55,8 @@ constexpr int kLongestText = 1'000'000;  // a Space or String beyond it is refus
 
 std::string_view TextOf(sqlite3_value* value) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return text == nullptr ? std::string_view() : std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+  return text == nullptr ? std::string_view()
+                         : std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
 }
 
 Value Read(sqlite3_value* value) {
@@ -134,12 +112,15 @@ class Args {
 
   int Count() const { return count_; }
   bool AnyNull() const {
-    return std::any_of(values_, values_ + count_, [](sqlite3_value* v) { return sqlite3_value_type(v) == SQLITE_NULL; });
+    return std::any_of(values_, values_ + count_,
+                       [](sqlite3_value* v) { return sqlite3_value_type(v) == SQLITE_NULL; });
   }
   bool IsText(int i) const { return sqlite3_value_type(values_[i]) == SQLITE_TEXT; }
   Value At(int i) const { return Read(values_[i]); }
   std::string_view View(int i) const { return TextOf(values_[i]); }
-  double Number(int i) const { return IsText(i) ? At(i).ToDouble(decimal) : sqlite3_value_double(values_[i]); }
+  double Number(int i) const {
+    return IsText(i) ? At(i).ToDouble(decimal) : sqlite3_value_double(values_[i]);
+  }
   int Whole(int i) const { return At(i).ToLong(decimal); }
   // A text as it is, a number in the user's notation.
   std::string Text(int i) const { return IsText(i) ? std::string(View(i)) : At(i).ToText(decimal); }
@@ -192,7 +173,8 @@ Value Trimmed(std::string_view text, bool left, bool right) {
 }
 
 Value Cased(std::string_view text, bool upper) {
-  icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size())));
+  icu::UnicodeString unicode =
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size())));
   if (upper) {
     unicode.toUpper(icu::Locale::getRoot());
   } else {
@@ -237,7 +219,8 @@ Value Repeated(int count, std::string_view text, const char* function) {
 
 Value Chr(const Args& args) {
   const int code = args.Whole(0);
-  if (code < 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) throw EngineError(kInvalidArgument, "Chr");
+  if (code < 0 || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+    throw EngineError(kInvalidArgument, "Chr");
   std::string result;
   icu::UnicodeString(static_cast<UChar32>(code)).toUTF8String(result);
   return Value(std::move(result));
@@ -247,7 +230,8 @@ Value Asc(const Args& args) {
   if (args.View(0).empty()) throw EngineError(kInvalidArgument, "Asc");
   const std::string_view text = args.View(0);
   return Value(static_cast<std::int32_t>(
-      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size()))).char32At(0)));
+      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int>(text.size())))
+          .char32At(0)));
 }
 
 Value Rounded(const Args& args) {
@@ -311,7 +295,8 @@ Value Modulo(const Args& args) {
 
 Value Power(const Args& args) {
   const double result = std::pow(args.Number(0), args.Number(1));
-  if (!std::isfinite(result)) throw EngineError(kOverflow, fmt::format("{}^{}", args.Text(0), args.Text(1)), "Double");
+  if (!std::isfinite(result))
+    throw EngineError(kOverflow, fmt::format("{}^{}", args.Text(0), args.Text(1)), "Double");
   return Value(result);
 }
 
@@ -377,7 +362,9 @@ bool Matches(const std::u32string& text, const std::u32string& pattern) {
   return p == pattern.size();
 }
 
-Value Like(const Args& args) { return Value(Matches(FoldCase(args.Text(0)), FoldCase(args.Text(1)))); }
+Value Like(const Args& args) {
+  return Value(Matches(FoldCase(args.Text(0)), FoldCase(args.Text(1))));
+}
 
 // ---- calling them
 
@@ -415,7 +402,8 @@ void InvokeStore(sqlite3_context* context, int, sqlite3_value** values) {
   auto* state = static_cast<FunctionState*>(sqlite3_user_data(context));
   Guarded(*state, context, [&] {
     const auto target = static_cast<std::size_t>(sqlite3_value_int(values[1]));
-    Result(context, ConvertForField(Read(values[0]), *state->targets.at(target), state->workspace->DecimalSeparator()));
+    Result(context, ConvertForField(Read(values[0]), *state->targets.at(target),
+                                    state->workspace->DecimalSeparator()));
   });
 }
 
@@ -430,7 +418,8 @@ const NamedFunction kScalars[] = {
     {"sv_str", 1, StrOf},
     {"sv_cstr", 1, [](const Args& a) { return Value(a.Text(0)); }},
     // The text of a Single: no more digits than it holds.
-    {"sv_single_text", 1, [](const Args& a) { return Value(Value(static_cast<float>(a.Number(0))).ToText(a.decimal)); }},
+    {"sv_single_text", 1,
+     [](const Args& a) { return Value(Value(static_cast<float>(a.Number(0))).ToText(a.decimal)); }},
     {"sv_number", 1, [](const Args& a) { return a.IsText(0) ? Value(a.Number(0)) : a.At(0); }},
     {"sv_cint", 1, [](const Args& a) { return WholeWithin(a, -32768, 32767, "Integer"); }},
     {"sv_clng", 1, [](const Args& a) { return WholeWithin(a, INT32_MIN, INT32_MAX, "Long"); }},
@@ -451,14 +440,18 @@ const NamedFunction kScalars[] = {
     {"sv_instr", -1, InStr},
     {"sv_replace", 3, Replace},
     {"sv_space", 1, [](const Args& a) { return Repeated(a.Whole(0), " ", "Space"); }},
-    {"sv_string", 2, [](const Args& a) {
-       const std::string text = a.IsText(1) ? a.Text(1) : std::string(1, static_cast<char>(a.Whole(1) & 0x7F));
+    {"sv_string", 2,
+     [](const Args& a) {
+       const std::string text =
+           a.IsText(1) ? a.Text(1) : std::string(1, static_cast<char>(a.Whole(1) & 0x7F));
        return Repeated(a.Whole(0), std::string_view(text).substr(0, Advance(text, 0, 1)), "String");
      }},
     {"sv_strcomp", -1, [](const Args& a) { return Value(CompareTexts(a.View(0), a.Text(1))); }},
     {"sv_int", 1, [](const Args& a) { return Value(std::floor(a.Number(0))); }},
     {"sv_fix", 1, [](const Args& a) { return Value(std::trunc(a.Number(0))); }},
-    {"sv_sgn", 1, [](const Args& a) { return Value(a.Number(0) > 0 ? 1 : a.Number(0) < 0 ? -1 : 0); }},
+    {"sv_sgn", 1, [](const Args& a) { return Value(a.Number(0) > 0   ? 1
+                                                   : a.Number(0) < 0 ? -1
+                                                                     : 0); }},
     {"sv_sqr", 1, SquareRoot},
     {"sv_round", -1, Rounded},
     {"sv_format", -1, Formatted},
@@ -542,8 +535,8 @@ void RegisterFunctions(sqlite3* connection, FunctionState& state) {
     sqlite3_create_function_v2(connection, scalar.name, scalar.args, kFlags, call, Invoke, nullptr, nullptr,
                                [](void* data) { delete static_cast<Call*>(data); });
   }
-  sqlite3_create_function_v2(connection, "sv_store", 2, kFlags & ~SQLITE_DETERMINISTIC, &state, InvokeStore, nullptr,
-                             nullptr, nullptr);
+  sqlite3_create_function_v2(connection, "sv_store", 2, kFlags & ~SQLITE_DETERMINISTIC, &state, InvokeStore,
+                             nullptr, nullptr, nullptr);
   const std::pair<const char*, Aggregate> aggregates[] = {
       {"sv_first", Aggregate::First},   {"sv_last", Aggregate::Last}, {"sv_stdev", Aggregate::StDev},
       {"sv_stdevp", Aggregate::StDevP}, {"sv_var", Aggregate::Var},   {"sv_varp", Aggregate::VarP}};

@@ -15,10 +15,12 @@ namespace scorvane::engine {
 
 class Workspace;
 
-// What the functions of one connection share with it. Errors are carried past the store's C code in `pending`.
+// What the functions of one connection share with it. Errors are carried past the store's C code in
+// `pending`.
 struct FunctionState {
   const Workspace* workspace = nullptr;
-  std::vector<std::shared_ptr<const StoreTarget>> targets;  // by the number that a statement's sv_store calls carry
+  std::vector<std::shared_ptr<const StoreTarget>>
+      targets;  // by the number that a statement's sv_store calls carry
   std::exception_ptr pending;
 };
 
@@ -32,8 +34,8 @@ struct FunctionInfo {
   int maxArgs;
   Value::Type result;  // Null: depends on the arguments
   bool aggregate;
-  bool native;        // the translator writes it itself; else it is called "sv_" + the name in lower case
-  bool textArgs;      // its first argument is taken as text
+  bool native;    // the translator writes it itself; else it is called "sv_" + the name in lower case
+  bool textArgs;  // its first argument is taken as text
 };
 
 // Null for a function that the dialect does not have.

@@ -6,7 +6,9 @@
 
 namespace scorvane::engine {
 
-inline char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+inline char LowerAscii(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
 
 inline bool SameName(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;

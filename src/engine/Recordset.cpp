@@ -16,7 +16,9 @@ Recordset::Recordset(Recordset&&) noexcept = default;
 Recordset& Recordset::operator=(Recordset&&) noexcept = default;
 Recordset::~Recordset() = default;
 
-bool Recordset::AtEnd() const { return state_->current >= state_->rows; }
+bool Recordset::AtEnd() const {
+  return state_->current >= state_->rows;
+}
 
 void Recordset::MoveNext() {
   if (AtEnd()) throw EngineError(kNoCurrentRecord);
@@ -29,8 +31,12 @@ void Recordset::MoveFirst() {
   state_->current = 0;
 }
 
-std::size_t Recordset::RecordCount() const { return state_->rows; }
-std::size_t Recordset::FieldCount() const { return state_->columns.size(); }
+std::size_t Recordset::RecordCount() const {
+  return state_->rows;
+}
+std::size_t Recordset::FieldCount() const {
+  return state_->columns.size();
+}
 
 const std::string& Recordset::FieldName(std::size_t index) const {
   if (index >= state_->columns.size()) throw EngineError(kItemNotFound, std::to_string(index));
@@ -48,7 +54,9 @@ bool Recordset::HasField(std::string_view name) const {
                      [&](const sql::PlanColumn& column) { return SameName(column.name, name); });
 }
 
-const Value& Recordset::operator[](std::string_view name) const { return At(FieldIndex(name)); }
+const Value& Recordset::operator[](std::string_view name) const {
+  return At(FieldIndex(name));
+}
 
 const Value& Recordset::At(std::size_t index) const {
   if (AtEnd()) throw EngineError(kNoCurrentRecord);

@@ -36,13 +36,13 @@ class Recordset {
   std::size_t FieldIndex(std::string_view name) const;
   bool HasField(std::string_view name) const;
 
-  // A field of the current row. Throws EngineError: 3021 without a row, 3265 without such a field, 3167 when the
-  // row of a Dynaset has been deleted.
+  // A field of the current row. Throws EngineError: 3021 without a row, 3265 without such a field, 3167 when
+  // the row of a Dynaset has been deleted.
   const Value& operator[](std::string_view name) const;
   const Value& At(std::size_t index) const;
 
-  // Changing the current row of a Dynaset: Edit, Set each field, Update. Values are converted to the fields' types.
-  // Throws EngineError 3027 on a snapshot, and the errors of a statement that writes the same values.
+  // Changing the current row of a Dynaset: Edit, Set each field, Update. Values are converted to the fields'
+  // types. Throws EngineError 3027 on a snapshot, and the errors of a statement that writes the same values.
   void Edit();
   void Set(std::string_view name, Value value);
   void Update();

@@ -6,8 +6,12 @@
 
 namespace scorvane::engine {
 
-void StatementCloser::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-void ConnectionCloser::operator()(sqlite3* connection) const { sqlite3_close(connection); }
+void StatementCloser::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+void ConnectionCloser::operator()(sqlite3* connection) const {
+  sqlite3_close(connection);
+}
 
 void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
   switch (code & 0xFF) {
@@ -33,7 +37,8 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
     case SQLITE_TOOBIG:
       throw EngineError(kTooComplex, "a text or the statement is too long");
     default:
-      throw EngineError(kTooComplex, connection == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(connection));
+      throw EngineError(kTooComplex,
+                        connection == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(connection));
   }
 }
 
@@ -54,7 +59,8 @@ void Bind(sqlite3_stmt* statement, int index, const Value& value) {
       sqlite3_bind_double(statement, index, value.ToDouble());
       break;
     case Value::Type::Text:
-      sqlite3_bind_text(statement, index, value.Text().data(), static_cast<int>(value.Text().size()), SQLITE_STATIC);
+      sqlite3_bind_text(statement, index, value.Text().data(), static_cast<int>(value.Text().size()),
+                        SQLITE_STATIC);
       break;
   }
 }

@@ -25,7 +25,8 @@ using ConnectionPtr = std::unique_ptr<sqlite3, ConnectionCloser>;
 // Turns what the store says of its last failure into an EngineError. `path` names the file in the message.
 [[noreturn]] void ThrowStoreError(sqlite3* connection, int code, const std::string& path);
 
-// Binds a value to the parameter `index` (from 1). The text must stay where it is until the statement is reset.
+// Binds a value to the parameter `index` (from 1). The text must stay where it is until the statement is
+// reset.
 void Bind(sqlite3_stmt* statement, int index, const Value& value);
 
 }  // namespace scorvane::engine

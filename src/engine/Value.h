@@ -27,14 +27,16 @@ class Value {
   bool IsText() const { return type_ == Type::Text; }
   bool IsNumber() const { return type_ != Type::Null && type_ != Type::Text; }
 
-  // Any number other than 0 and the texts "True" and numbers other than 0 are true; Null throws EngineError 94.
+  // Any number other than 0 and the texts "True" and numbers other than 0 are true; Null throws
+  // EngineError 94.
   bool ToBoolean(char decimal = '.') const;
-  // Rounded half to even. Throws EngineError: 94 for Null, 6 outside 32 bits, 13 for a text that is no number.
+  // Rounded half to even. Throws EngineError: 94 for Null, 6 outside 32 bits, 13 for a text that is no
+  // number.
   std::int32_t ToLong(char decimal = '.') const;
   double ToDouble(char decimal = '.') const;
   float ToSingle(char decimal = '.') const;
-  // Null gives the empty text, Booleans "True"/"False", numbers their shortest plain form (a Single up to 7, a
-  // Double up to 15 significant digits) with `decimal` as the decimal separator.
+  // Null gives the empty text, Booleans "True"/"False", numbers their shortest plain form (a Single up to 7,
+  // a Double up to 15 significant digits) with `decimal` as the decimal separator.
   std::string ToText(char decimal = '.') const;
   // The text of a Text value, without a copy; the empty text for every other type.
   const std::string& Text() const { return text_; }

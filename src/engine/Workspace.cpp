@@ -46,7 +46,8 @@ void CheckHeader(const std::string& path) {
   std::uint32_t id = 0;
   for (std::size_t i = 0; i < 4; ++i)
     id = id << 8 | static_cast<unsigned char>(header[kApplicationIdPlace + i]);
-  if (file.gcount() != sizeof header || std::memcmp(header, kHeader, sizeof kHeader) != 0 || id != kApplicationId)
+  if (file.gcount() != sizeof header || std::memcmp(header, kHeader, sizeof kHeader) != 0 ||
+      id != kApplicationId)
     throw EngineError(kUnrecognizedFormat, path);
 }
 
@@ -76,13 +77,15 @@ ConnectionPtr OpenConnection(const std::string& path, int flags) {
 }  // namespace
 
 void Database::Impl::Connect(bool create, bool wantReadOnly) {
-  const int access =
-      create ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : wantReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  const int access = create         ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
+                     : wantReadOnly ? SQLITE_OPEN_READONLY
+                                    : SQLITE_OPEN_READWRITE;
   connection = OpenConnection(path, access);
   readOnly = wantReadOnly;
   sqlite3_busy_timeout(connection.get(), kPatience);
   RegisterFunctions(connection.get(), functions);
-  Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA temp_store=MEMORY; "
+  Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA "
+      "temp_store=MEMORY; "
       "PRAGMA cache_size=-16000; PRAGMA cell_size_check=ON");
 }
 
@@ -145,7 +148,8 @@ Database* Workspace::FindDatabase(const std::string& path) const {
   const std::string full = FullPath(path);
   for (Database* database : databases_) {
     std::error_code error;
-    if (database->Name() == full || fs::equivalent(Utf8Path(database->Name()), Utf8Path(full), error)) return database;
+    if (database->Name() == full || fs::equivalent(Utf8Path(database->Name()), Utf8Path(full), error))
+      return database;
   }
   return nullptr;
 }

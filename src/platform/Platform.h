@@ -1,5 +1,5 @@
-// What the program asks of the operating system. One header, one .cpp a system: no other file includes a system's
-// own headers. Paths are UTF-8.
+// What the program asks of the operating system. One header, one .cpp a system: no other file includes a
+// system's own headers. Paths are UTF-8.
 #pragma once
 
 #include <memory>
@@ -24,8 +24,8 @@ class FileLock {
 // Waits until the file's content is on the disk; false when that fails.
 bool FlushFile(const std::string& path);
 
-// Puts `from` in the place of `to` in one step and flushes the folder; the permissions of `to` are kept. Where `to`
-// is a link, what it points at is replaced. Throws std::system_error; `to` is then as it was.
+// Puts `from` in the place of `to` in one step and flushes the folder; the permissions of `to` are kept.
+// Where `to` is a link, what it points at is replaced. Throws std::system_error; `to` is then as it was.
 void ReplaceFile(const std::string& from, const std::string& to);
 
 // True when the process may write to the file or folder.
@@ -37,8 +37,8 @@ char LocaleDecimalSeparator();
 // The folder of the running program, without a separator at its end.
 std::string ProgramFolder();
 
-// The program's own folder: SCORVANE_HOME when set; else the program's folder when it holds a writable Kirrelon.dat;
-// else the user's data folder, made when it is not there. Without a separator at its end.
+// The program's own folder: SCORVANE_HOME when set; else the program's folder when it holds a writable
+// Kirrelon.dat; else the user's data folder, made when it is not there. Without a separator at its end.
 std::string ApplicationFolder();
 
 // True when the standard error stream is a terminal; the same for standard input.

@@ -17,9 +17,9 @@ using namespace scorvane;
 constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
 
-const std::map<std::string, std::int16_t> kSimTypes = {{"0", 0},      {"nr3", 0},    {"1", 1},    {"legends", 1},
-                                                       {"2", 2},      {"nr2", 2},    {"3", 3},    {"nr4", 3},
-                                                       {"4", 4},      {"nr2002", 4}, {"5", 5},    {"nr2003", 5}};
+const std::map<std::string, std::int16_t> kSimTypes = {{"0", 0}, {"nr3", 0},    {"1", 1}, {"legends", 1},
+                                                       {"2", 2}, {"nr2", 2},    {"3", 3}, {"nr4", 3},
+                                                       {"4", 4}, {"nr2002", 4}, {"5", 5}, {"nr2003", 5}};
 const std::map<std::string, int> kLeagueTypes = {{"online", 0}, {"offline", 1}};
 const std::map<std::string, int> kLapMethods = {{"speed", 0}, {"time", 1}};
 const std::map<std::string, cli::OutputFormat> kFormats = {
@@ -39,7 +39,8 @@ constexpr const char* kFooter =
     "`scorvane-cli COMMAND --help` explains a command.";
 
 template <typename Target, typename Choice>
-std::function<std::string(const std::string&)> PickInto(Target& target, const std::map<std::string, Choice>& choices) {
+std::function<std::string(const std::string&)> PickInto(Target& target,
+                                                        const std::map<std::string, Choice>& choices) {
   return [&target, &choices](const std::string& text) -> std::string {
     const auto found = choices.find(CLI::detail::to_lower(text));
     if (found != choices.end()) {
@@ -76,7 +77,8 @@ class CommandLine {
     app_.set_version_flag("--version", "scorvane-cli " SCORVANE_VERSION);
     app_.fallthrough();
     app_.get_formatter()->column_width(34);
-    app_.add_option("--template", common_.templatePath, "The template database (default: the application's own)")
+    app_.add_option("--template", common_.templatePath,
+                    "The template database (default: the application's own)")
         ->type_name("FILE");
     app_.add_option_function<std::string>(
             "--decimal",
@@ -133,28 +135,32 @@ class CommandLine {
         ->required();
     AddChoice(create, "--type", create_.leagueType, kLeagueTypes,
               "online: each file is a race; offline: the files of an import are one event");
-    create->add_option("--drop", create_.droppedRaces, "How many of a driver's worst races do not count, 0 to 10")
+    create
+        ->add_option("--drop", create_.droppedRaces,
+                     "How many of a driver's worst races do not count, 0 to 10")
         ->check(CLI::Range(0, 10))
         ->type_name("");
     AddChoice(create, "--laps", create_.lapReportingMethod, kLapMethods, "Show qualifying as speed or time");
     create->add_flag("--replace", create_.replace, "Replace a file of that name");
 
-    CLI::App* import = AddForLeague("import", "Import result files; all of them or, when one fails, none", [this] {
-      import_.path = league_;
-      cli::Import(common_, import_);
-    });
-    import->add_option("FILE", import_.files, "Standings files (*.stn) that the simulation wrote")->required();
+    CLI::App* import =
+        AddForLeague("import", "Import result files; all of them or, when one fails, none", [this] {
+          import_.path = league_;
+          cli::Import(common_, import_);
+        });
+    import->add_option("FILE", import_.files, "Standings files (*.stn) that the simulation wrote")
+        ->required();
     AddChoice(import, "--qualifying", qualifying_, kLapMethods,
               "What the files' qualifying column holds (default: the league's lap reporting method)")
         ->each([this](const std::string&) { import_.qualifying = qualifying_; });
 
-    CLI::App* recalculate = AddForLeague("recalculate", "Number and score races anew (hand edits of points are lost)",
-                                         [this] { cli::Recalculate(common_, league_, raceIds_); });
+    CLI::App* recalculate =
+        AddForLeague("recalculate", "Number and score races anew (hand edits of points are lost)",
+                     [this] { cli::Recalculate(common_, league_, raceIds_); });
     recalculate->add_option("RACEID", raceIds_, "Which races (default: all)");
 
-    CLI::App* settings = AddForLeague("settings", "List, show or change the league's settings", [this] {
-      cli::Settings(common_, league_, settingId_, settingValue_);
-    });
+    CLI::App* settings = AddForLeague("settings", "List, show or change the league's settings",
+                                      [this] { cli::Settings(common_, league_, settingId_, settingValue_); });
     CLI::Option* id = settings->add_option("ID", settingId_, "The setting's number");
     settings->add_option("VALUE", settingValue_, "Its new value")->needs(id);
   }
@@ -174,18 +180,23 @@ class CommandLine {
       export_.path = league_;
       cli::Export(common_, export_);
     });
-    CLI::Option* report = page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
+    CLI::Option* report =
+        page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
     CLI::Option* race = page->add_option("--race", export_.raceId, "The race to write")->type_name("RACEID");
     report->excludes(race);
     race->excludes(report);
     page->parse_complete_callback([report, race] {
-      if (report->count() + race->count() == 0) throw CLI::ValidationError("export", "--report NAME or --race RACEID is required");
+      if (report->count() + race->count() == 0)
+        throw CLI::ValidationError("export", "--report NAME or --race RACEID is required");
     });
-    page->add_option("-o,--output", export_.output, "The page; an older one is replaced")->required()->type_name("FILE");
+    page->add_option("-o,--output", export_.output, "The page; an older one is replaced")
+        ->required()
+        ->type_name("FILE");
     page->add_option("--heading", export_.heading, "Page heading (default: the league's)")->type_name("TEXT");
     page->add_option("--name", export_.name, "Report name (default: the report's, or the race's track)")
         ->type_name("TEXT");
-    page->add_option("--caption", export_.caption, "Table caption (default: how many events count, or length and laps)")
+    page->add_option("--caption", export_.caption,
+                     "Table caption (default: how many events count, or length and laps)")
         ->type_name("TEXT");
     CLI::App* sql = Add("sql", "Run one SQL statement on a league file or the template",
                         [this] { cli::Sql(common_, league_, statement_); });

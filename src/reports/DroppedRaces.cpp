@@ -15,7 +15,8 @@ void MarkWorst(engine::Database& league, int best) {
   std::int32_t driver = 0;
   int place = 0;
   auto rows = league.OpenRecordset(
-      "SELECT StatsID, DriverID, Dropped FROM Stats ORDER BY DriverID, Points DESC, Bonus DESC, LapsLed DESC, StatsID");
+      "SELECT StatsID, DriverID, Dropped FROM Stats ORDER BY DriverID, Points DESC, Bonus DESC, LapsLed "
+      "DESC, StatsID");
   for (; !rows.AtEnd(); rows.MoveNext()) {
     const std::int32_t current = rows.At(1).ToLong();
     place = current == driver ? place + 1 : 1;
@@ -26,8 +27,10 @@ void MarkWorst(engine::Database& league, int best) {
   }
   if (drop.empty() && keep.empty()) return;
   engine::UnitOfWork unit(league);
-  for (const std::int32_t id : drop) league.Execute(fmt::format("UPDATE Stats SET Dropped=True WHERE StatsID={}", id));
-  for (const std::int32_t id : keep) league.Execute(fmt::format("UPDATE Stats SET Dropped=False WHERE StatsID={}", id));
+  for (const std::int32_t id : drop)
+    league.Execute(fmt::format("UPDATE Stats SET Dropped=True WHERE StatsID={}", id));
+  for (const std::int32_t id : keep)
+    league.Execute(fmt::format("UPDATE Stats SET Dropped=False WHERE StatsID={}", id));
   unit.Commit();
 }
 
@@ -47,7 +50,8 @@ DroppedMarks MarkDroppedRaces(engine::Database& league, int dropped) {
 
 std::string StandingsCaption(const DroppedMarks& marks) {
   if (marks.best >= marks.events) return fmt::format("Results after {} events:", marks.events);
-  return fmt::format("Results based on each driver's best {} finishes of {} events:", marks.best, marks.events);
+  return fmt::format("Results based on each driver's best {} finishes of {} events:", marks.best,
+                     marks.events);
 }
 
 }  // namespace scorvane::reports

@@ -70,8 +70,10 @@ TEST(Database, FieldsComeGoAndAreRenamed) {
   EXPECT_EQ(ErrorOf([&] { test.Db().DeleteField("Stats", "DriverID"); }), kFieldInUse);
   EXPECT_EQ(ErrorOf([&] { test.Db().DeleteField("Stats", "Nothing"); }), kItemNotFound);
   EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Nothing", {}); }), kItemNotFound);
-  EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Race", TestDatabase::Make("laps", FieldType::Long)); }), kFieldExists);
-  EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Race", TestDatabase::Make("a.b", FieldType::Long)); }), kInvalidName);
+  EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Race", TestDatabase::Make("laps", FieldType::Long)); }),
+            kFieldExists);
+  EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Race", TestDatabase::Make("a.b", FieldType::Long)); }),
+            kInvalidName);
 }
 
 TEST(Database, RelationsAndCountersSurviveARebuild) {
@@ -112,7 +114,8 @@ TEST(Recordset, DynasetEditsAFixedSetOfRows) {
   TestDatabase test;
   Database& db = test.Db();
   // The edits change the order that the rows were chosen in; each row still comes once.
-  auto rows = db.OpenRecordset("SELECT Finish, Points FROM Stats ORDER BY Finish DESC, StatsID", RecordsetType::Dynaset);
+  auto rows = db.OpenRecordset("SELECT Finish, Points FROM Stats ORDER BY Finish DESC, StatsID",
+                               RecordsetType::Dynaset);
   int next = 0;
   for (; !rows.AtEnd(); rows.MoveNext()) {
     rows.Edit();
@@ -132,7 +135,8 @@ TEST(Recordset, DynasetEditsAFixedSetOfRows) {
   rows.Edit();
   rows.Set("Finish", Value(1));
   EXPECT_EQ(ErrorOf([&] { rows.Update(); }), kRecordDeleted);
-  EXPECT_EQ(ErrorOf([&] { db.OpenRecordset("SELECT Sum(Points) FROM Stats", RecordsetType::Dynaset); }), kNotUpdatable);
+  EXPECT_EQ(ErrorOf([&] { db.OpenRecordset("SELECT Sum(Points) FROM Stats", RecordsetType::Dynaset); }),
+            kNotUpdatable);
 }
 
 TEST(UnitOfWork, KeepsWhatWasDoneBeforeAnError) {
@@ -152,8 +156,9 @@ TEST(UnitOfWork, SchemaChangesBelongToIt) {
   TestDatabase test;
   UnitOfWork unit(test.Db());
   test.Db().AppendField("Driver", TestDatabase::Make("Rookie", FieldType::Boolean));
-  EXPECT_EQ(ErrorOf([&] { test.Db().AppendField("Driver", TestDatabase::Make("Rookie", FieldType::Boolean)); }),
-            kFieldExists);
+  EXPECT_EQ(
+      ErrorOf([&] { test.Db().AppendField("Driver", TestDatabase::Make("Rookie", FieldType::Boolean)); }),
+      kFieldExists);
   unit.Commit();
   test.Reopen();
   EXPECT_NE(test.Db().FindTableDef("Driver")->FindField("Rookie"), nullptr);
@@ -163,7 +168,9 @@ TEST(Workspace, RefusesWhatIsNoDatabase) {
   TempFolder folder;
   DBEngine engine;
   Workspace& workspace = engine.DefaultWorkspace();
-  auto open = [&](const std::string& name) { return ErrorOf([&] { workspace.OpenDatabase(folder.File(name)); }); };
+  auto open = [&](const std::string& name) {
+    return ErrorOf([&] { workspace.OpenDatabase(folder.File(name)); });
+  };
   EXPECT_EQ(open("missing.lgx"), kFileNotFound);
   std::ofstream(folder.File("empty.lgx"));
   EXPECT_EQ(open("empty.lgx"), kUnrecognizedFormat);
@@ -185,12 +192,14 @@ TEST(Workspace, SurvivesDamagedFiles) {
     for (const bool cut : {true, false}) {
       const std::string path = test.folder.File("damaged.lgx");
       std::string bytes = cut ? whole.substr(0, at) : whole;
-      if (!cut) std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                          bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at + 2048, bytes.size())), '\0');
+      if (!cut)
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                  bytes.begin() + static_cast<std::ptrdiff_t>(std::min(at + 2048, bytes.size())), '\0');
       std::ofstream(path, std::ios::binary) << bytes;
       refused += ErrorOf([&] {
                    auto db = test.Engine().DefaultWorkspace().OpenDatabase(path);
-                   for (const TableDef& table : db->TableDefs()) db->OpenRecordset("SELECT * FROM [" + table.Name + "]");
+                   for (const TableDef& table : db->TableDefs())
+                     db->OpenRecordset("SELECT * FROM [" + table.Name + "]");
                    db->Execute("DELETE * FROM Driver");
                    db->Execute("INSERT INTO Driver (Name) VALUES ('x')");
                  }) != 0
@@ -235,18 +244,22 @@ TEST(Workspace, InsertsIntoAnotherOpenDatabase) {
   {
     UnitOfWork unit(*target);
     EXPECT_EQ(from.Db().Execute("INSERT INTO Race IN '" + into.Path() + "' SELECT Name, Laps FROM Race"), 2);
-    EXPECT_EQ(ErrorOf([&] { from.Db().Execute("INSERT INTO Driver IN '" + into.Path() + "' SELECT * FROM Driver"); }),
-              kDuplicateKey);
     EXPECT_EQ(ErrorOf([&] {
-                from.Db().Execute("INSERT INTO Driver IN '" + into.Path() + "' SELECT Name AS Nam FROM Driver");
+                from.Db().Execute("INSERT INTO Driver IN '" + into.Path() + "' SELECT * FROM Driver");
               }),
-              kUnknownInsertField);
+              kDuplicateKey);
+    EXPECT_EQ(
+        ErrorOf([&] {
+          from.Db().Execute("INSERT INTO Driver IN '" + into.Path() + "' SELECT Name AS Nam FROM Driver");
+        }),
+        kUnknownInsertField);
   }
   EXPECT_EQ(TextOf(*target, "SELECT Name FROM Race"), "Daytona,Martinsville,Daytona,Martinsville");
   EXPECT_EQ(TextOf(*target, "SELECT Count(*) FROM Driver"), "3");
   target.reset();
   // A file that is not open is opened for the statement.
-  EXPECT_EQ(from.Db().Execute("INSERT INTO Driver (Name) IN '" + into.Path() + "' SELECT Name FROM Driver"), 3);
+  EXPECT_EQ(from.Db().Execute("INSERT INTO Driver (Name) IN '" + into.Path() + "' SELECT Name FROM Driver"),
+            3);
 }
 
 TEST(Workspace, QuotedNumbersFollowTheDecimalSeparator) {
@@ -262,7 +275,8 @@ TEST(DBEngine, CompactionKeepsEverythingAndGivesSpaceBack) {
   TestDatabase test;
   {
     UnitOfWork unit(test.Db());
-    for (int i = 0; i < 3000; ++i) test.Db().Execute("INSERT INTO Race (Name, Laps) VALUES ('a name of some length', 5)");
+    for (int i = 0; i < 3000; ++i)
+      test.Db().Execute("INSERT INTO Race (Name, Laps) VALUES ('a name of some length', 5)");
     unit.Commit();
   }
   test.Db().Execute("DELETE * FROM Race WHERE RaceID > 2");

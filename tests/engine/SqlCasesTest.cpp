@@ -1,12 +1,13 @@
-// Runs the text files of tests/data/sql: statements of the dialect with the rows or the error that they must give.
+// Runs the text files of tests/data/sql: statements of the dialect with the rows or the error that they must
+// give.
 //
 //   ok            the statement runs
 //   changes N     it runs and changes N rows
 //   error N       it fails with the engine's error N
 //   rows          it is a SELECT; its rows stand behind a line "----", fields between "|"
 //
-// A blank line ends a case, "#" begins a comment. Every file starts with the same small league. Each statement that
-// parses is printed from its tree and parsed again: the second print must be the same.
+// A blank line ends a case, "#" begins a comment. Every file starts with the same small league. Each
+// statement that parses is printed from its tree and parsed again: the second print must be the same.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -129,9 +130,8 @@ std::vector<std::string> CaseFiles() {
   return files;
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, SqlCases, testing::ValuesIn(CaseFiles()), [](const auto& file) {
-  return fs::path(file.param).stem().string();
-});
+INSTANTIATE_TEST_SUITE_P(Files, SqlCases, testing::ValuesIn(CaseFiles()),
+                         [](const auto& file) { return fs::path(file.param).stem().string(); });
 
 }  // namespace
 }  // namespace scorvane::engine

@@ -29,7 +29,9 @@ constexpr std::array<std::uint8_t, 256> MakeClasses() {
 }
 constexpr std::array<std::uint8_t, 256> kClasses = MakeClasses();
 
-std::uint8_t ClassOf(char c) { return kClasses[static_cast<unsigned char>(c)]; }
+std::uint8_t ClassOf(char c) {
+  return kClasses[static_cast<unsigned char>(c)];
+}
 
 [[noreturn]] void Fail(std::string_view what, std::size_t place) {
   throw EngineError(kSyntaxError, what, {}, static_cast<int>(place) + 1);
@@ -59,7 +61,8 @@ class Scanner {
             Bracket();
           } else if (c == '#') {
             Date();
-          } else if (c == '.' && place_ + 1 < sql_.size() && ClassOf(sql_[place_ + 1]) == kDigit && !AfterName()) {
+          } else if (c == '.' && place_ + 1 < sql_.size() && ClassOf(sql_[place_ + 1]) == kDigit &&
+                     !AfterName()) {
             Number();
           } else {
             Symbol();
@@ -87,13 +90,15 @@ class Scanner {
 
   void AddLiteral(const Literal& literal, std::size_t start, std::string_view mark) {
     lexed_.literals.push_back(literal);
-    Add(TokenKind::Literal, start, sql_.substr(start, place_ - start), static_cast<int>(lexed_.literals.size()) - 1);
+    Add(TokenKind::Literal, start, sql_.substr(start, place_ - start),
+        static_cast<int>(lexed_.literals.size()) - 1);
     lexed_.shape += mark;
   }
 
   void Name() {
     const std::size_t start = place_;
-    while (place_ < sql_.size() && (ClassOf(sql_[place_]) == kNameStart || ClassOf(sql_[place_]) == kDigit)) ++place_;
+    while (place_ < sql_.size() && (ClassOf(sql_[place_]) == kNameStart || ClassOf(sql_[place_]) == kDigit))
+      ++place_;
     const std::string_view text = sql_.substr(start, place_ - start);
     Add(TokenKind::Name, start, text);
     lexed_.shape += text;
@@ -133,7 +138,8 @@ class Scanner {
         digits();
       }
     }
-    if (place_ < sql_.size() && ClassOf(sql_[place_]) == kNameStart) Fail("a name cannot begin with a digit", start);
+    if (place_ < sql_.size() && ClassOf(sql_[place_]) == kNameStart)
+      Fail("a name cannot begin with a digit", start);
     Literal literal;
     literal.kind = decimal ? Literal::Kind::Decimal : Literal::Kind::Integer;
     const char* first = sql_.data() + start;
@@ -175,7 +181,8 @@ class Scanner {
     if (end == std::string_view::npos) Fail("a date is missing its closing #", start);
     Literal literal;
     literal.kind = Literal::Kind::Date;
-    if (!ParseDate(sql_.substr(start + 1, end - start - 1), literal.number)) Fail("a date is not valid", start);
+    if (!ParseDate(sql_.substr(start + 1, end - start - 1), literal.number))
+      Fail("a date is not valid", start);
     place_ = end + 1;
     AddLiteral(literal, start, "?D ");
   }

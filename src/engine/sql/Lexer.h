@@ -1,5 +1,5 @@
-// The first step of every statement: its text becomes tokens, its literals are lifted out, and what is left is the
-// statement's shape, under which the prepared statement is kept.
+// The first step of every statement: its text becomes tokens, its literals are lifted out, and what is left
+// is the statement's shape, under which the prepared statement is kept.
 #pragma once
 
 #include <cstdint>

@@ -13,10 +13,11 @@ namespace scorvane::engine::sql {
 namespace {
 
 constexpr std::array<std::string_view, 44> kReserved = {
-    "ALL",   "AND",    "AS",     "ASC",     "BETWEEN", "BY",    "DELETE", "DESC",  "DISTINCT", "DISTINCTROW", "EQV",
-    "EXISTS", "FALSE", "FROM",   "GROUP",   "HAVING",  "IMP",   "IN",     "INNER", "INSERT",   "INTO",        "IS",
-    "JOIN",  "LEFT",   "LIKE",   "MOD",     "NOT",     "NULL",  "ON",     "OR",    "ORDER",    "OUTER",       "PERCENT",
-    "RIGHT", "SELECT", "SET",    "TOP",     "TRUE",    "UNION", "UPDATE", "VALUES", "WHERE",   "XOR",         "WITH"};
+    "ALL",         "AND",    "AS",     "ASC",    "BETWEEN", "BY",      "DELETE", "DESC",   "DISTINCT",
+    "DISTINCTROW", "EQV",    "EXISTS", "FALSE",  "FROM",    "GROUP",   "HAVING", "IMP",    "IN",
+    "INNER",       "INSERT", "INTO",   "IS",     "JOIN",    "LEFT",    "LIKE",   "MOD",    "NOT",
+    "NULL",        "ON",     "OR",     "ORDER",  "OUTER",   "PERCENT", "RIGHT",  "SELECT", "SET",
+    "TOP",         "TRUE",   "UNION",  "UPDATE", "VALUES",  "WHERE",   "XOR",    "WITH"};
 
 class Parser {
  public:
@@ -65,7 +66,8 @@ class Parser {
 
   [[noreturn]] void Fail(std::string_view what) const {
     const Token& token = Here();
-    const std::string near = token.kind == TokenKind::End ? std::string("the end") : fmt::format("'{}'", token.text);
+    const std::string near =
+        token.kind == TokenKind::End ? std::string("the end") : fmt::format("'{}'", token.text);
     throw EngineError(kSyntaxError, fmt::format("{} at {}", what, near), {}, token.position);
   }
 
@@ -81,7 +83,9 @@ class Parser {
   void NeedWord(std::string_view word) {
     if (!TakeWord(word)) Fail(fmt::format("expected {}", word));
   }
-  bool AtSymbol(std::string_view symbol) const { return Here().kind == TokenKind::Symbol && Here().text == symbol; }
+  bool AtSymbol(std::string_view symbol) const {
+    return Here().kind == TokenKind::Symbol && Here().text == symbol;
+  }
   bool TakeSymbol(std::string_view symbol) {
     if (!AtSymbol(symbol)) return false;
     ++place_;
@@ -92,7 +96,8 @@ class Parser {
   }
 
   bool AtName() const {
-    return Here().kind == TokenKind::BracketName || (Here().kind == TokenKind::Name && !IsReservedWord(Here().text));
+    return Here().kind == TokenKind::BracketName ||
+           (Here().kind == TokenKind::Name && !IsReservedWord(Here().text));
   }
   std::string NeedName(std::string_view what) {
     if (!AtName()) Fail(fmt::format("expected {}", what));
@@ -396,7 +401,8 @@ class Parser {
       for (std::string_view candidate : operators.ops)
         if (!candidate.empty() && (operators.words ? AtWord(candidate) : AtSymbol(candidate))) op = candidate;
       if (op.empty()) return left;
-      if (++length > kMaxTerms) throw EngineError(kTooComplex, "an expression is too long", {}, Here().position);
+      if (++length > kMaxTerms)
+        throw EngineError(kTooComplex, "an expression is too long", {}, Here().position);
       const int position = Here().position;
       ++place_;
       left = MakeBinary(op, std::move(left), ParseLeftSide(level + 1), position);
@@ -439,8 +445,8 @@ class Parser {
         left = std::move(e);
         continue;
       }
-      const bool negated =
-          AtWord("NOT") && (IsWord(Ahead(1), "LIKE") || IsWord(Ahead(1), "BETWEEN") || IsWord(Ahead(1), "IN"));
+      const bool negated = AtWord("NOT") && (IsWord(Ahead(1), "LIKE") || IsWord(Ahead(1), "BETWEEN") ||
+                                             IsWord(Ahead(1), "IN"));
       if (negated) ++place_;
       auto e = std::make_unique<Expr>();
       e->position = position;
@@ -491,7 +497,8 @@ class Parser {
     ExprPtr left = ParsePrimary();
     int length = 0;
     while (AtSymbol("^")) {
-      if (++length > kMaxTerms) throw EngineError(kTooComplex, "an expression is too long", {}, Here().position);
+      if (++length > kMaxTerms)
+        throw EngineError(kTooComplex, "an expression is too long", {}, Here().position);
       const int position = Here().position;
       ++place_;
       const bool signedExponent = AtSymbol("-") || AtSymbol("+");
@@ -580,7 +587,9 @@ bool IsReservedWord(std::string_view word) {
                      [&](std::string_view reserved) { return SameName(reserved, word); });
 }
 
-Statement Parse(const Lexed& lexed) { return Parser(lexed).Run(); }
+Statement Parse(const Lexed& lexed) {
+  return Parser(lexed).Run();
+}
 
 Statement ParseText(std::string_view sql) {
   Lexed lexed;

@@ -36,9 +36,9 @@ struct ScopeSource {
 struct Scope {
   Scope* parent = nullptr;
   std::vector<ScopeSource> sources;
-  const Select* select = nullptr;         // whose aliases may be named
-  std::vector<std::string> openAliases;   // being resolved, to find circles
-  bool grouped = false;                   // GROUP BY or an aggregate somewhere
+  const Select* select = nullptr;        // whose aliases may be named
+  std::vector<std::string> openAliases;  // being resolved, to find circles
+  bool grouped = false;                  // GROUP BY or an aggregate somewhere
 };
 
 struct Output {
@@ -92,8 +92,8 @@ SqlType TypeOfValue(Value::Type type) {
 }
 
 bool IsNumeric(SqlType type) {
-  return type == SqlType::Boolean || type == SqlType::Long || type == SqlType::Single || type == SqlType::Double ||
-         type == SqlType::Date;
+  return type == SqlType::Boolean || type == SqlType::Long || type == SqlType::Single ||
+         type == SqlType::Double || type == SqlType::Date;
 }
 
 bool IsAggregate(const Expr& e) {
@@ -145,7 +145,8 @@ class Translator {
     }
     if (!unknown_.empty()) {
       std::string names;
-      for (const std::string& name : unknown_) names += fmt::format("{}'{}'", names.empty() ? "" : ", ", name);
+      for (const std::string& name : unknown_)
+        names += fmt::format("{}'{}'", names.empty() ? "" : ", ", name);
       throw EngineError(kTooFewParameters, std::to_string(unknown_.size()), names, unknownPosition_);
     }
     return std::move(plan_);
@@ -183,7 +184,8 @@ class Translator {
         std::string sql = "(" + QuerySql(*source.query, nullptr, outputs, true) + ")";
         ScopeSource added;
         added.name = source.alias;
-        for (const Output& output : outputs) added.columns.push_back({output.column.name, output.column.type, nullptr});
+        for (const Output& output : outputs)
+          added.columns.push_back({output.column.name, output.column.type, nullptr});
         CheckSourceName(added.name, scope, source.position);
         scope.sources.push_back(std::move(added));
         return sql + " AS " + StoreName(source.alias);
@@ -309,8 +311,8 @@ class Translator {
       case Expr::Kind::Like: {
         const std::string text = AsText(Translate(*e.args[0], scope));
         const std::string pattern = AsText(Translate(*e.args[1], scope));
-        return {fmt::format("({}sv_like({}, {}))", e.negated ? "NOT " : "", text, pattern), SqlType::Boolean, true,
-                false};
+        return {fmt::format("({}sv_like({}, {}))", e.negated ? "NOT " : "", text, pattern), SqlType::Boolean,
+                true, false};
       }
       case Expr::Kind::Between: {
         // The bounds may come in either order.
@@ -383,9 +385,10 @@ class Translator {
         return {"(NOT " + Condition(std::move(operand)) + ")", SqlType::Boolean, true, false};
       return {"(~" + AsValue(std::move(operand)) + ")", SqlType::Long, false, false};
     }
-    const SqlType type = operand.type == SqlType::Single                                       ? SqlType::Single
-                         : operand.type == SqlType::Long || operand.type == SqlType::Boolean ? SqlType::Long
-                                                                                              : SqlType::Double;
+    const SqlType type = operand.type == SqlType::Single ? SqlType::Single
+                         : operand.type == SqlType::Long || operand.type == SqlType::Boolean
+                             ? SqlType::Long
+                             : SqlType::Double;
     const std::string number = AsNumber(std::move(operand));
     return {e.op == "-" ? "(-" + number + ")" : number, type, false, false};
   }
@@ -403,7 +406,8 @@ class Translator {
       return {fmt::format("({} {} {})", a, op, AsValue(std::move(right))), SqlType::Boolean, true, false};
     }
     if (op == "&") {
-      return {fmt::format("(coalesce({}, '') || coalesce({}, ''))", AsText(std::move(left)), AsText(std::move(right))),
+      return {fmt::format("(coalesce({}, '') || coalesce({}, ''))", AsText(std::move(left)),
+                          AsText(std::move(right))),
               SqlType::Text, false, false};
     }
     const bool bothNumbers = IsNumeric(left.type) && IsNumeric(right.type);
@@ -416,8 +420,8 @@ class Translator {
               maybeText ? SqlType::Unknown : SqlType::Double, false, false};
     }
     if (op == "+" || op == "-" || op == "*") {
-      return {fmt::format("({} {} {})", AsNumber(std::move(left)), op, AsNumber(std::move(right))), type, false,
-              false};
+      return {fmt::format("({} {} {})", AsNumber(std::move(left)), op, AsNumber(std::move(right))), type,
+              false, false};
     }
     const char* function = op == "/" ? "sv_div" : op == "\\" ? "sv_idiv" : op == "^" ? "sv_pow" : "sv_mod";
     const bool whole = op == "\\" || op == "Mod";
@@ -461,7 +465,8 @@ class Translator {
     if (info == nullptr) throw EngineError(kUndefinedFunction, e.name, {}, e.position);
     const int count = e.star ? 1 : static_cast<int>(e.args.size());
     if (count < info->minArgs || count > info->maxArgs || (e.star && !SameName(e.name, "Count")))
-      throw EngineError(kSyntaxError, fmt::format("wrong number of arguments used with function '{}'", info->name), {},
+      throw EngineError(kSyntaxError,
+                        fmt::format("wrong number of arguments used with function '{}'", info->name), {},
                         e.position);
     if (info->aggregate) return AggregateCall(e, *info, scope);
     if (info->native) return NativeCall(e, scope);
@@ -471,21 +476,23 @@ class Translator {
     for (std::size_t i = 0; i < e.args.size(); ++i) {
       Piece arg = Translate(*e.args[i], scope);
       if (i > 0) args += ", ";
-      const bool single = arg.type == SqlType::Single && (SameName(e.name, "CStr") || SameName(e.name, "Str") ||
-                                                          SameName(e.name, "Format"));
+      const bool single = arg.type == SqlType::Single &&
+                          (SameName(e.name, "CStr") || SameName(e.name, "Str") || SameName(e.name, "Format"));
       args += i == 0 && (info->textArgs || single) ? AsText(std::move(arg)) : AsValue(std::move(arg));
     }
     return {fmt::format("{}({})", name, args), TypeOfValue(info->result), false, false};
   }
 
   Piece AggregateCall(const Expr& e, const FunctionInfo& info, Scope& scope) {
-    if (inAggregate_) throw EngineError(kSyntaxError, "an aggregate stands inside an aggregate", {}, e.position);
+    if (inAggregate_)
+      throw EngineError(kSyntaxError, "an aggregate stands inside an aggregate", {}, e.position);
     if (e.star) return {"count(*)", SqlType::Long, false, false};
     inAggregate_ = true;
     Piece arg = Translate(*e.args[0], scope);
     inAggregate_ = false;
     const bool picks = info.result == Value::Type::Null;  // Min, Max, First, Last: one of the values
-    const SqlType type = picks ? (arg.type == SqlType::Boolean ? SqlType::Long : arg.type) : TypeOfValue(info.result);
+    const SqlType type =
+        picks ? (arg.type == SqlType::Boolean ? SqlType::Long : arg.type) : TypeOfValue(info.result);
     std::string name = info.native ? "" : "sv_";
     for (const char* c = info.name; *c != 0; ++c) name += LowerAscii(*c);
     const bool sums = SameName(info.name, "Sum") || SameName(info.name, "Avg");
@@ -501,7 +508,8 @@ class Translator {
       Piece yes = Translate(*e.args[1], scope);
       Piece no = Translate(*e.args[2], scope);
       const SqlType type = Common(yes.type, no.type);
-      return {fmt::format("(CASE WHEN {} THEN {} ELSE {} END)", test, AsValue(std::move(yes)), AsValue(std::move(no))),
+      return {fmt::format("(CASE WHEN {} THEN {} ELSE {} END)", test, AsValue(std::move(yes)),
+                          AsValue(std::move(no))),
               type, false, false};
     }
     if (SameName(e.name, "Nz")) {
@@ -512,20 +520,22 @@ class Translator {
       }
       Piece instead = Translate(*e.args[1], scope);
       const SqlType type = Common(value.type, instead.type);
-      return {fmt::format("coalesce({}, {})", AsValue(std::move(value)), AsValue(std::move(instead))), type, false,
-              false};
+      return {fmt::format("coalesce({}, {})", AsValue(std::move(value)), AsValue(std::move(instead))), type,
+              false, false};
     }
     if (SameName(e.name, "IsNull"))
-      return {fmt::format("({} IS NULL)", AsValue(Translate(*e.args[0], scope))), SqlType::Boolean, true, false};
+      return {fmt::format("({} IS NULL)", AsValue(Translate(*e.args[0], scope))), SqlType::Boolean, true,
+              false};
     if (SameName(e.name, "Abs")) {
       Piece value = Translate(*e.args[0], scope);
       const SqlType type = value.type == SqlType::Boolean ? SqlType::Long : value.type;
-      return {fmt::format("abs({})", AsNumber(std::move(value))), IsNumeric(type) ? type : SqlType::Double, false,
-              false};
+      return {fmt::format("abs({})", AsNumber(std::move(value))), IsNumeric(type) ? type : SqlType::Double,
+              false, false};
     }
     const bool isSwitch = SameName(e.name, "Switch");
     if (isSwitch && e.args.size() % 2 != 0)
-      throw EngineError(kSyntaxError, "wrong number of arguments used with function 'Switch'", {}, e.position);
+      throw EngineError(kSyntaxError, "wrong number of arguments used with function 'Switch'", {},
+                        e.position);
     SqlType type = SqlType::Null;
     std::string sql = "(CASE";
     if (!isSwitch) sql += fmt::format(" sv_fix({})", AsValue(Translate(*e.args[0], scope)));
@@ -552,8 +562,8 @@ class Translator {
   std::string DynasetSql(const Query& query, std::vector<Output>& outputs) {
     const Select& select = query.selects[0];
     const bool simple = query.selects.size() == 1 && select.sources.size() == 1 &&
-                        select.sources[0]->kind == Source::Kind::Table && select.groupBy.empty() && !select.having &&
-                        !select.distinct && select.top < 0;
+                        select.sources[0]->kind == Source::Kind::Table && select.groupBy.empty() &&
+                        !select.having && !select.distinct && select.top < 0;
     if (!simple) throw EngineError(kNotUpdatable);
     Scope scope;
     const std::string from = AddSources(select.sources, scope);
@@ -606,14 +616,16 @@ class Translator {
         if (SameName(outputs[c].column.name, e.name)) place = c;
       if (place >= outputs.size())
         throw EngineError(kSyntaxError, "the ORDER BY of a UNION names its columns", {}, e.position);
-      sql += fmt::format("{}{}{}", i == 0 ? " ORDER BY " : ", ", place + 1, query.orderBy[i].descending ? " DESC" : "");
+      sql += fmt::format("{}{}{}", i == 0 ? " ORDER BY " : ", ", place + 1,
+                         query.orderBy[i].descending ? " DESC" : "");
     }
     return sql;
   }
 
   void CollectOutputs(const Select& select, Scope& scope, std::vector<Output>& outputs) {
     scope.grouped = !select.groupBy.empty() || select.having != nullptr;
-    for (const SelectItem& item : select.items) scope.grouped = scope.grouped || (item.expr && HasAggregate(*item.expr));
+    for (const SelectItem& item : select.items)
+      scope.grouped = scope.grouped || (item.expr && HasAggregate(*item.expr));
     for (const SelectItem& item : select.items) {
       if (item.star) {
         Star(item, scope, outputs);
@@ -638,8 +650,9 @@ class Translator {
     // Two fields of one name are told apart by their tables.
     for (std::size_t i = 0; i < outputs.size(); ++i) {
       for (std::size_t j = i + 1; j < outputs.size(); ++j) {
-        if (!outputs[i].isField || !outputs[j].isField || !SameName(outputs[i].column.name, outputs[j].column.name) ||
-            outputs[i].source.empty() || outputs[j].source.empty())
+        if (!outputs[i].isField || !outputs[j].isField ||
+            !SameName(outputs[i].column.name, outputs[j].column.name) || outputs[i].source.empty() ||
+            outputs[j].source.empty())
           continue;
         const std::string name = outputs[j].column.name;
         outputs[j].column.name = outputs[j].source + "." + name;
@@ -686,7 +699,8 @@ class Translator {
       if (item.expr->kind == Expr::Kind::Literal && item.expr->value.GetType() == Value::Type::Long) {
         const int place = item.expr->value.ToLong();
         if (place < 1 || static_cast<std::size_t>(place) > outputs.size())
-          throw EngineError(kSyntaxError, "ORDER BY names a column that is not there", {}, item.expr->position);
+          throw EngineError(kSyntaxError, "ORDER BY names a column that is not there", {},
+                            item.expr->position);
         sql = outputs[static_cast<std::size_t>(place) - 1].sql;
       } else {
         CheckGrouped(*item.expr, query.selects[0], scope);
@@ -750,10 +764,12 @@ class Translator {
   }
 
   std::string CompleteSelect(const Query& query, const Select& select, Scope& scope,
-                             const std::vector<Output>& outputs, const std::string& tail, bool ordered, bool inUnion) {
+                             const std::vector<Output>& outputs, const std::string& tail, bool ordered,
+                             bool inUnion) {
     std::string items;
     for (const Output& output : outputs)
-      items += fmt::format("{}{} AS {}", items.empty() ? "" : ", ", output.sql, StoreName(output.column.name));
+      items +=
+          fmt::format("{}{} AS {}", items.empty() ? "" : ", ", output.sql, StoreName(output.column.name));
     const std::string verb = select.distinct ? "SELECT DISTINCT " : "SELECT ";
     if (inUnion) return verb + items + tail;
 
@@ -761,7 +777,8 @@ class Translator {
     if (select.distinct) {
       for (std::size_t i = 0; i < terms.size(); ++i) {
         const std::string term = terms[i].substr(0, terms[i].size() - (query.orderBy[i].descending ? 5 : 0));
-        const bool shown = std::any_of(outputs.begin(), outputs.end(), [&](const Output& o) { return o.sql == term; });
+        const bool shown =
+            std::any_of(outputs.begin(), outputs.end(), [&](const Output& o) { return o.sql == term; });
         if (!shown)
           throw EngineError(kOrderByConflictsWithDistinct, Print(*query.orderBy[i].expr), {},
                             query.orderBy[i].expr->position);
@@ -777,7 +794,8 @@ class Translator {
       std::string sql = verb + items + tail + order;
       if (select.top >= 0 && !select.topPercent) sql += fmt::format(" LIMIT {}", select.top);
       if (select.top >= 0 && select.topPercent) {
-        sql += fmt::format(" LIMIT (SELECT (count(*) * {} + 99) / 100 FROM ({}))", select.top, verb + items + tail);
+        sql += fmt::format(" LIMIT (SELECT (count(*) * {} + 99) / 100 FROM ({}))", select.top,
+                           verb + items + tail);
       }
       return sql;
     }
@@ -805,12 +823,13 @@ class Translator {
           break;
         }
       }
-      ranked = fmt::format("SELECT {}, rank() OVER (ORDER BY {}) AS sv_rank, count(*) OVER () AS sv_total FROM ({})",
-                           names, places, plain);
+      ranked = fmt::format(
+          "SELECT {}, rank() OVER (ORDER BY {}) AS sv_rank, count(*) OVER () AS sv_total FROM ({})", names,
+          places, plain);
     } else {
       const std::size_t items = std::string_view("SELECT ").size();
-      ranked = fmt::format("SELECT rank() OVER ({}) AS sv_rank, count(*) OVER () AS sv_total, {}", order.substr(1),
-                           plain.substr(items));
+      ranked = fmt::format("SELECT rank() OVER ({}) AS sv_rank, count(*) OVER () AS sv_total, {}",
+                           order.substr(1), plain.substr(items));
     }
     return fmt::format("SELECT {} FROM ({}) WHERE sv_rank <= {} ORDER BY sv_rank", names, ranked, count);
   }
@@ -826,7 +845,8 @@ class Translator {
         e.args[0]->value.IsNumber())
       return Param(*e.args[0], true, std::move(target));
     if (e.kind == Expr::Kind::Null && (nullAllowed || field.IsCounter())) return "NULL";
-    if (e.kind == Expr::Kind::Boolean && field.Type == FieldType::Boolean) return e.value.ToBoolean() ? "-1" : "0";
+    if (e.kind == Expr::Kind::Boolean && field.Type == FieldType::Boolean)
+      return e.value.ToBoolean() ? "-1" : "0";
     Piece piece = Translate(e, scope);
     const bool single = piece.type == SqlType::Single && TypeOfField(field.Type) == SqlType::Text;
     const std::string sql = single ? AsText(std::move(piece)) : AsValue(std::move(piece));
@@ -836,7 +856,8 @@ class Translator {
   void Insert(const Statement& statement) {
     if (statement.hasInPath) {
       if (!statement.query)
-        throw EngineError(kSyntaxError, "an INSERT into another database takes a SELECT", {}, statement.tablePosition);
+        throw EngineError(kSyntaxError, "an INSERT into another database takes a SELECT", {},
+                          statement.tablePosition);
       plan_.sql = RunQuery(*statement.query, false);
       plan_.inPath = statement.inPath;
       plan_.inTable = statement.table;
@@ -925,10 +946,12 @@ class Translator {
         owner = &source;
         field = candidate;
       }
-      if (field == nullptr) throw EngineError(kTooFewParameters, "1", "'" + assignment.name + "'", assignment.position);
+      if (field == nullptr)
+        throw EngineError(kTooFewParameters, "1", "'" + assignment.name + "'", assignment.position);
       if (target != nullptr && target != owner) throw EngineError(kNotUpdatable);
       if (std::find(fields.begin(), fields.end(), field) != fields.end())
-        throw EngineError(kSyntaxError, fmt::format("the field '{}' is set twice", field->Name), {}, assignment.position);
+        throw EngineError(kSyntaxError, fmt::format("the field '{}' is set twice", field->Name), {},
+                          assignment.position);
       target = owner;
       fields.push_back(field);
       subquery = subquery || HasSubquery(*assignment.expr);
@@ -947,15 +970,17 @@ class Translator {
         values += fmt::format(", {} AS sv_value{}", value, i);
       }
     }
-    const std::string where = statement.where ? " WHERE " + Condition(Translate(*statement.where, scope)) : "";
+    const std::string where =
+        statement.where ? " WHERE " + Condition(Translate(*statement.where, scope)) : "";
     if (alone && !subquery) {
       plan_.sql = "UPDATE " + from + " SET " + sets + where;
       return;
     }
     // All new values are worked out before the first row changes.
-    plan_.sql = fmt::format("UPDATE {0} SET {1} FROM (SELECT {2}._rowid_ AS sv_key{3} FROM {4}{5}) AS sv_from "
-                            "WHERE {0}._rowid_ = sv_from.sv_key",
-                            name, sets, StoreName(target->name), values, from, where);
+    plan_.sql = fmt::format(
+        "UPDATE {0} SET {1} FROM (SELECT {2}._rowid_ AS sv_key{3} FROM {4}{5}) AS sv_from "
+        "WHERE {0}._rowid_ = sv_from.sv_key",
+        name, sets, StoreName(target->name), values, from, where);
   }
 
   void Delete(const Statement& statement) {
@@ -963,11 +988,13 @@ class Translator {
     const std::string from = AddSources(statement.sources, scope);
     const ScopeSource* target = nullptr;
     for (const ScopeSource& source : scope.sources)
-      if (statement.table.empty() || SameName(source.name, statement.table)) target = target ? target : &source;
+      if (statement.table.empty() || SameName(source.name, statement.table))
+        target = target ? target : &source;
     if (target == nullptr) throw EngineError(kUnknownTable, statement.table, {}, statement.tablePosition);
     if (target->table == nullptr || (statement.table.empty() && scope.sources.size() > 1))
       throw EngineError(kNotUpdatable);
-    const std::string where = statement.where ? " WHERE " + Condition(Translate(*statement.where, scope)) : "";
+    const std::string where =
+        statement.where ? " WHERE " + Condition(Translate(*statement.where, scope)) : "";
     const std::string name = StoreName(target->table->Name);
     const bool plain = scope.sources.size() == 1 && (!statement.where || !HasSubquery(*statement.where));
     if (plain) {

@@ -1,6 +1,6 @@
-// From a statement's tree to the text that the store runs. Names are resolved against the schema, every expression is
-// given a type, and where the store alone would answer differently the text says so in full: True is -1, texts
-// compare by the league's collation, values are converted to the fields that they go into.
+// From a statement's tree to the text that the store runs. Names are resolved against the schema, every
+// expression is given a type, and where the store alone would answer differently the text says so in full:
+// True is -1, texts compare by the league's collation, values are converted to the fields that they go into.
 #pragma once
 
 #include <memory>
@@ -36,7 +36,8 @@ struct PlanParam {
   int literal = -1;  // of the statement; -1: `fixed`
   bool negate = false;
   Value fixed;
-  std::shared_ptr<const StoreTarget> target;  // converted for this field when it is bound; null: bound as it is
+  std::shared_ptr<const StoreTarget>
+      target;  // converted for this field when it is bound; null: bound as it is
 };
 
 struct Plan {

@@ -17,7 +17,7 @@ using QueryPtr = std::unique_ptr<Query>;
 
 struct Expr {
   enum class Kind : std::uint8_t {
-    Literal,   // value, literal
+    Literal,  // value, literal
     Null,
     Boolean,   // value
     Column,    // qualifier (may be empty), name

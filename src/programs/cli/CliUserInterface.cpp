@@ -51,7 +51,7 @@ void CliUserInterface::ShowMessage(const common::Message& message) {
 
 common::Answer CliUserInterface::Ask(const common::Message& message, common::Buttons buttons) {
   ShowMessage(message);
-  return buttons == common::Buttons::YesNo ? common::Answer::No
+  return buttons == common::Buttons::YesNo    ? common::Answer::No
          : buttons == common::Buttons::OkOnly ? common::Answer::Ok
                                               : common::Answer::Cancel;
 }

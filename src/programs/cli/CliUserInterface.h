@@ -1,5 +1,5 @@
-// The command line's answer to the user interface port: messages go to the error stream, a progress bar too when that
-// is a terminal, and there is nobody to ask.
+// The command line's answer to the user interface port: messages go to the error stream, a progress bar too
+// when that is a terminal, and there is nobody to ask.
 #pragma once
 
 #include "common/UserInterface.h"

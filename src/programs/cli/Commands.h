@@ -48,7 +48,8 @@ void Reports(const CommonOptions& common);
 // Without a name the first report.
 void Standings(const CommonOptions& common, const std::string& path, const std::string& report);
 // Without ids every race.
-void Recalculate(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& raceIds);
+void Recalculate(const CommonOptions& common, const std::string& path,
+                 const std::vector<std::int32_t>& raceIds);
 void Settings(const CommonOptions& common, const std::string& path, std::optional<int> id,
               const std::optional<std::string>& value);
 

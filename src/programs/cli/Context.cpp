@@ -15,7 +15,8 @@ Context::Context(const CommonOptions& options) {
                                : options.templatePath;
   if (!common::FileExists(path)) {
     throw CommandError(fmt::format(
-        "The template database '{}' is not there. It comes with the program; --template names another place.", path));
+        "The template database '{}' is not there. It comes with the program; --template names another place.",
+        path));
   }
   // The command line only reads it, so several commands and the window can share it.
   engine::OpenOptions readOnly;
@@ -29,7 +30,8 @@ Context::Context(const CommonOptions& options, const std::string& leaguePath) : 
 }
 
 RaceFacts NeedRace(engine::Database& league, std::int32_t raceId) {
-  const auto rows = league.OpenRecordset(fmt::format("SELECT Name, Length, Laps FROM Race WHERE RaceID={}", raceId));
+  const auto rows =
+      league.OpenRecordset(fmt::format("SELECT Name, Length, Laps FROM Race WHERE RaceID={}", raceId));
   if (rows.AtEnd()) throw CommandError(fmt::format("The league has no race {}.", raceId));
   return {rows.At(0).ToText(), rows.At(1), rows.At(2)};
 }

@@ -1,4 +1,5 @@
-// What a command works with: the engine, the template and, for most, a league that is opened and closed again.
+// What a command works with: the engine, the template and, for most, a league that is opened and closed
+// again.
 #pragma once
 
 #include <memory>

@@ -28,7 +28,8 @@ std::string WithExtension(const std::string& path) {
   return extension == kLeagueExtension ? path : path + "." + kLeagueExtension;
 }
 
-// Bounds of the settings that the program reads as numbers; what lies outside them would not open as it was meant.
+// Bounds of the settings that the program reads as numbers; what lies outside them would not open as it was
+// meant.
 void CheckSetting(int id, const std::string& value) {
   struct Bounds {
     int id;
@@ -47,7 +48,8 @@ void CheckSetting(int id, const std::string& value) {
     double number = 0;
     if (!engine::ParseNumber(value, '.', number) || number < 0 || number > bounds.highest ||
         number != engine::RoundHalfEven(number))
-      throw CommandError(fmt::format("Setting {} takes a whole number from 0 to {}, not '{}'.", id, bounds.highest, value));
+      throw CommandError(
+          fmt::format("Setting {} takes a whole number from 0 to {}, not '{}'.", id, bounds.highest, value));
   }
 }
 
@@ -124,7 +126,8 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   fmt::print("Imported {} race{}; the league has {}.\n", added, added == 1 ? "" : "s", racesAfter);
 }
 
-void Recalculate(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& raceIds) {
+void Recalculate(const CommonOptions& common, const std::string& path,
+                 const std::vector<std::int32_t>& raceIds) {
   Context context(common, path);
   engine::Database& league = context.League();
   std::vector<std::int32_t> ids = raceIds;
@@ -159,7 +162,8 @@ void Settings(const CommonOptions& common, const std::string& path, std::optiona
   }
   if (id) {
     const std::string stored = common::GetSettingValue(league, *id);
-    if (stored == common::kMissingSetting) throw CommandError(fmt::format("The league has no setting {}.", *id));
+    if (stored == common::kMissingSetting)
+      throw CommandError(fmt::format("The league has no setting {}.", *id));
   }
   auto rows = league.OpenRecordset(
       id ? fmt::format("SELECT SettingsID, SettingName, SettingValue FROM Settings WHERE SettingsID={}", *id)

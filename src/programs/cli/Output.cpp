@@ -89,7 +89,8 @@ void PrintTable(const OutputTable& table, char decimal) {
   fmt::print("{}\n{}\n", TrimRight(head), TrimRight(rule));
   for (const auto& line : cells) {
     std::string text;
-    for (std::size_t c = 0; c < line.size(); ++c) text += Padded(line[c], widths[c], table.columns[c].right) + "  ";
+    for (std::size_t c = 0; c < line.size(); ++c)
+      text += Padded(line[c], widths[c], table.columns[c].right) + "  ";
     fmt::print("{}\n", TrimRight(text));
   }
 }
@@ -134,7 +135,9 @@ std::string JsonRows(const OutputTable& table, int indent) {
   return array.dump(indent, ' ', false, kLenient);
 }
 
-std::string JsonText(const std::string& text) { return Json(text).dump(-1, ' ', false, kLenient); }
+std::string JsonText(const std::string& text) {
+  return Json(text).dump(-1, ' ', false, kLenient);
+}
 
 std::size_t DisplayWidth(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(

@@ -27,8 +27,8 @@ struct OutputTable {
 // All rows of a recordset under its own column names.
 OutputTable TableOf(engine::Recordset& rows);
 
-// Writes to the standard output; JSON as an array of objects. `decimal` is for tables; CSV and JSON are for programs
-// and always have a full stop.
+// Writes to the standard output; JSON as an array of objects. `decimal` is for tables; CSV and JSON are for
+// programs and always have a full stop.
 void Print(const OutputTable& table, OutputFormat format, char decimal);
 
 // The same JSON as text: an array of objects, one a row.

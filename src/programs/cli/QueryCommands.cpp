@@ -65,13 +65,14 @@ void Races(const CommonOptions& common, const std::string& path) {
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId) {
   Context context(common, path);
   NeedRace(context.League(), raceId);
-  PrintQuery(common, context.League(),
-             fmt::format("SELECT Stats.Finish, Stats.Start, Driver.Name AS Driver, Stats.LapsRun, Stats.LapsLed, "
-                         "Stats.Points, Stats.Bonus, Stats.AvgSpeed, Stats.Qualifying, Stats.Status, "
-                         "Stats.PrizeMoney, Stats.Dropped "
-                         "FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
-                         "WHERE Stats.RaceID={} ORDER BY Stats.Finish",
-                         raceId));
+  PrintQuery(
+      common, context.League(),
+      fmt::format("SELECT Stats.Finish, Stats.Start, Driver.Name AS Driver, Stats.LapsRun, Stats.LapsLed, "
+                  "Stats.Points, Stats.Bonus, Stats.AvgSpeed, Stats.Qualifying, Stats.Status, "
+                  "Stats.PrizeMoney, Stats.Dropped "
+                  "FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
+                  "WHERE Stats.RaceID={} ORDER BY Stats.Finish",
+                  raceId));
 }
 
 void Drivers(const CommonOptions& common, const std::string& path) {
@@ -104,8 +105,8 @@ void Standings(const CommonOptions& common, const std::string& path, const std::
       std::string columns;
       for (std::size_t c = 1; c < table.columns.size(); ++c)
         columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
-      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n", JsonText(info.name),
-                 JsonText(caption), columns, JsonRows(table, 1));
+      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n",
+                 JsonText(info.name), JsonText(caption), columns, JsonRows(table, 1));
       break;
     }
   }
@@ -124,7 +125,8 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
     page.ExportType(1);
     page.ReportID(*options.raceId);
     name = race.name;
-    caption = fmt::format("{} miles - {} laps", race.length.ToText(common.decimal), race.laps.ToText(common.decimal));
+    caption = fmt::format("{} miles - {} laps", race.length.ToText(common.decimal),
+                          race.laps.ToText(common.decimal));
   } else {
     const reports::ReportInfo info = NeedReport(context.Template(), options.report);
     caption = reports::StandingsCaption(reports::MarkDroppedRaces(league, context.state.droppedRaces));
@@ -140,8 +142,9 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
   page.Footer(reports::StandingsFooter());
   reports::ApplyPageLook(league, page);
   if (!page.HTML(options.output))
-    throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
-                                   options.output));
+    throw CommandError(
+        fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
+                    options.output));
   fmt::print("Wrote {}.\n", options.output);
 }
 

@@ -1,0 +1,302 @@
+#!/usr/bin/env python3
+"""scorvane-cli as a user runs it: cli_test.py PROGRAM SOURCE_FOLDER [unittest arguments]."""
+
+import csv
+import glob
+import json
+import os
+import random
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+PROGRAM, SOURCE = sys.argv[1], sys.argv[2]
+SEASON = sorted(glob.glob(os.path.join(SOURCE, "share/samples/season-1998/*.stn")))
+STANDINGS_DATA = os.path.join(SOURCE, "tests/data/standings")
+
+
+def cli(*args, check=0, **options):
+    result = subprocess.run([PROGRAM, *map(str, args)], capture_output=True, text=True, timeout=120, **options)
+    if check is not None and result.returncode != check:
+        raise AssertionError(f"{args}: exit {result.returncode}, not {check}\n{result.stdout}{result.stderr}")
+    return result
+
+
+def rows(*args):
+    return json.loads(cli(*args, "--format", "json", "--decimal", ".").stdout)
+
+
+class CliTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="scorvane-")
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.league = self.path("league.lgx")
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def create(self, *options):
+        cli("create", self.league, "--sim", "nr3", *options)
+
+    def sql(self, statement):
+        return rows("sql", self.league, statement)
+
+    def write(self, name, content):
+        with open(self.path(name), "wb") as file:
+            file.write(content if isinstance(content, bytes) else content.encode("cp1252"))
+        return self.path(name)
+
+    def refused(self, *args, says):
+        """The command fails with a message that names the matter, and prints nothing else."""
+        result = cli(*args, check=1)
+        self.assertIn(says.lower(), result.stderr.lower())
+        self.assertEqual(result.stdout, "")
+        return result.stderr
+
+    def counts(self):
+        return tuple(self.sql(f"SELECT Count(*) AS N FROM {table}")[0]["N"]
+                     for table in ("Race", "Stats", "Driver", "STNRace", "STNStats"))
+
+    # ---- the season
+
+    def test_season_comes_out_as_published(self):
+        self.create()
+        cli("import", self.league, *SEASON)
+        with open(os.path.join(SOURCE, "share/samples/season-1998/standings.csv"), encoding="utf-8") as file:
+            published = {line["driver"]: line for line in csv.DictReader(file)}
+        self.assertEqual(len(published), 68)
+        for recalculated in (False, True):
+            if recalculated:
+                before = self.sql("SELECT StatsID, Points, Bonus, Finish, Start FROM Stats")
+                cli("recalculate", self.league)
+                self.assertEqual(self.sql("SELECT StatsID, Points, Bonus, Finish, Start FROM Stats"), before)
+            report = rows("standings", self.league)
+            self.assertEqual(report["report"], "Point Standings")
+            self.assertEqual(report["caption"], "Results after 33 events:")
+            shown = report["rows"]
+            self.assertEqual([row["Pos"] for row in shown], list(range(1, 69)))
+            self.assertEqual({row["Driver"] for row in shown}, set(published))
+            points = [row["Points"] for row in shown]
+            self.assertEqual(points, sorted(points, reverse=True))
+            for row in shown:
+                official = published[row["Driver"]]
+                for column, field in (("Points", "points"), ("Starts", "starts"), ("Wins", "wins"), ("Top 5", "top5"),
+                                      ("Top 10", "top10"), ("Laps", "laps"), ("Laps Led", "laps_led")):
+                    self.assertEqual(row[column], int(official[field]), (row["Driver"], column))
+                self.assertEqual(points.index(row["Points"]),
+                                 sorted((int(d["points"]) for d in published.values()), reverse=True)
+                                 .index(int(official["points"])))
+        self.assertEqual(len(rows("races", self.league)), 33)
+        daytona = rows("results", self.league, 1)
+        self.assertEqual(list(daytona[0]), ["Finish", "Start", "Driver", "LapsRun", "LapsLed", "Points", "Bonus",
+                                            "AvgSpeed", "Qualifying", "Status", "PrizeMoney", "Dropped"])
+        self.assertEqual((daytona[0]["Driver"], daytona[0]["Points"], daytona[0]["Bonus"], daytona[0]["PrizeMoney"],
+                          daytona[0]["Dropped"]), ("Dale Earnhardt", 185, 10, None, False))
+
+    def test_worst_races_are_dropped(self):
+        self.create("--drop", 1)
+        cli("import", self.league, *SEASON[:4])
+        self.sql("DELETE Stats.* FROM Driver INNER JOIN Stats ON Driver.DriverID=Stats.DriverID "
+                 "WHERE Driver.Name='Jeff Gordon' AND Stats.RaceID>2")
+        report = rows("standings", self.league)
+        self.assertEqual(report["caption"], "Results based on each driver's best 3 finishes of 4 events:")
+        marks = self.sql("SELECT Driver.Name AS Name, Points, Dropped FROM Driver INNER JOIN Stats "
+                         "ON Driver.DriverID=Stats.DriverID ORDER BY Driver.Name, Points, Bonus, LapsLed")
+        for name in {mark["Name"] for mark in marks}:
+            own = [mark for mark in marks if mark["Name"] == name]
+            dropped = [mark["Points"] for mark in own if mark["Dropped"]]
+            self.assertEqual(dropped, [own[0]["Points"]] if len(own) == 4 else [], name)
+        counted = sum(mark["Points"] for mark in marks if mark["Name"] == "Mark Martin" and not mark["Dropped"])
+        self.assertIn(("Mark Martin", counted), [(row["Driver"], row["Points"]) for row in report["rows"]])
+        cli("settings", self.league, 6, 0)
+        self.assertEqual(rows("standings", self.league)["caption"], "Results after 4 events:")
+        self.assertEqual(self.sql("SELECT Count(*) AS N FROM Stats WHERE Dropped=True"), [{"N": 0}])
+
+    def test_custom_points_pay_prize_money(self):
+        self.create()
+        self.sql("DELETE * FROM PointSystem WHERE Position>10")
+        self.sql("UPDATE PointSystem SET Points=11-Position, PrizeMoney=Position*1000")
+        cli("settings", self.league, 13, 1)
+        cli("import", self.league, SEASON[0])
+        for _ in range(2):
+            results = rows("results", self.league, 1)
+            self.assertEqual([(r["Points"] - r["Bonus"], r["PrizeMoney"]) for r in results[:11]],
+                             [(10 - i, (i + 1) * 1000) for i in range(10)] + [(0, None)])
+            cli("recalculate", self.league, 1)
+
+    def test_custom_bonus_rules_score_staged_and_stored_races(self):
+        self.create()
+        cli("settings", self.league, 14, 1)
+        self.sql("UPDATE Bonus SET Points=0")
+        self.sql("UPDATE Bonus SET Points=3 WHERE Name='Win'")
+        self.sql("UPDATE Bonus SET Points=7 WHERE Query Like '*SELECT Max(LapsLed)*'")
+        cli("import", self.league, SEASON[0])
+        expected = {"Dale Earnhardt": 10, "Bobby Labonte": 0}
+        for _ in range(2):
+            bonus = {r["Driver"]: r["Bonus"] for r in rows("results", self.league, 1)}
+            self.assertEqual({name: bonus[name] for name in expected}, expected)
+            self.assertEqual(sum(bonus.values()), 10)
+            cli("recalculate", self.league, 1)
+
+    def test_old_simulations(self):
+        cli("create", self.league, "--sim", "legends")
+        cli("import", self.league, os.path.join(STANDINGS_DATA, "legends.stn"), "--qualifying", "time")
+        stated = self.sql("SELECT Finish, Points, Bonus FROM Stats ORDER BY Finish")
+        cli("recalculate", self.league)
+        self.assertEqual(len(self.sql("SELECT Finish FROM Stats")), len(stated))
+        self.assertEqual({row["Bonus"] for row in stated}, {0})
+        cli("create", self.league, "--sim", "nr2", "--replace")
+        cli("import", self.league, os.path.join(STANDINGS_DATA, "nr2.stn"))
+        self.assertIn("°", rows("races", self.league)[0]["Weather"])
+
+    def test_user_decimal_separator(self):
+        self.create()
+        cli("import", self.league, SEASON[1], "--decimal", ",")
+        self.assertAlmostEqual(rows("races", self.league)[0]["Length"], 1.017)
+        self.assertIn("1,017", cli("races", self.league, "--decimal", ",").stdout)
+        page = self.path("race.htm")
+        cli("export", self.league, "--race", 1, "-o", page, "--decimal", ",")
+        with open(page, encoding="cp1252") as file:
+            self.assertIn("156,361 mph", file.read())
+
+    def test_pages(self):
+        self.create()
+        cli("import", self.league, *SEASON[:2])
+        page = self.path("standings.htm")
+        cli("export", self.league, "--report", "point standings", "-o", page, "--heading", "Zoë's & Co",
+            "--caption", "So far")
+        with open(page, "rb") as file:
+            content = file.read()
+        self.assertIn(b"<TITLE>Zo\xeb's & Co</TITLE>\r\n", content)
+        self.assertIn(b">So far</H3>\r\n", content)
+        self.assertTrue(content.endswith(b"</HTML>\r\n"))
+        self.refused("export", self.league, "--report", "Nothing", "-o", page, says="Point Standings")
+        self.refused("export", self.league, "--race", 9, "-o", page, says="no race 9")
+        self.refused("export", self.league, "--race", 1, "-o", self.path("no/folder.htm"), says="could not be written")
+
+    # ---- wrong use and bad input
+
+    def test_wrong_use_is_told_from_failure(self):
+        for args in ([], ["nonsense"], ["create", self.league], ["create", self.league, "--sim", "9"],
+                     ["create", self.league, "--sim", "0", "--drop", "11"], ["races"],
+                     ["export", self.league, "-o", "x"], ["races", self.league, "--format", "xml"]):
+            self.assertTrue(cli(*args, check=2).stderr, args)
+        self.assertIn("standings", cli("--help").stdout)
+        self.assertIn("--qualifying", cli("import", "--help").stdout)
+        self.assertEqual(os.listdir(self.folder), [])
+
+    def test_bad_result_files_stage_and_lose_nothing(self):
+        self.create()
+        cli("import", self.league, SEASON[0])
+        before = self.counts()
+        with open(SEASON[1], "rb") as file:
+            good = file.read().decode("cp1252")
+        lines = good.split("\r\n")
+        first = next(i for i, line in enumerate(lines) if line.startswith(" 1 "))
+        rules = [i for i, line in enumerate(lines) if line.startswith("----------")]
+        bad = {
+            "practice.stn": (good.replace("Race Final", "Practice  "), "does not seem to be a race final"),
+            "cut-title.stn": ("\r\n".join(lines[:1]), "title"),
+            "cut-track.stn": ("\r\n".join(lines[:3]), "track"),
+            "cut-head.stn": ("\r\n".join(lines[:rules[0] + 1]), "drivers"),
+            "cut-drivers.stn": ("\r\n".join(lines[:first + 3]), "drivers"),
+            "empty.stn": ("", "empty"),
+            "binary.stn": (bytes(range(256)) * 50, ""),
+            "letters.stn": (good.replace(lines[first], lines[first][:41] + "abc" + lines[first][44:]), "abc"),
+            "sql.stn": (good.replace(lines[first], lines[first][:4] + "1)" + lines[first][6:]), "1)"),
+        }
+        for name, (content, says) in bad.items():
+            file = self.write(name, content)
+            with self.subTest(name):
+                message = self.refused("import", self.league, SEASON[2], file, says=says)
+                self.assertIn(name, message)
+        self.refused("import", self.league, self.folder, says="folder")
+        self.refused("import", self.league, self.path("missing.stn"), says="missing.stn")
+        # Only the staging tables may differ from before, and those are empty.
+        self.assertEqual(self.counts(), (*before[:3], 0, 0))
+        # The column is 27 characters wide: a longer name is cut by the file, not refused.
+        long_name = good.replace(lines[first], lines[first][:13] + "N" * 60)
+        self.refused("import", self.league, self.write("long.stn", long_name), says="line")
+
+    def test_bad_league_files(self):
+        self.refused("races", self.path("missing.lgx"), says="does not exist")
+        self.refused("races", self.write("text.lgx", "no database" * 1000), says="unrecognized database format")
+        self.refused("races", self.write("empty.lgx", ""), says="unrecognized database format")
+        self.refused("races", self.folder, says="unrecognized database format")
+        self.create()
+        self.refused("create", self.league, "--sim", "0", says="already exists")
+        self.refused("create", self.path("no/where.lgx"), "--sim", "0", says="not a valid path")
+        self.refused("races", self.league, "--template", self.path("nothing.dat"), says="nothing.dat")
+        self.refused("results", self.league, 7, says="no race 7")
+        self.refused("recalculate", self.league, 7, says="no race 7")
+        self.refused("settings", self.league, 6, 99, says="0 to 10")
+        self.refused("settings", self.league, 4711, says="no setting 4711")
+        self.refused("sql", self.league, "SELECT Nam FROM Driver", says="'Nam'")
+
+    def test_a_league_in_use_is_left_alone(self):
+        self.create()
+        holder = subprocess.Popen(["flock", "-x", self.league, "sleep", "60"])
+        try:
+            time.sleep(0.3)
+            self.refused("import", self.league, SEASON[0], says="already in use")
+            self.refused("create", self.league, "--sim", "1", "--replace", says="already in use")
+        finally:
+            holder.kill()
+            subprocess.run(["pkill", "-f", "sleep 60"], check=False)
+            holder.wait()
+
+    @unittest.skipUnless(hasattr(os, "geteuid") and os.geteuid() == 0, "mounting needs root")
+    def test_full_and_read_only_disks(self):
+        disk = self.path("disk")
+        os.mkdir(disk)
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=260k", "tmpfs", disk], capture_output=True).returncode:
+            self.skipTest("no tmpfs here")
+        try:
+            self.league = os.path.join(disk, "league.lgx")
+            self.create()
+            cli("import", self.league, SEASON[0])
+            before = self.counts()
+            self.refused("import", self.league, *SEASON, says="not enough space")
+            self.assertEqual(self.counts()[:3], before[:3])
+            self.refused("export", self.league, "--report", "Wins", "-o", "/dev/full", says="could not be written")
+            subprocess.run(["mount", "-o", "remount,ro", disk], check=True)
+            self.refused("import", self.league, SEASON[1], says="cannot open the file")
+            self.refused("export", self.league, "--race", 1, "-o", os.path.join(disk, "x.htm"), says="cannot open")
+        finally:
+            subprocess.run(["umount", disk], check=True)
+
+    def test_killed_imports_leave_all_or_nothing(self):
+        self.create()
+        cli("import", self.league, *SEASON[:3])
+        base = self.path("base.lgx")
+        shutil.copy(self.league, base)
+        started = time.monotonic()
+        cli("import", self.league, *SEASON)
+        whole = time.monotonic() - started
+        dice = random.Random(1998)
+        outcomes = set()
+        for turn in range(50):
+            for name in os.listdir(self.folder):
+                if name.startswith("league"):
+                    os.remove(self.path(name))
+            shutil.copy(base, self.league)
+            process = subprocess.Popen([PROGRAM, "import", self.league, *SEASON], stdout=subprocess.DEVNULL,
+                                       stderr=subprocess.DEVNULL)
+            time.sleep(dice.uniform(0, whole * 1.1))
+            process.send_signal(signal.SIGKILL)
+            process.wait()
+            races = len(rows("races", self.league))
+            self.assertIn(races, (3, 36), f"turn {turn}")
+            outcomes.add(races)
+            self.assertEqual(self.sql("SELECT Count(*) AS N FROM Stats")[0]["N"],
+                             sum(r["N"] for r in self.sql("SELECT Count(*) AS N FROM Stats GROUP BY RaceID")))
+            self.assertEqual(len(rows("standings", self.league)["rows"]) > 40, True)
+        self.assertIn(3, outcomes)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=1)
