@@ -72,7 +72,7 @@ std::string FormatLapTime(float seconds, char decimal) {
   seconds -= hours * 3600;
   const float minutes = std::floor(seconds / 60);
   seconds -= minutes * 60;
-  const std::string rest = engine::FormatValue(engine::Value(seconds), "00.000", decimal);
+  std::string rest = engine::FormatValue(engine::Value(seconds), "00.000", decimal);
   if (hours >= 1) return fmt::format("{:.0f}:{:02.0f}:{}", hours, minutes, rest);
   if (minutes >= 1) return fmt::format("{:.0f}:{}", minutes, rest);
   return rest;

@@ -66,10 +66,12 @@ Section ParseSection(std::string_view text) {
   };
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
+    if (quoted && c != '"') {
+      literal(c);
+      continue;
+    }
     if (c == '"') {
       quoted = !quoted;
-    } else if (quoted) {
-      literal(c);
     } else if (c == '\\') {
       if (++i < text.size()) literal(text[i]);
     } else if (c == '0' || c == '#') {

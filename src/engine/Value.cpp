@@ -225,11 +225,11 @@ std::string NumberText(double number, int digits, char decimal) {
   }
   if (count <= power + 1) {
     text += significant;
-    return text.append(static_cast<std::size_t>(power + 1 - count), '0');
+    return text.append(static_cast<std::size_t>(power) + 1 - significant.size(), '0');
   }
-  text.append(significant, 0, static_cast<std::size_t>(power + 1));
+  text.append(significant, 0, static_cast<std::size_t>(power) + 1);
   text += decimal;
-  return text.append(significant, static_cast<std::size_t>(power + 1));
+  return text.append(significant, static_cast<std::size_t>(power) + 1);
 }
 
 bool ParseNumber(std::string_view text, char decimal, double& number) {

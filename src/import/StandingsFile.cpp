@@ -73,12 +73,10 @@ std::string ReadWholeFile(const std::string& path) {
   errno = 0;
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
   if (!file) throw FileFault("The file cannot be opened: " + std::generic_category().message(errno) + ".");
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
-  std::string content;
-  std::array<char, 16384> block;
-  while (const std::size_t read = std::fread(block.data(), 1, block.size(), file.get()))
-    content.append(block.data(), read);
+  const std::uintmax_t size = std::filesystem::file_size(path);
+  if (size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
+  std::string content(size, '\0');
+  content.resize(std::fread(content.data(), 1, content.size(), file.get()));
   if (std::ferror(file.get()) != 0)
     throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
   if (content.empty()) throw FileFault("The file is empty.");

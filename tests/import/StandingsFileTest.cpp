@@ -3,12 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "common/ScriptedUserInterface.h"
 #include "db/LeagueFixture.h"
+#include "scoring/OnlineImport.h"
 #include "scoring/PointSystem.h"
 
 namespace scorvane::import {
@@ -121,6 +123,26 @@ TEST_F(StandingsFile, WritesNumbersInTheUsersNotation) {
   EXPECT_EQ(race["AvgSpeed"].ToText(), "144,735mph");
   const auto winner = league_->OpenRecordset("SELECT Qualifying FROM STNStats WHERE Finish=1");
   EXPECT_NEAR(winner["Qualifying"].ToSingle(), 137.4046F, 0.0001F);
+}
+
+TEST_F(StandingsFile, ASeasonScoresAsItWasPublished) {
+  std::vector<std::string> files;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(SCORVANE_SOURCE_DIR "/share/samples/season-1998"))
+    if (entry.path().extension() == ".stn") files.push_back(entry.path().string());
+  std::sort(files.begin(), files.end());
+  ASSERT_EQ(files.size(), 33U);
+  for (const std::string& file : files)
+    EXPECT_GT(ReadStandingsFile(*league_, state_, ui_, file, 0), 0) << file;
+  scoring::ImportStagedRaces(*league_, state_, ui_);
+  EXPECT_EQ(
+      test::Rows(*league_,
+                 "SELECT TOP 6 Name, Sum(Points), Count(*), -Sum(Finish=1) FROM Driver INNER JOIN Stats ON "
+                 "Driver.DriverID=Stats.DriverID GROUP BY Name ORDER BY Sum(Points) DESC"),
+      (std::vector<std::string>{"Jeff Gordon|5328|33|13", "Mark Martin|4964|33|7", "Dale Jarrett|4619|33|3",
+                                "Rusty Wallace|4501|33|1", "Jeff Burton|4415|33|2",
+                                "Bobby Labonte|4180|33|2"}));
+  EXPECT_EQ(test::Single(*league_, "SELECT Count(*) FROM Driver"), "68");
 }
 
 TEST_F(StandingsFile, DoesNotReadAStatisticOnTheLastLine) {
