@@ -24,6 +24,7 @@ class ExportTest : public ReportsFixture {
 
   void SaveSettings(const std::vector<std::pair<int, const char*>>& settings) {
     engine::UnitOfWork work(*league_);
+    for (const auto& [id, value] : settings) ASSERT_TRUE(common::SaveSettingValue(*league_, id, value)) << id;
   }
 
   // A page of a report with the league's look.
