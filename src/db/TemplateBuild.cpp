@@ -115,8 +115,9 @@ class Source {
   // A whole number of the current line, as its digits.
   std::string Number(std::string_view text) const {
     int number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, problem] = std::from_chars(text.data(), end, number);
+    const char* const first = text.data();
+    const char* const end = first + text.size();
+    const auto [stop, problem] = std::from_chars(first, end, number);
     if (problem != std::errc() || stop != end) Fail(fmt::format("\"{}\" is no whole number", text));
     return std::to_string(number);
   }
@@ -170,6 +171,7 @@ void LoadTable(engine::Database& database, const TableDef& table, const std::str
 
   Source source(folder + "/" + table.Name + ".csv");
   std::vector<std::string> names;
+  names.reserve(table.Fields.size());
   for (const Field& field : table.Fields) names.push_back(field.Name);
   if (!source.NextContent() || Cells(source) != names) {
     source.Fail(fmt::format("the fields should be {}", fmt::join(names, ",")));
@@ -180,6 +182,7 @@ void LoadTable(engine::Database& database, const TableDef& table, const std::str
       source.Fail(fmt::format("{} cells stand where {} belong", cells.size(), names.size()));
     }
     std::vector<std::string> literals;
+    literals.reserve(cells.size());
     for (std::size_t i = 0; i < cells.size(); ++i) {
       literals.push_back(CellAsLiteral(source, table.Fields[i], cells[i]));
     }

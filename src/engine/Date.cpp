@@ -1,7 +1,5 @@
 #include "engine/Date.h"
 
-#include <fmt/format.h>
-
 #include <chrono>
 #include <cmath>
 #include <string>
@@ -95,19 +93,6 @@ bool ParseDate(std::string_view text, double& days) {
   if (!reader.AtEnd()) return false;
   days = date < 0 ? date - time : date + time;
   return true;
-}
-
-std::string DateText(double days) {
-  const double whole = std::trunc(days);
-  if (std::fabs(whole) > 3000000) return fmt::format("{}", days);
-  const std::chrono::year_month_day ymd{kDayZero + std::chrono::days(static_cast<int>(whole))};
-  const int seconds = static_cast<int>(std::lround(std::fabs(days - whole) * 86400));
-  const int hour = seconds / 3600 % 24;
-  const std::string date = fmt::format("{}/{}/{}", static_cast<unsigned>(ymd.month()),
-                                       static_cast<unsigned>(ymd.day()), static_cast<int>(ymd.year()));
-  if (seconds == 0) return date;
-  return fmt::format("{} {}:{:02}:{:02} {}", date, hour % 12 == 0 ? 12 : hour % 12, seconds / 60 % 60, seconds % 60,
-                     hour < 12 ? "AM" : "PM");
 }
 
 }  // namespace scorvane::engine

@@ -1,7 +1,6 @@
 // Dates as days since 1899-12-30, the fraction being the time of day.
 #pragma once
 
-#include <string>
 #include <string_view>
 
 namespace scorvane::engine {
@@ -9,8 +8,5 @@ namespace scorvane::engine {
 // Reads month/day/year or year-month-day, a time hour:minute[:second] [AM|PM], or a date and a time; false when the
 // text is none of them.
 bool ParseDate(std::string_view text, double& days);
-
-// Month/day/year, with the time behind it unless it is midnight.
-std::string DateText(double days);
 
 }  // namespace scorvane::engine

@@ -20,7 +20,7 @@ constexpr int kWrongUse = 2;
 const std::map<std::string, std::int16_t> kSimTypes = {{"0", 0},      {"nr3", 0},    {"1", 1},    {"legends", 1},
                                                        {"2", 2},      {"nr2", 2},    {"3", 3},    {"nr4", 3},
                                                        {"4", 4},      {"nr2002", 4}, {"5", 5},    {"nr2003", 5}};
-const std::map<std::string, std::int16_t> kLeagueTypes = {{"online", 0}, {"offline", 1}};
+const std::map<std::string, int> kLeagueTypes = {{"online", 0}, {"offline", 1}};
 const std::map<std::string, int> kLapMethods = {{"speed", 0}, {"time", 1}};
 const std::map<std::string, cli::OutputFormat> kFormats = {
     {"table", cli::OutputFormat::Table}, {"csv", cli::OutputFormat::Csv}, {"json", cli::OutputFormat::Json}};
@@ -43,7 +43,7 @@ std::function<std::string(const std::string&)> PickInto(Target& target, const st
   return [&target, &choices](const std::string& text) -> std::string {
     const auto found = choices.find(CLI::detail::to_lower(text));
     if (found != choices.end()) {
-      target = found->second;
+      target = static_cast<Target>(found->second);
       return {};
     }
     std::string known;
@@ -172,25 +172,21 @@ class CommandLine {
 
     CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
       export_.path = league_;
-      if (!export_.raceId && export_.report.empty())
-        throw cli::CommandError("export needs --report NAME or --race RACEID.");
       cli::Export(common_, export_);
     });
     CLI::Option* report = page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
     CLI::Option* race = page->add_option("--race", export_.raceId, "The race to write")->type_name("RACEID");
     report->excludes(race);
     race->excludes(report);
+    page->parse_complete_callback([report, race] {
+      if (report->count() + race->count() == 0) throw CLI::ValidationError("export", "--report NAME or --race RACEID is required");
+    });
     page->add_option("-o,--output", export_.output, "The page; an older one is replaced")->required()->type_name("FILE");
     page->add_option("--heading", export_.heading, "Page heading (default: the league's)")->type_name("TEXT");
     page->add_option("--name", export_.name, "Report name (default: the report's, or the race's track)")
         ->type_name("TEXT");
     page->add_option("--caption", export_.caption, "Table caption (default: how many events count, or length and laps)")
         ->type_name("TEXT");
-    page->final_callback([this] {
-      if (!export_.raceId && export_.report.empty())
-        throw CLI::RequiredError("export needs --report NAME or --race RACEID:", 1, 0, 0);
-    });
-
     CLI::App* sql = Add("sql", "Run one SQL statement on a league file or the template",
                         [this] { cli::Sql(common_, league_, statement_); });
     sql->add_option("DATABASE", league_, "The file")->required();

@@ -285,9 +285,9 @@ TEST_F(TemplateTest, StandingsTotalWhatCounts) {
 
 TEST_F(TemplateTest, EqualPointsGoToTheBetterPlaces) {
   // Each driver beats the next by one place at one depth; the last two are level and come by name.
-  const std::vector<std::vector<int>> finishes = {{1, 30},  {2, 2},   {2, 3},  {3, 3},
-                                                  {10, 20}, {11, 11}, {11, 11}};
-  const std::vector<std::string> names = {"G", "F", "E", "D", "C", "a", "B"};
+  const std::vector<std::vector<int>> finishes = {{1, 30}, {2, 2},   {2, 3},   {3, 3},  {5, 30},
+                                                  {6, 6},  {10, 20}, {11, 11}, {11, 11}};
+  const std::vector<std::string> names = {"I", "H", "G", "F", "E", "D", "C", "a", "B"};
   AddRace("Daytona");
   AddRace("Bristol");
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -301,7 +301,7 @@ TEST_F(TemplateTest, EqualPointsGoToTheBetterPlaces) {
     }
   }
   EXPECT_THAT(Report("Point Standings", {"DriverName", "Interval"}),
-              ElementsAre("G|0", "F|0", "E|0", "D|0", "C|0", "a|0", "B|0"));
+              ElementsAre("I|0", "H|0", "G|0", "F|0", "E|0", "D|0", "C|0", "a|0", "B|0"));
 }
 
 TEST_F(TemplateTest, RecordsCountEveryResultOfWhoIsNotExcluded) {

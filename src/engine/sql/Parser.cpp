@@ -281,14 +281,7 @@ class Parser {
     NeedWord("INTO");
     statement.tablePosition = Here().position;
     statement.table = NeedName("a table");
-    if (TakeWord("IN")) {
-      if (Here().kind != TokenKind::Literal || LiteralOf(Here()).kind != Literal::Kind::Text)
-        Fail("expected the path of a database after IN");
-      statement.inPath = LiteralOf(Here()).Unescaped();
-      statement.hasInPath = true;
-      needsLiterals_ = true;
-      ++place_;
-    }
+    ParseInPath(statement);
     if (TakeSymbol("(")) {
       do {
         statement.columnPositions.push_back(Here().position);
@@ -296,6 +289,7 @@ class Parser {
       } while (TakeSymbol(","));
       NeedSymbol(")");
     }
+    ParseInPath(statement);
     if (TakeWord("VALUES")) {
       NeedSymbol("(");
       do {
@@ -307,6 +301,17 @@ class Parser {
     } else {
       Fail("expected VALUES or SELECT");
     }
+  }
+
+  // IN 'path' stands before or behind the fields.
+  void ParseInPath(Statement& statement) {
+    if (statement.hasInPath || !TakeWord("IN")) return;
+    if (Here().kind != TokenKind::Literal || LiteralOf(Here()).kind != Literal::Kind::Text)
+      Fail("expected the path of a database after IN");
+    statement.inPath = LiteralOf(Here()).Unescaped();
+    statement.hasInPath = true;
+    needsLiterals_ = true;
+    ++place_;
   }
 
   void ParseUpdate(Statement& statement) {
@@ -530,7 +535,7 @@ class Parser {
       return e;
     }
     if (token.kind == TokenKind::Name && IsSymbol(Ahead(1), "(") &&
-        (!IsReservedWord(token.text) || AtWord("LEFT") || AtWord("RIGHT"))) {
+        (!IsReservedWord(token.text) || AtWord("LEFT") || AtWord("RIGHT") || AtWord("ASC"))) {
       return ParseCall();
     }
     if (!AtName()) Fail("expected a value");
