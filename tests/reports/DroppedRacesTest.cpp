@@ -63,6 +63,15 @@ TEST_F(DroppedRacesTest, OneResultAlwaysCounts) {
   EXPECT_EQ(Dropped(2).size(), 1U);
 }
 
+TEST_F(DroppedRacesTest, AResultWithoutADriverNeverCounts) {
+  AddEvents(2);
+  AddDriver({{9, 0, 0}, {8, 0, 0}});
+  league_->Execute("INSERT INTO Stats (RaceID,Points) VALUES (1,500)");
+  MarkDroppedRaces(*league_, 1);
+  EXPECT_THAT(test::Rows(*league_, "SELECT Points FROM Stats WHERE Dropped=True ORDER BY Points"),
+              ElementsAre("8", "500"));
+}
+
 TEST_F(DroppedRacesTest, TheCaptionSaysHowManyCount) {
   const auto caption = [&](int dropped) { return StandingsCaption(MarkDroppedRaces(*league_, dropped)); };
   EXPECT_EQ(caption(2), "Results after 0 events:");
