@@ -18,10 +18,13 @@ void MarkWorst(engine::Database& league, int best) {
       "SELECT StatsID, DriverID, Dropped FROM Stats ORDER BY DriverID, Points DESC, Bonus DESC, LapsLed "
       "DESC, StatsID");
   for (; !rows.AtEnd(); rows.MoveNext()) {
-    const std::int32_t current = rows.At(1).ToLong();
-    place = current == driver ? place + 1 : 1;
-    driver = current;
-    const bool dropped = place > best;
+    bool dropped = true;  // as it stays for a result without a driver
+    if (!rows.At(1).IsNull()) {
+      const std::int32_t current = rows.At(1).ToLong();
+      place = current == driver ? place + 1 : 1;
+      driver = current;
+      dropped = place > best;
+    }
     const engine::Value& mark = rows.At(2);
     if (mark.IsNull() || mark.ToBoolean() != dropped) (dropped ? drop : keep).push_back(rows.At(0).ToLong());
   }

@@ -16,7 +16,7 @@ namespace scorvane::reports {
 namespace {
 
 constexpr std::size_t kPageColors = common::kFirstTableColor - common::kFirstPageColor;
-constexpr int kTableSwitches = 5;
+constexpr std::size_t kTableSwitches = 5;
 
 constexpr std::string_view kHomePage = "https://scorvane.example/";
 constexpr std::string_view kByline = "developed";
@@ -60,10 +60,11 @@ void ApplyPageLook(engine::Database& league, CExport& page) {
   page.CaptionColor(colors[7]);
   page.TableColors({colors.begin() + kPageColors, colors.end()});
 
-  std::vector<bool> switches;
-  for (int i = 0; i < kTableSwitches; ++i)
-    switches.push_back(
-        engine::LeadingNumber(Setting(league, common::kFirstTableColorSwitch + i).value_or("0")) != 0);
+  std::vector<bool> switches(kTableSwitches);
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    const auto stored = Setting(league, common::kFirstTableColorSwitch + static_cast<int>(i));
+    switches[i] = stored && engine::LeadingNumber(*stored) != 0;
+  }
   page.UseTableColors(std::move(switches));
 
   std::vector<std::int16_t> layout(kDefaultLayout.begin(), kDefaultLayout.end());

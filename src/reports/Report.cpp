@@ -51,6 +51,7 @@ std::optional<ReportTable> RunReport(engine::Database& league, engine::Database&
   table.columns = ReadColumns(templateDb, reportId);
   auto rows = league.OpenRecordset(query);
   std::vector<std::size_t> places;
+  places.reserve(table.columns.size());
   for (const ReportColumn& column : table.columns) places.push_back(rows.FieldIndex(column.field));
   table.rows.reserve(rows.RecordCount());
   for (; !rows.AtEnd(); rows.MoveNext()) {
