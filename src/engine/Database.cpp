@@ -352,9 +352,9 @@ UnitOfWork::UnitOfWork(Database& database) : database_(database) {
 }
 
 void UnitOfWork::Commit() {
-  Database::Impl& impl = *database_.impl_;
   if (!open_) return;
   open_ = false;
+  Database::Impl& impl = *database_.impl_;
   if (--impl.units > 0) {
     impl.NeedTransaction();
     return;

@@ -122,7 +122,13 @@ std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
 
 std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenOptions options) {
   const std::string full = FullPath(path);
-  CheckHeader(full);
+  // Closing any handle of a file drops the locks that this process has on it: a file that is open here already is
+  // not looked into again.
+  if (FindDatabase(full) != nullptr) {
+    if (options.exclusive) throw EngineError(kFileInUse, full);
+  } else {
+    CheckHeader(full);
+  }
   const auto folder = Utf8Path(full).parent_path().u8string();
   if (!options.readOnly &&
       (!platform::IsWritable(full) || !platform::IsWritable(std::string(folder.begin(), folder.end()))))

@@ -34,14 +34,6 @@ class ScriptedUserInterface : public UserInterface {
     int value = 0;
     bool closed = false;
   };
-  // A dialog that was opened.
-  struct DialogRecord {
-    std::string filterOrTitle;
-    std::string name;
-    std::string folder;
-    bool several = false;
-  };
-
   // Answers, taken from the front. A cancelled dialog is an empty path, or no colour.
   std::deque<Answer> answers;
   std::deque<std::vector<std::string>> filesToOpen;
@@ -53,7 +45,7 @@ class ScriptedUserInterface : public UserInterface {
   // What happened, in order.
   std::vector<Message> messages;   // plain messages and questions alike
   std::vector<Buttons> questions;  // the buttons of the questions
-  std::vector<DialogRecord> dialogs;
+  std::vector<FileRequest> dialogs;  // of a folder picker: its title and folder
   std::vector<std::shared_ptr<ProgressRecord>> progress;
   std::vector<std::string> shellOpened;
 
@@ -71,20 +63,21 @@ class ScriptedUserInterface : public UserInterface {
     return Take(answers, Answer::Cancel, message.text);
   }
 
-  std::vector<std::string> OpenFiles(const std::string& filter, const std::string& folder,
-                                     bool several) override {
-    dialogs.push_back({filter, "", folder, several});
-    return Take(filesToOpen, {}, filter);
+  std::vector<std::string> OpenFiles(const FileRequest& request) override {
+    dialogs.push_back(request);
+    return Take(filesToOpen, {}, request.filter);
   }
 
-  std::string SaveFile(const std::string& filter, const std::string& name,
-                       const std::string& folder) override {
-    dialogs.push_back({filter, name, folder, false});
-    return Take(filesToSave, {}, filter);
+  std::string SaveFile(const FileRequest& request) override {
+    dialogs.push_back(request);
+    return Take(filesToSave, {}, request.filter);
   }
 
   std::string PickFolder(const std::string& title, const std::string& folder) override {
-    dialogs.push_back({title, "", folder, false});
+    FileRequest request;
+    request.title = title;
+    request.folder = folder;
+    dialogs.push_back(request);
     return Take(foldersToPick, {}, title);
   }
 

@@ -11,8 +11,8 @@ class CliUserInterface : public common::UserInterface {
   void ShowMessage(const common::Message& message) override;
   // Nobody is there: No, or Cancel where that can be answered.
   common::Answer Ask(const common::Message& message, common::Buttons buttons) override;
-  std::vector<std::string> OpenFiles(const std::string&, const std::string&, bool) override { return {}; }
-  std::string SaveFile(const std::string&, const std::string&, const std::string&) override { return {}; }
+  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
+  std::string SaveFile(const common::FileRequest&) override { return {}; }
   std::string PickFolder(const std::string&, const std::string&) override { return {}; }
   bool PickColor(std::uint32_t&) override { return false; }
   std::unique_ptr<common::Progress> StartProgress(const std::string& caption, int maximum) override;
