@@ -1,0 +1,156 @@
+#include "forms/widgets/QtUserInterface.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QUrl>
+
+#include "forms/widgets/frmProgress.h"
+#include "forms/widgets/Text.h"
+
+namespace scorvane::forms {
+namespace {
+
+QWidget* FrontWindow() {
+  QWidget* modal = QApplication::activeModalWidget();
+  return modal != nullptr ? modal : QApplication::activeWindow();
+}
+
+QMessageBox::Icon Icon(common::MessageIcon icon) {
+  switch (icon) {
+    case common::MessageIcon::None:
+      return QMessageBox::NoIcon;
+    case common::MessageIcon::Information:
+      return QMessageBox::Information;
+    case common::MessageIcon::Question:
+      return QMessageBox::Question;
+    case common::MessageIcon::Exclamation:
+      return QMessageBox::Warning;
+    case common::MessageIcon::Critical:
+      return QMessageBox::Critical;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons QtButtons(common::Buttons buttons) {
+  switch (buttons) {
+    case common::Buttons::OkOnly:
+      return QMessageBox::Ok;
+    case common::Buttons::YesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case common::Buttons::YesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+int ShowBox(const common::Message& message, QMessageBox::StandardButtons buttons) {
+  QMessageBox box(Icon(message.icon), Q(message.title), Q(message.text), buttons, FrontWindow());
+  box.setObjectName(QStringLiteral("MessageBox"));
+  box.setTextFormat(Qt::PlainText);
+  return box.exec();
+}
+
+class DialogProgress : public common::Progress {
+ public:
+  DialogProgress(const std::string& caption, int maximum) : dialog_(Q(caption), maximum, FrontWindow()) {}
+  void SetInfo(const std::string& line) override { dialog_.SetInfo(Q(line)); }
+  void SetMaximum(int maximum) override { dialog_.SetMaximum(maximum); }
+  void SetValue(int value) override { dialog_.SetValue(value); }
+
+ private:
+  frmProgress dialog_;
+};
+
+void Prepare(QFileDialog& dialog, const common::FileRequest& request) {
+  if (!request.title.empty()) dialog.setWindowTitle(Q(request.title));
+  const QString filters = QtFilter(request.filter);
+  dialog.setNameFilter(filters);
+  const QStringList entries = filters.split(QStringLiteral(";;"));
+  if (request.filterIndex < entries.size()) dialog.selectNameFilter(entries[request.filterIndex]);
+  if (!request.folder.empty()) dialog.setDirectory(Q(request.folder));
+  if (!request.name.empty()) dialog.selectFile(Q(request.name));
+}
+
+}  // namespace
+
+QString QtFilter(const std::string& filter) {
+  const QStringList parts = Q(filter).split(QLatin1Char('|'));
+  QStringList entries;
+  for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+    QStringList patterns;
+    for (const QString& pattern : parts[i + 1].split(QLatin1Char(';'))) {
+      if (pattern == QLatin1String("*.*")) {
+        patterns << QStringLiteral("*");
+        continue;
+      }
+      patterns << pattern;
+      if (pattern.toUpper() != pattern) patterns << pattern.toUpper();
+    }
+    const QString name = parts[i].section(QLatin1Char('('), 0, 0).trimmed();
+    entries << name + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QStringLiteral(")");
+  }
+  return entries.join(QStringLiteral(";;"));
+}
+
+void QtUserInterface::ShowMessage(const common::Message& message) {
+  ShowBox(message, QMessageBox::Ok);
+}
+
+common::Answer QtUserInterface::Ask(const common::Message& message, common::Buttons buttons) {
+  switch (ShowBox(message, QtButtons(buttons))) {
+    case QMessageBox::Ok:
+      return common::Answer::Ok;
+    case QMessageBox::Yes:
+      return common::Answer::Yes;
+    case QMessageBox::Cancel:
+      return common::Answer::Cancel;
+    default:
+      return buttons == common::Buttons::YesNoCancel ? common::Answer::Cancel : common::Answer::No;
+  }
+}
+
+std::vector<std::string> QtUserInterface::OpenFiles(const common::FileRequest& request) {
+  QFileDialog dialog(FrontWindow());
+  dialog.setFileMode(request.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+  Prepare(dialog, request);
+  std::vector<std::string> paths;
+  if (dialog.exec() == QDialog::Accepted)
+    for (const QString& path : dialog.selectedFiles()) paths.push_back(Utf8(path));
+  return paths;
+}
+
+std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
+  QFileDialog dialog(FrontWindow());
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setOption(QFileDialog::DontConfirmOverwrite);
+  Prepare(dialog, request);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  return Utf8(dialog.selectedFiles().constFirst());
+}
+
+std::string QtUserInterface::PickFolder(const std::string& title, const std::string& folder) {
+  return Utf8(QFileDialog::getExistingDirectory(FrontWindow(), Q(title), Q(folder)));
+}
+
+bool QtUserInterface::PickColor(std::uint32_t& color) {
+  const QColor initial(static_cast<int>(color & 0xFFU), static_cast<int>(color >> 8U & 0xFFU),
+                       static_cast<int>(color >> 16U & 0xFFU));
+  const QColor picked = QColorDialog::getColor(initial, FrontWindow());
+  if (!picked.isValid()) return false;
+  color = static_cast<std::uint32_t>(picked.red()) | static_cast<std::uint32_t>(picked.green()) << 8U |
+          static_cast<std::uint32_t>(picked.blue()) << 16U;
+  return true;
+}
+
+std::unique_ptr<common::Progress> QtUserInterface::StartProgress(const std::string& caption, int maximum) {
+  return std::make_unique<DialogProgress>(caption, maximum);
+}
+
+bool QtUserInterface::ShellOpen(const std::string& path) {
+  return QDesktopServices::openUrl(QUrl::fromLocalFile(Q(path)));
+}
+
+}  // namespace scorvane::forms
