@@ -11,9 +11,9 @@ namespace scorvane::app {
 
 struct ListedRace {
   std::int32_t id = 0;
-  std::string name;      // the track's
+  std::string name;  // the track's
   std::string laps;
-  std::string miles;     // of the whole race, rounded half to even; empty when length or laps are not known
+  std::string miles;  // of the whole race, rounded half to even; empty when length or laps are not known
   std::string fileName;
 };
 
