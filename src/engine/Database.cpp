@@ -374,7 +374,7 @@ void UnitOfWork::Commit() {
 UnitOfWork::~UnitOfWork() {
   try {
     Commit();
-  } catch (const EngineError&) {
+  } catch (const EngineError&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
     // Nothing of the unit was kept; whoever must know calls Commit.
   }
 }

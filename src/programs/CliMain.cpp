@@ -22,6 +22,7 @@ const std::map<std::string, std::int16_t> kSimTypes = {{"0", 0}, {"nr3", 0},    
                                                        {"4", 4}, {"nr2002", 4}, {"5", 5}, {"nr2003", 5}};
 const std::map<std::string, int> kLeagueTypes = {{"online", 0}, {"offline", 1}};
 const std::map<std::string, int> kLapMethods = {{"speed", 0}, {"time", 1}};
+const std::map<std::string, bool> kSwitches = {{"on", true}, {"off", false}};
 const std::map<std::string, cli::OutputFormat> kFormats = {
     {"table", cli::OutputFormat::Table}, {"csv", cli::OutputFormat::Csv}, {"json", cli::OutputFormat::Json}};
 
@@ -92,6 +93,7 @@ class CommandLine {
     AddChoice(&app_, "--format", common_.format, kFormats, "How lists are printed: table, csv or json");
     common_.decimal = platform::LocaleDecimalSeparator();
     AddLeagueCommands();
+    AddEditCommands();
     AddQueryCommands();
   }
 
@@ -150,9 +152,8 @@ class CommandLine {
         });
     import->add_option("FILE", import_.files, "Standings files (*.stn) that the simulation wrote")
         ->required();
-    AddChoice(import, "--qualifying", qualifying_, kLapMethods,
-              "What the files' qualifying column holds (default: the league's lap reporting method)")
-        ->each([this](const std::string&) { import_.qualifying = qualifying_; });
+    AddChoice(import, "--qualifying", import_.qualifying, kLapMethods,
+              "What the files' qualifying column holds (default: the league's lap reporting method)");
 
     CLI::App* recalculate =
         AddForLeague("recalculate", "Number and score races anew (hand edits of points are lost)",
@@ -163,6 +164,75 @@ class CommandLine {
                                       [this] { cli::Settings(common_, league_, settingId_, settingValue_); });
     CLI::Option* id = settings->add_option("ID", settingId_, "The setting's number");
     settings->add_option("VALUE", settingValue_, "Its new value")->needs(id);
+  }
+
+  void AddEditCommands() {
+    CLI::App* driver = AddForLeague("driver", "Add, change, merge and remove drivers", [this] {
+      driver_.path = league_;
+      cli::EditDrivers(common_, driver_);
+    });
+    driver->add_option("ACTION", driver_.action, "What to do")
+        ->required()
+        ->check(
+            CLI::IsMember({"add", "rename", "exclude", "include", "rookie", "handicap", "merge", "remove"}))
+        ->type_name("");
+    driver->add_option("NAME", driver_.names, "The driver; see below for what follows")->required();
+    driver->add_flag("--rookie", driver_.rookie, "add: the driver is a rookie");
+    driver->add_flag("--exclude", driver_.exclude, "add: the driver is excluded from imports");
+    driver->add_option("--handicap", driver_.handicap, "add: the driver's handicap")->type_name("N");
+    driver->add_flag("--yes", driver_.yes, "remove: do not ask");
+    driver->footer(
+        "add NAME, rename NAME NEW, exclude NAME..., include NAME..., rookie NAME on|off,\n"
+        "handicap NAME N, merge NAME INTO (NAME's results go to INTO), remove NAME...");
+    AddForLeague("remove-excluded-results",
+                 "Remove the results of excluded drivers and recalculate every race",
+                 [this] { cli::RemoveExcluded(common_, league_); });
+
+    CLI::App* points = AddForLeague("points", "List or replace the league's own point system", [this] {
+      points_.path = league_;
+      cli::Points(common_, points_);
+    });
+    points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
+        ->type_name("FILE.csv");
+    AddChoice(points, "--use", points_.use, kSwitches, "Score with it: on or off");
+    CLI::App* bonus = AddForLeague("bonus", "List the bonus rules, or set their points", [this] {
+      points_.path = league_;
+      cli::Bonus(common_, points_);
+    });
+    bonus->add_option("--set", points_.sets, "Points of a rule")->type_name("ID=POINTS");
+    AddChoice(bonus, "--use", points_.use, kSwitches, "Score with these rules: on or off");
+
+    CLI::App* result = AddForLeague("result", "Add, edit or remove a driver's result in a race", [this] {
+      result_.path = league_;
+      cli::EditResults(common_, result_);
+    });
+    result->add_option("ACTION", result_.action, "What to do")
+        ->required()
+        ->check(CLI::IsMember({"add", "edit", "remove"}))
+        ->type_name("");
+    result->add_option("RACEID", result_.raceId, "The race's number, as `races` lists it")->required();
+    result->add_option("DRIVER", result_.drivers, "Whose result")->required();
+    static constexpr const char* kFields[] = {"--finish",     "--start",   "--name",  "--laps",
+                                              "--led",        "--points",  "--bonus", "--avg-speed",
+                                              "--qualifying", "--winnings"};
+    static constexpr const char* kHelp[] = {"Finishing position",
+                                            "Starting position",
+                                            "edit: another driver's name",
+                                            "Laps run",
+                                            "Laps led",
+                                            "Points, bonus included",
+                                            "Bonus points",
+                                            "Average speed (off-line leagues)",
+                                            "Speed in mph or, where the league reports times, seconds",
+                                            "Prize money"};
+    for (std::size_t i = 0; i < result_.fields.size(); ++i) {
+      result
+          ->add_option_function<std::string>(
+              kFields[i], [this, i](const std::string& text) { result_.fields[i] = text; }, kHelp[i])
+          ->type_name("");
+    }
+    result->add_option("--reason", result_.reason, "Reason out")->type_name("TEXT");
+    result->add_flag("--yes", result_.yes, "remove: do not ask");
   }
 
   void AddQueryCommands() {
@@ -211,13 +281,15 @@ class CommandLine {
   cli::CreateOptions create_;
   cli::ImportOptions import_;
   cli::ExportOptions export_;
+  cli::DriverOptions driver_;
+  cli::PointOptions points_;
+  cli::ResultOptions result_;
   std::vector<std::int32_t> raceIds_;
   std::int32_t raceId_ = 0;
   std::optional<int> settingId_;
   std::optional<std::string> settingValue_;
   std::string report_;
   std::string statement_;
-  int qualifying_ = 0;
 };
 
 }  // namespace

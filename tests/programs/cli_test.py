@@ -20,7 +20,8 @@ STANDINGS_DATA = os.path.join(SOURCE, "tests/data/standings")
 
 
 def cli(*args, check=0, **options):
-    result = subprocess.run([PROGRAM, *map(str, args)], capture_output=True, text=True, timeout=120, **options)
+    result = subprocess.run([PROGRAM, *map(str, args)], capture_output=True, text=True,
+                            stdin=subprocess.DEVNULL, timeout=120, **options)
     if check is not None and result.returncode != check:
         raise AssertionError(f"{args}: exit {result.returncode}, not {check}\n{result.stdout}{result.stderr}")
     return result
@@ -145,6 +146,8 @@ class CliTest(unittest.TestCase):
     def test_old_simulations(self):
         cli("create", self.league, "--sim", "legends")
         cli("import", self.league, os.path.join(STANDINGS_DATA, "legends.stn"), "--qualifying", "time")
+        # Read as a time: 50.875 seconds for a lap of 0.2 miles.
+        self.assertAlmostEqual(max(row["Qualifying"] for row in rows("results", self.league, 1)), 14.15233, 4)
         stated = self.sql("SELECT Finish, Points, Bonus FROM Stats ORDER BY Finish")
         cli("recalculate", self.league)
         self.assertEqual(len(self.sql("SELECT Finish FROM Stats")), len(stated))
@@ -185,6 +188,75 @@ class CliTest(unittest.TestCase):
         self.refused("export", self.league, "--report", "Nothing", "-o", page, says="Point Standings")
         self.refused("export", self.league, "--race", 9, "-o", page, says="no race 9")
         self.refused("export", self.league, "--race", 1, "-o", self.path("no/folder.htm"), says="could not be written")
+
+    # ---- editing
+
+    def points(self):
+        return {row["Driver"]: row["Points"] for row in rows("standings", self.league)["rows"]}
+
+    def test_drivers_are_edited(self):
+        self.create()
+        cli("import", self.league, *SEASON[:3])
+        before = self.points()
+        cli("driver", self.league, "merge", "mark martin", "Jeff Gordon")
+        after = self.points()
+        self.assertEqual(after["Jeff Gordon"], before["Jeff Gordon"] + before["Mark Martin"])
+        self.assertNotIn("Mark Martin", after)
+        cli("driver", self.league, "add", "Pat O'Test", "--rookie", "--handicap", "-3")
+        cli("driver", self.league, "rename", "Dale Jarrett", "Dale \"DJ\" Jarrett")
+        cli("driver", self.league, "exclude", "Jeff Gordon", "Rusty Wallace")
+        drivers = {row["Name"]: row for row in rows("drivers", self.league)}
+        self.assertEqual((drivers["Pat O'Test"]["Rookie"], drivers["Pat O'Test"]["Handicap"]), (True, -3))
+        self.assertIn('Dale "DJ" Jarrett', drivers)
+        self.assertEqual([name for name in drivers if drivers[name]["Exclude"]], ["Jeff Gordon", "Rusty Wallace"])
+        # Their results go, and the others move up in every race.
+        cli("remove-excluded-results", self.league)
+        for race in (1, 2, 3):
+            results = rows("results", self.league, race)
+            self.assertEqual([row["Finish"] for row in results], list(range(1, len(results) + 1)))
+            self.assertFalse({"Jeff Gordon", "Rusty Wallace"} & {row["Driver"] for row in results})
+        cli("driver", self.league, "include", "Rusty Wallace")
+        cli("import", self.league, SEASON[3])
+        drivers_of_race = {row["Driver"] for row in rows("results", self.league, 4)}
+        self.assertIn("Rusty Wallace", drivers_of_race)
+        self.assertNotIn("Jeff Gordon", drivers_of_race)
+        self.refused("driver", self.league, "add", "PAT o'test", says="already exists")
+        self.refused("driver", self.league, "rename", "Pat O'Test", "Rusty Wallace", says="already exists")
+        self.refused("driver", self.league, "remove", "Nobody", says="no driver 'Nobody'")
+        self.refused("driver", self.league, "remove", "Pat O'Test", says="--yes")
+        count = len(rows("drivers", self.league))
+        cli("driver", self.league, "remove", "Pat O'Test", "Rusty Wallace", "--yes")
+        self.assertEqual(len(rows("drivers", self.league)), count - 2)
+        self.assertNotIn("Rusty Wallace", self.points())
+
+    def test_points_bonuses_and_results_are_edited(self):
+        self.create()
+        cli("import", self.league, SEASON[0])
+        cli("points", self.league, "--set", self.write("p.csv", "Position,Points,PrizeMoney\n1,10,5000\n2,6\n"),
+            "--use", "on")
+        cli("bonus", self.league, "--set", "1=0", "--set", "2=0", "--set", "3=4", "--use", "on")
+        cli("recalculate", self.league)
+        first = rows("results", self.league, 1)[:3]
+        self.assertEqual([(row["Points"], row["Bonus"], row["PrizeMoney"]) for row in first],
+                         [(14, 4, 5000), (6, 0, 0), (0, 0, None)])
+        self.refused("points", self.league, "--set", self.write("q.csv", "1,10\n3,6\n"), says="q.csv:2")
+        self.refused("points", self.league, "--set", self.write("q.csv", "1,ten\n"), says="ten")
+        self.refused("points", self.league, "--set", self.write("q.csv", "1,99999\n"), says="overflow")
+        self.refused("bonus", self.league, "--set", "99=1", says="no bonus rule 99")
+        self.assertEqual([row["Points"] for row in rows("points", self.league)], [10, 6])
+
+        cli("result", self.league, "add", 1, "New O'Driver", "--finish", 44, "--start", 44, "--qualifying", "180.5",
+            "--reason", "won't run")
+        cli("settings", self.league, 17, 1)
+        cli("result", self.league, "edit", 1, "New O'Driver", "--points", 3, "--qualifying", "50")
+        added = rows("results", self.league, 1)[-1]
+        self.assertEqual((added["Driver"], added["Points"], added["Status"], added["Qualifying"]),
+                         ("New O'Driver", 3, "won't run", 180))  # 2.5 miles in 50 seconds
+        self.refused("result", self.league, "add", 1, "X", "--finish", 45, says="--start")
+        self.refused("result", self.league, "edit", 1, "New O'Driver", "--points", "1;2", says="1;2")
+        self.refused("result", self.league, "remove", 1, "New O'Driver", says="--yes")
+        cli("result", self.league, "remove", 1, "New O'Driver", "--yes")
+        self.assertEqual(len(rows("results", self.league, 1)), 43)
 
     # ---- wrong use and bad input
 

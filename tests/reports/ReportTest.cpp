@@ -41,31 +41,29 @@ TEST_F(ReportTest, ColumnsStandInTheirSequenceOverTheQuerysValues) {
       {{"Why", 500, 0, nullptr, "Null", "STATUS"},
        {"Speed", 1100, 6, "##0.000;;--", "True", "Speed"},
        {"First?", 700, 4, "Yes/No", "False", "First"}});
-  const auto report = RunReport(*league_, *template_, id);
-  ASSERT_TRUE(report);
-  ASSERT_EQ(report->columns.size(), 3U);
-  EXPECT_EQ(report->columns[0].name, "Why");
-  EXPECT_EQ(report->columns[0].width, 500);
-  EXPECT_EQ(report->columns[0].format, "");
-  EXPECT_FALSE(report->columns[0].hidden);
-  EXPECT_EQ(report->columns[1].alignment, 6);
-  EXPECT_TRUE(report->columns[1].hidden);
-  EXPECT_EQ(report->columns[2].field, "First");
+  const ReportTable report = RunReport(*league_, *template_, id).value_or(ReportTable{});
+  ASSERT_EQ(report.columns.size(), 3U);
+  EXPECT_EQ(report.columns[0].name, "Why");
+  EXPECT_EQ(report.columns[0].width, 500);
+  EXPECT_EQ(report.columns[0].format, "");
+  EXPECT_FALSE(report.columns[0].hidden);
+  EXPECT_EQ(report.columns[1].alignment, 6);
+  EXPECT_TRUE(report.columns[1].hidden);
+  EXPECT_EQ(report.columns[2].field, "First");
 
-  EXPECT_THAT(report->rows, ElementsAre(ElementsAre(Value(), Value(), Value(true)),
-                                        ElementsAre(Value("Running"), Value(0.0F), Value(false))));
-  std::vector<std::string> texts;
-  for (std::size_t i = 0; i < 3; ++i) texts.push_back(CellText(report->columns[i], report->rows[1][i], '.'));
-  EXPECT_THAT(texts, ElementsAre("Running", "--", "No"));
-  EXPECT_EQ(CellText(report->columns[1], Value(1.5F), ','), "1,500");
+  EXPECT_THAT(report.rows, ElementsAre(ElementsAre(Value(), Value(), Value(true)),
+                                       ElementsAre(Value("Running"), Value(0.0F), Value(false))));
+  EXPECT_EQ(CellText(report.columns[0], report.rows[1][0], '.'), "Running");
+  EXPECT_EQ(CellText(report.columns[1], report.rows[1][1], '.'), "--");
+  EXPECT_EQ(CellText(report.columns[2], report.rows[1][2], '.'), "No");
+  EXPECT_EQ(CellText(report.columns[1], Value(1.5F), ','), "1,500");
 }
 
 TEST_F(ReportTest, WithoutRowsOrColumns) {
-  const auto empty = RunReport(
-      *league_, *template_, AddReport("SELECT Points FROM Stats", {{"P", 1, 1, nullptr, "False", "Points"}}));
-  ASSERT_TRUE(empty);
-  EXPECT_EQ(empty->columns.size(), 1U);
-  EXPECT_TRUE(empty->rows.empty());
+  const std::int32_t empty = AddReport("SELECT Points FROM Stats", {{"P", 1, 1, nullptr, "False", "Points"}});
+  const ReportTable report = RunReport(*league_, *template_, empty).value_or(ReportTable{});
+  EXPECT_EQ(report.columns.size(), 1U);
+  EXPECT_TRUE(report.rows.empty());
   EXPECT_FALSE(RunReport(*league_, *template_, AddReport("SELECT Points FROM Stats", {})));
 }
 

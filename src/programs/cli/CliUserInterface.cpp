@@ -50,10 +50,16 @@ void CliUserInterface::ShowMessage(const common::Message& message) {
 }
 
 common::Answer CliUserInterface::Ask(const common::Message& message, common::Buttons buttons) {
+  const bool yesOrNo = buttons != common::Buttons::OkOnly;
+  if (yesOrNo && platform::InputIsTerminal()) {
+    fmt::print(stderr, "{} [y/N] ", message.text);
+    std::fflush(stderr);
+    const int answer = std::getchar();
+    return answer == 'y' || answer == 'Y' ? common::Answer::Yes : common::Answer::No;
+  }
   ShowMessage(message);
-  return buttons == common::Buttons::YesNo    ? common::Answer::No
-         : buttons == common::Buttons::OkOnly ? common::Answer::Ok
-                                              : common::Answer::Cancel;
+  if (!yesOrNo) return common::Answer::Ok;
+  return buttons == common::Buttons::YesNo ? common::Answer::No : common::Answer::Cancel;
 }
 
 std::unique_ptr<common::Progress> CliUserInterface::StartProgress(const std::string& caption, int maximum) {

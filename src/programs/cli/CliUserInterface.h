@@ -9,7 +9,7 @@ namespace scorvane::cli {
 class CliUserInterface : public common::UserInterface {
  public:
   void ShowMessage(const common::Message& message) override;
-  // Nobody is there: No, or Cancel where that can be answered.
+  // Where nobody is there: No, or Cancel where that can be answered.
   common::Answer Ask(const common::Message& message, common::Buttons buttons) override;
   std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
   std::string SaveFile(const common::FileRequest&) override { return {}; }

@@ -1,6 +1,7 @@
 // The commands of scorvane-cli, each a thin layer over the operations that the window, too, calls.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -63,6 +64,39 @@ struct ExportOptions {
   std::optional<std::string> caption;
 };
 void Export(const CommonOptions& common, const ExportOptions& options);
+
+struct DriverOptions {
+  std::string path;
+  std::string action;              // add, rename, exclude, include, rookie, handicap, merge, remove
+  std::vector<std::string> names;  // what the action works on, as its help says
+  bool rookie = false;
+  bool exclude = false;
+  std::int32_t handicap = 0;
+  bool yes = false;
+};
+void EditDrivers(const CommonOptions& common, const DriverOptions& options);
+void RemoveExcluded(const CommonOptions& common, const std::string& path);
+
+struct PointOptions {
+  std::string path;
+  std::string file;               // of the new point system; empty: none
+  std::vector<std::string> sets;  // ID=POINTS, of bonus rules
+  std::optional<bool> use;
+};
+void Points(const CommonOptions& common, const PointOptions& options);
+void Bonus(const CommonOptions& common, const PointOptions& options);
+
+struct ResultOptions {
+  std::string path;
+  std::string action;  // add, edit, remove
+  std::int32_t raceId = 0;
+  std::vector<std::string> drivers;
+  // By field of a result entry; not given: as it is, or empty for a new result.
+  std::array<std::optional<std::string>, 10> fields;
+  std::optional<std::string> reason;
+  bool yes = false;
+};
+void EditResults(const CommonOptions& common, const ResultOptions& options);
 
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement);
 

@@ -153,7 +153,7 @@ void Settings(const CommonOptions& common, const std::string& path, std::optiona
               const std::optional<std::string>& value) {
   Context context(common, path);
   engine::Database& league = context.League();
-  if (value) {
+  if (id && value) {
     CheckSetting(*id, *value);
     if (*id == common::kLeagueTypeSetting) throw CommandError("The type of a league cannot be changed.");
     if (!common::SaveSettingValue(league, *id, *value))

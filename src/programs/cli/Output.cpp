@@ -70,6 +70,7 @@ void PrintTable(const OutputTable& table, char decimal) {
   std::vector<std::vector<std::string>> cells;
   for (std::size_t r = 0; r < table.rows.size(); ++r) {
     std::vector<std::string> line;
+    line.reserve(table.columns.size());
     for (std::size_t c = 0; c < table.columns.size(); ++c)
       line.push_back(OneLine(table.texts.empty() ? table.rows[r][c].ToText(decimal) : table.texts[r][c]));
     cells.push_back(std::move(line));

@@ -1,0 +1,254 @@
+// Commands that edit a league: drivers, points, bonuses, single results.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <fstream>
+#include <sstream>
+
+#include "common/Formats.h"
+#include "common/SettingsStore.h"
+#include "drivers/Roster.h"
+#include "programs/cli/Commands.h"
+#include "programs/cli/Context.h"
+#include "scoring/PointSystemEdit.h"
+#include "scoring/RaceResults.h"
+
+namespace scorvane::cli {
+namespace {
+
+drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
+  const auto id = drivers::FindNameClash(league, name, std::nullopt);
+  const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
+  if (!driver) throw CommandError(fmt::format("The league has no driver '{}'.", name));
+  return *driver;
+}
+
+void NeedNames(const DriverOptions& options, std::size_t fewest, std::size_t most, const char* what) {
+  if (options.names.size() < fewest || options.names.size() > most)
+    throw CommandError(fmt::format("driver {} takes {}.", options.action, what));
+}
+
+std::int32_t WholeNumber(const std::string& text, const std::string& what) {
+  std::int32_t number = 0;
+  const std::string_view trimmed = common::TrimBlanks(text);
+  const auto [end, error] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
+  if (error != std::errc() || end != trimmed.data() + trimmed.size())
+    throw CommandError(fmt::format("{} is a whole number, not '{}'.", what, text));
+  return number;
+}
+
+bool OnOrOff(const std::string& text) {
+  if (text == "on") return true;
+  if (text == "off") return false;
+  throw CommandError(fmt::format("on or off, not '{}'.", text));
+}
+
+// Without a terminal there is nobody to ask: then only --yes will do.
+void NeedConsent(Context& context, bool yes, const std::string& question) {
+  if (yes) return;
+  const common::Message message{question, common::kApplicationTitle, common::MessageIcon::Question};
+  if (context.ui.Ask(message, common::Buttons::YesNo) != common::Answer::Yes)
+    throw CommandError("Nothing was changed. --yes answers the question beforehand.");
+}
+
+void Rename(engine::Database& league, const std::string& from, const std::string& to) {
+  drivers::Driver driver = NeedDriver(league, from);
+  if (common::TrimBlanks(to).empty()) throw CommandError("A driver needs a name.");
+  if (drivers::FindNameClash(league, to, driver.id))
+    throw CommandError(fmt::format("\"{}\" already exists! `driver merge` makes one driver of two.", to));
+  driver.name = to;
+  drivers::UpdateDriver(league, driver);
+}
+
+}  // namespace
+
+void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
+  constexpr std::size_t kAny = 10000;
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  const std::string& action = options.action;
+  const std::vector<std::string>& names = options.names;
+  if (action == "add") {
+    NeedNames(options, 1, 1, "a NAME");
+    if (common::TrimBlanks(names[0]).empty()) throw CommandError("A driver needs a name.");
+    if (drivers::FindNameClash(league, names[0], std::nullopt))
+      throw CommandError(fmt::format("\"{}\" already exists!", names[0]));
+    drivers::AddDriver(league, {0, names[0], options.exclude, options.rookie, options.handicap});
+  } else if (action == "rename") {
+    NeedNames(options, 2, 2, "a NAME and the new one");
+    Rename(league, names[0], names[1]);
+  } else if (action == "exclude" || action == "include") {
+    NeedNames(options, 1, kAny, "one NAME or more");
+    std::vector<std::int32_t> ids;
+    for (const std::string& name : names) ids.push_back(NeedDriver(league, name).id);
+    drivers::SetExclude(league, ids, action == "exclude");
+  } else if (action == "rookie") {
+    NeedNames(options, 2, 2, "a NAME and on or off");
+    drivers::Driver driver = NeedDriver(league, names[0]);
+    driver.rookie = OnOrOff(names[1]);
+    drivers::UpdateDriver(league, driver);
+  } else if (action == "handicap") {
+    NeedNames(options, 2, 2, "a NAME and a whole number");
+    drivers::Driver driver = NeedDriver(league, names[0]);
+    driver.handicap = WholeNumber(names[1], "A handicap");
+    drivers::UpdateDriver(league, driver);
+  } else if (action == "merge") {
+    NeedNames(options, 2, 2, "the NAME that goes and the one that stays");
+    const drivers::Driver from = NeedDriver(league, names[0]);
+    const drivers::Driver into = NeedDriver(league, names[1]);
+    if (from.id == into.id) throw CommandError("A driver cannot be merged with itself.");
+    drivers::MergeDrivers(league, from.id, into.id);
+  } else {
+    NeedNames(options, 1, kAny, "one NAME or more");
+    std::vector<std::int32_t> ids;
+    for (const std::string& name : names) ids.push_back(NeedDriver(league, name).id);
+    NeedConsent(context, options.yes,
+                ids.size() == 1
+                    ? "Removing this driver will also remove the points associated with the driver. "
+                      "Do you want to continue?"
+                    : "Removing these drivers will also remove the points associated with these "
+                      "drivers. Do you want to continue?");
+    drivers::RemoveDrivers(league, ids);
+  }
+}
+
+void RemoveExcluded(const CommonOptions& common, const std::string& path) {
+  Context context(common, path);
+  drivers::RemoveExcludedResults(context.Template(), context.League(), context.state, context.ui);
+  fmt::print(
+      "The results of excluded drivers have been removed from all races,\n"
+      "and the remaining results have been recalculated.\n");
+}
+
+// ---- points
+
+namespace {
+
+// Position,Points,PrizeMoney: a line a position, from 1 on without gaps; a heading may stand above.
+std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw CommandError(fmt::format("'{}' cannot be read.", path));
+  std::vector<scoring::PositionPoints> positions;
+  std::string line;
+  for (int number = 1; std::getline(file, line); ++number) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (common::TrimBlanks(line).empty()) continue;
+    std::vector<std::string> cells;
+    std::stringstream stream(line);
+    for (std::string cell; std::getline(stream, cell, ',');) cells.push_back(cell);
+    if (number == 1 && cells[0].find_first_not_of("0123456789 ") != std::string::npos) continue;
+    const std::string where = fmt::format("{}:{}: ", path, number);
+    if (cells.size() < 2 || cells.size() > 3)
+      throw CommandError(where + "a line has a position, its points and, behind these, prize money.");
+    if (WholeNumber(cells[0], where + "The position") != static_cast<std::int32_t>(positions.size()) + 1)
+      throw CommandError(where + fmt::format("position {} is expected here.", positions.size() + 1));
+    scoring::PositionPoints position;
+    position.points = WholeNumber(cells[1], where + "The points");
+    if (cells.size() == 3 && !common::TrimBlanks(cells[2]).empty())
+      position.prizeMoney = WholeNumber(cells[2], where + "The prize money");
+    positions.push_back(position);
+  }
+  if (positions.empty()) throw CommandError(fmt::format("'{}' holds no positions.", path));
+  return positions;
+}
+
+}  // namespace
+
+void Points(const CommonOptions& common, const PointOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  if (!options.file.empty() || options.use) {
+    scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
+    if (!options.file.empty()) edit.positions = ReadPointFile(options.file);
+    edit.usePositions = options.use.value_or(edit.usePositions);
+    scoring::SavePointSystem(league, edit);
+    return;
+  }
+  auto rows = league.OpenRecordset("SELECT Position, Points, PrizeMoney FROM PointSystem ORDER BY Position");
+  Print(TableOf(rows), common.format, common.decimal);
+}
+
+void Bonus(const CommonOptions& common, const PointOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  if (!options.sets.empty() || options.use) {
+    scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
+    for (const std::string& set : options.sets) {
+      const std::size_t equals = set.find('=');
+      if (equals == std::string::npos)
+        throw CommandError(fmt::format("--set takes ID=POINTS, not '{}'.", set));
+      const std::int32_t id = WholeNumber(set.substr(0, equals), "A rule's id");
+      const auto rule = std::find_if(edit.bonuses.begin(), edit.bonuses.end(),
+                                     [&](const scoring::BonusPoints& bonus) { return bonus.id == id; });
+      if (rule == edit.bonuses.end()) throw CommandError(fmt::format("The league has no bonus rule {}.", id));
+      rule->points = WholeNumber(set.substr(equals + 1), "A rule's points");
+    }
+    edit.useBonus = options.use.value_or(edit.useBonus);
+    scoring::SavePointSystem(league, edit);
+    return;
+  }
+  auto rows = league.OpenRecordset("SELECT BonusID, Name, Points, Query FROM Bonus");
+  Print(TableOf(rows), common.format, common.decimal);
+}
+
+// ---- results
+
+namespace {
+
+std::int32_t NeedResult(const std::vector<scoring::RaceResult>& results, engine::Database& league,
+                        const std::string& name) {
+  const std::string driver = NeedDriver(league, name).name;
+  for (const scoring::RaceResult& result : results)
+    if (result.driver == driver) return result.id;
+  throw CommandError(fmt::format("{} has no result in this race.", driver));
+}
+
+void TakeFields(const ResultOptions& options, scoring::ResultEntry& entry) {
+  for (std::size_t i = 0; i < options.fields.size(); ++i) {
+    if (!options.fields[i]) continue;
+    if (i != scoring::ResultEntry::kName) {
+      double number = 0;
+      if (!engine::ParseNumber(*options.fields[i], '.', number) || number < 0)
+        throw CommandError(fmt::format("'{}' is no number that a result can have.", *options.fields[i]));
+    }
+    entry.fields[i] = *options.fields[i];
+  }
+  if (options.reason) entry.reason = *options.reason;
+  for (std::size_t i = 0; i < entry.fields.size(); ++i)
+    entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
+  if (!scoring::IsComplete(entry)) throw CommandError("A result needs a driver, --finish and --start.");
+}
+
+}  // namespace
+
+void EditResults(const CommonOptions& common, const ResultOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  NeedRace(league, options.raceId);
+  const scoring::RaceKey race{options.raceId, false};
+  const float length = scoring::ReadRaceHeader(league, context.state, race).length;
+  const std::vector<scoring::RaceResult> results = scoring::ReadRaceResults(league, race);
+  if (options.action != "remove" && options.drivers.size() != 1)
+    throw CommandError(fmt::format("result {} takes one driver.", options.action));
+  if (options.action == "add") {
+    scoring::ResultEntry entry;
+    entry.fields[scoring::ResultEntry::kName] = options.drivers[0];
+    TakeFields(options, entry);
+    scoring::AddResult(league, context.state, race, entry, length);
+  } else if (options.action == "edit") {
+    const std::int32_t id = NeedResult(results, league, options.drivers[0]);
+    scoring::ResultEntry entry = scoring::ReadResultEntry(league, context.state, race, id, length);
+    TakeFields(options, entry);
+    scoring::UpdateResult(league, context.state, race, id, entry, length);
+  } else {
+    std::vector<std::int32_t> ids;
+    for (const std::string& name : options.drivers) ids.push_back(NeedResult(results, league, name));
+    NeedConsent(context, options.yes,
+                fmt::format("This will remove {} result{} and cannot be undone. Do you want to continue?",
+                            ids.size(), ids.size() == 1 ? "" : "s"));
+    scoring::RemoveResults(league, race, ids);
+  }
+}
+
+}  // namespace scorvane::cli

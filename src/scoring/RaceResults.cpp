@@ -1,0 +1,242 @@
+#include "scoring/RaceResults.h"
+
+#include <fmt/format.h>
+
+#include "common/Formats.h"
+#include "common/SqlText.h"
+#include "engine/EngineError.h"
+#include "engine/Format.h"
+#include "scoring/DriverIdentity.h"
+
+namespace scorvane::scoring {
+namespace {
+
+bool ReportsTimes(const common::ProcessState& state) {
+  return state.lapReportingMethod == common::kLapTime;
+}
+
+// The boxes take a full stop; texts from the league have the user's separator.
+bool ReadNumber(std::string_view text, char decimal, double& number) {
+  return engine::ParseNumber(text, '.', number) || engine::ParseNumber(text, decimal, number);
+}
+
+// A typed number in SQL: the digits, or 0 for an empty box. What is no number would change the statement.
+std::string Number(const ResultEntry& entry, ResultEntry::Field field, char decimal) {
+  const std::string text(common::TrimBlanks(entry.fields[field]));
+  if (text.empty()) return "0";
+  double number = 0;
+  if (!ReadNumber(text, decimal, number)) throw engine::EngineError(engine::kTypeMismatch, text);
+  // In SQL a number has a full stop whatever the user's separator is.
+  return engine::NumberText(number, 15);
+}
+
+// The speed that a qualifying box means, as a single-precision number.
+float QualifyingSpeed(const common::ProcessState& state, const ResultEntry& entry, float length) {
+  const std::string& text = entry.fields[ResultEntry::kQualifying];
+  double number = 0;
+  if (!common::TrimBlanks(text).empty() && !ReadNumber(text, state.decimalSeparator, number))
+    throw engine::EngineError(engine::kTypeMismatch, text);
+  const auto typed = static_cast<float>(number);
+  return ReportsTimes(state) ? common::SecondsPerLap(typed, length) : typed;
+}
+
+std::string QuotedNumber(double number, char decimal) {
+  return common::QuoteSQL(engine::Value(static_cast<float>(number)), decimal);
+}
+
+std::string QuotedText(const ResultEntry& entry, ResultEntry::Field field) {
+  const std::string text(common::TrimBlanks(entry.fields[field]));
+  return common::QuoteSQL(text.empty() ? "0" : text);
+}
+
+std::string ResultTable(RaceKey race) {
+  return race.staged ? "STNStats" : "Stats";
+}
+
+}  // namespace
+
+bool ShowsAverageSpeed(const common::ProcessState& state) {
+  return state.leagueType == common::kOffline && state.simType <= common::kNascarRacing2;
+}
+
+RaceHeader ReadRaceHeader(engine::Database& league, const common::ProcessState& state, RaceKey race) {
+  const auto row = league.OpenRecordset(
+      fmt::format("SELECT * FROM {0}Race WHERE {0}RaceID={1}", race.staged ? "STN" : "", race.id));
+  RaceHeader header;
+  header.name = row["Name"].ToText();
+  header.fileName = row["FileName"].ToText();
+  header.length = row["Length"].IsNull() ? 0.0F : row["Length"].ToSingle();
+  header.laps = row["Laps"].IsNull() ? 0 : row["Laps"].ToLong();
+  header.weather = row["Weather"].ToText();
+  if (state.leagueType == common::kOffline) {
+    header.raceTime = header.avgSpeed = header.victoryMargin = header.cautions = header.leadChanges = "---";
+    return header;
+  }
+  header.raceTime = row["RaceTime"].ToText();
+  header.avgSpeed = row["AvgSpeed"].ToText();
+  header.victoryMargin = row["VictoryMargin"].ToText();
+  header.cautions = row["Cautions"].ToText();
+  header.leadChanges = common::NullToText(row["LeadChanges"], "---", state.decimalSeparator);
+  return header;
+}
+
+std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race) {
+  const std::string sql =
+      race.staged ? fmt::format(
+                        "SELECT Start, Finish, DriverName as Name, LapsRun, LapsLed, Points, Bonus, "
+                        "Qualifying, ReasonOut as Status, Exclude, STNStatsID As StatsID, AvgSpeed "
+                        "FROM STNStats WHERE STNRaceID={} ORDER BY Finish",
+                        race.id)
+                  : fmt::format(
+                        "SELECT Stats.*, Driver.Name, Driver.Exclude FROM Stats INNER JOIN Driver ON "
+                        "Driver.DriverID=Stats.DriverID WHERE RaceID={} ORDER BY Finish",
+                        race.id);
+  std::vector<RaceResult> results;
+  for (auto rows = league.OpenRecordset(sql); !rows.AtEnd(); rows.MoveNext()) {
+    RaceResult result;
+    result.id = rows["StatsID"].ToLong();
+    result.start = rows["Start"];
+    result.finish = rows["Finish"];
+    result.driver = rows["Name"].ToText();
+    result.lapsRun = rows["LapsRun"];
+    result.lapsLed = rows["LapsLed"];
+    result.points = rows["Points"];
+    result.bonus = rows["Bonus"];
+    result.avgSpeed = rows["AvgSpeed"];
+    result.qualifying = rows["Qualifying"];
+    result.status = rows["Status"].ToText();
+    result.excluded = !rows["Exclude"].IsNull() && rows["Exclude"].ToBoolean();
+    results.push_back(std::move(result));
+  }
+  return results;
+}
+
+ResultEntry ReadResultEntry(engine::Database& league, const common::ProcessState& state, RaceKey race,
+                            std::int32_t resultId, float length) {
+  const auto row = league.OpenRecordset(
+      race.staged
+          ? fmt::format(
+                "SELECT Finish, Start, DriverName, LapsRun, LapsLed, Points, Bonus, AvgSpeed, Qualifying, "
+                "PrizeMoney, ReasonOut FROM STNStats WHERE STNStatsID={}",
+                resultId)
+          : fmt::format(
+                "SELECT Stats.Finish, Stats.Start, Driver.Name As DriverName, Stats.LapsRun, Stats.LapsLed, "
+                "Stats.Points, Stats.Bonus, Stats.AvgSpeed, Stats.Qualifying, Stats.PrizeMoney, "
+                "Stats.Status As ReasonOut FROM Stats INNER JOIN Driver ON "
+                "Driver.DriverID=Stats.DriverID WHERE Stats.StatsID={}",
+                resultId));
+  ResultEntry entry;
+  for (std::size_t i = 0; i < entry.fields.size(); ++i)
+    entry.fields[i] = row.At(i).ToText(state.decimalSeparator);
+  entry.reason = row["ReasonOut"].ToText();
+  const engine::Value& qualifying = row["Qualifying"];
+  if (ReportsTimes(state) && !qualifying.IsNull()) {
+    const float seconds = common::SecondsPerLap(qualifying.ToSingle(), length);
+    entry.fields[ResultEntry::kQualifying] =
+        engine::FormatValue(engine::Value(seconds), "##0.000", state.decimalSeparator);
+  }
+  if (!ShowsAverageSpeed(state)) entry.fields[ResultEntry::kAvgSpeed] = "0";
+  return entry;
+}
+
+std::int32_t AddResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
+                       const ResultEntry& entry, float length) {
+  const char decimal = state.decimalSeparator;
+  auto number = [&](ResultEntry::Field field) { return Number(entry, field, decimal); };
+  const std::string& name = entry.fields[ResultEntry::kName];
+  // A reason may hold an apostrophe; a speed goes in as the user writes numbers.
+  const std::string reason = common::QuoteSQL(entry.reason);
+  const std::string qualifying =
+      QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal);
+  engine::UnitOfWork unit(league);
+  if (race.staged) {
+    league.Execute(
+        fmt::format("INSERT INTO STNStats (STNRaceID, DriverName, Finish, Start, LapsRun, LapsLed, "
+                    "ReasonOut, Points, Bonus, Qualifying, AvgSpeed, PrizeMoney) VALUES "
+                    "({},{},{},{},{},{},{},{},{},{},{},{})",
+                    race.id, common::QuoteSQL(name), number(ResultEntry::kFinish),
+                    number(ResultEntry::kStart), number(ResultEntry::kLapsRun), number(ResultEntry::kLapsLed),
+                    reason, number(ResultEntry::kPoints), number(ResultEntry::kBonus), qualifying,
+                    number(ResultEntry::kAvgSpeed), number(ResultEntry::kWinnings)));
+  } else {
+    league.Execute(
+        fmt::format("INSERT INTO Stats (RaceID, DriverID, Finish, Start, LapsRun, LapsLed, Status, Points, "
+                    "Bonus, Qualifying, AvgSpeed, PrizeMoney) VALUES "
+                    "({},{},{},{},{},{},{},{},{},{},{},{})",
+                    race.id, FindOrAddDriver(league, name), number(ResultEntry::kFinish),
+                    number(ResultEntry::kStart), number(ResultEntry::kLapsRun), number(ResultEntry::kLapsLed),
+                    reason, number(ResultEntry::kPoints), number(ResultEntry::kBonus), qualifying,
+                    QuotedText(entry, ResultEntry::kAvgSpeed), number(ResultEntry::kWinnings)));
+  }
+  const std::int32_t id = common::GetMaxID(league, ResultTable(race), race.staged ? "STNStatsID" : "StatsID");
+  unit.Commit();
+  return id;
+}
+
+void UpdateResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
+                  std::int32_t resultId, const ResultEntry& entry, float length) {
+  const char decimal = state.decimalSeparator;
+  auto number = [&](ResultEntry::Field field) { return Number(entry, field, decimal); };
+  const std::string& name = entry.fields[ResultEntry::kName];
+  const std::string qualifying =
+      QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal);
+  const std::string averageSpeed =
+      race.staged ? number(ResultEntry::kAvgSpeed) : QuotedText(entry, ResultEntry::kAvgSpeed);
+  engine::UnitOfWork unit(league);
+  const std::string driver = race.staged ? "DriverName=" + common::QuoteSQL(name)
+                                         : fmt::format("DriverID={}", FindOrAddDriver(league, name));
+  league.Execute(
+      fmt::format("UPDATE {} SET {}, Finish={}, Start={}, LapsRun={}, LapsLed={}, Points={}, Bonus={}, "
+                  "AvgSpeed={}, Qualifying={}, "
+                  "{}={}, PrizeMoney={} WHERE {}={}",
+                  ResultTable(race), driver, number(ResultEntry::kFinish), number(ResultEntry::kStart),
+                  number(ResultEntry::kLapsRun), number(ResultEntry::kLapsLed), number(ResultEntry::kPoints),
+                  number(ResultEntry::kBonus), averageSpeed, qualifying, race.staged ? "ReasonOut" : "Status",
+                  common::QuoteSQL(entry.reason), number(ResultEntry::kWinnings),
+                  race.staged ? "STNStatsID" : "StatsID", resultId));
+  unit.Commit();
+}
+
+void RemoveResults(engine::Database& league, RaceKey race, const std::vector<std::int32_t>& resultIds) {
+  engine::UnitOfWork unit(league);
+  for (const std::int32_t id : resultIds) {
+    league.Execute(fmt::format("DELETE * FROM {} WHERE {}={}", ResultTable(race),
+                               race.staged ? "STNStatsID" : "StatsID", id));
+  }
+  unit.Commit();
+}
+
+bool AcceptsCharacter(int field, const std::string& text, char32_t character) {
+  const bool point = character == U'.';
+  if (point) {
+    const bool takesPoint =
+        field == ResultEntry::kName || field == ResultEntry::kAvgSpeed || field == ResultEntry::kQualifying;
+    return takesPoint && text.find('.') == std::string::npos;
+  }
+  return field == ResultEntry::kName || (character >= U'0' && character <= U'9');
+}
+
+std::string LeftField(int field, const std::string& text) {
+  return field >= ResultEntry::kLapsRun && common::TrimBlanks(text).empty() ? "0" : text;
+}
+
+bool IsComplete(const ResultEntry& entry) {
+  for (const int field : {ResultEntry::kFinish, ResultEntry::kStart, ResultEntry::kName})
+    if (common::TrimBlanks(entry.fields[static_cast<std::size_t>(field)]).empty()) return false;
+  return true;
+}
+
+const std::vector<std::string_view>& ReasonsOut(int simType) {
+  static const std::vector<std::string_view> older = {
+      "Accident", "Brakes",    "Clutch",  "DNF",        "DNS",      "DQ",         "Electrical", "Engine",
+      "Fire",     "Fuel Pump", "Gasket",  "Gearbox",    "Handling", "Header",     "Mechanical", "Oil leak",
+      "Oil pump", "Running",   "Shifter", "Suspension", "Valve",    "Water Hose", "Waterpump",  "Vibration"};
+  static const std::vector<std::string_view> newer = {
+      "Running",  "Brakes",  "Overheat", "Radiator", "Engine",   "Header",   "Valve",   "Piston",
+      "Gearbox",  "Clutch",  "Camshaft", "Ignition", "Fire",     "Electr",   "Fuel Lk", "Fuel Inj",
+      "Fuel Pmp", "Fuel Ln", "Oil Leak", "Oil Line", "Oil Pump", "Oil Pres", "Susp",    "Puncture",
+      "Tire",     "Wheel",   "Accident", "Retired",  "DQ",       "DNF",      "DNS"};
+  return simType <= common::kNascarRacing2 ? older : newer;
+}
+
+}  // namespace scorvane::scoring

@@ -1,0 +1,161 @@
+// Opens every window on the sample league and writes a picture of each: scorvane_screenshots FOLDER light|dark
+// LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
+#include <QApplication>
+#include <QDir>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStyleFactory>
+#include <QTimer>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+
+#include "app/LeagueSession.h"
+#include "common/Paths.h"
+#include "forms/FormContext.h"
+#include "forms/frmAddRaces.h"
+#include "forms/frmLGXProperties.h"
+#include "forms/frmOptions.h"
+#include "forms/frmRaces.h"
+#include "forms/frmSplash.h"
+#include "forms/frmStats.h"
+#include "forms/widgets/QtUserInterface.h"
+#include "forms/widgets/Text.h"
+#include "platform/Platform.h"
+
+namespace {
+
+using namespace scorvane;
+
+// Picks the sample's files where the program would show the file dialog.
+class SampleInterface : public forms::QtUserInterface {
+ public:
+  std::vector<std::string> files;
+  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return files; }
+};
+
+QPalette DarkPalette() {
+  QPalette palette;
+  const QColor window(45, 45, 48);
+  const QColor base(30, 30, 32);
+  const QColor text(225, 225, 225);
+  palette.setColor(QPalette::Window, window);
+  palette.setColor(QPalette::WindowText, text);
+  palette.setColor(QPalette::Base, base);
+  palette.setColor(QPalette::AlternateBase, window);
+  palette.setColor(QPalette::Text, text);
+  palette.setColor(QPalette::Button, window);
+  palette.setColor(QPalette::ButtonText, text);
+  palette.setColor(QPalette::ToolTipBase, window);
+  palette.setColor(QPalette::ToolTipText, text);
+  palette.setColor(QPalette::Highlight, QColor(42, 100, 170));
+  palette.setColor(QPalette::HighlightedText, Qt::white);
+  palette.setColor(QPalette::Link, QColor(110, 170, 255));
+  for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
+  return palette;
+}
+
+class Photographer {
+ public:
+  explicit Photographer(QString folder) : folder_(std::move(folder)) { QDir().mkpath(folder_); }
+
+  void Take(QWidget& window, const char* name, const QSize& size = {}) {
+    if (size.isValid()) window.resize(size);
+    window.show();
+    QApplication::processEvents();
+    const QString path = folder_ + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png");
+    if (!window.grab().save(path)) {
+      std::fprintf(stderr, "screenshots: %s could not be written\n", qPrintable(path));
+      failed_ = true;
+    }
+  }
+  bool Failed() const { return failed_; }
+
+ private:
+  QString folder_;
+  bool failed_ = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  const QStringList arguments = QApplication::arguments();
+  if (arguments.size() != 5) return 2;
+  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  if (arguments[2] == QLatin1String("dark")) QApplication::setPalette(DarkPalette());
+  Photographer photographer(arguments[1]);
+
+  SampleInterface ui;
+  for (const auto& entry : std::filesystem::directory_iterator(arguments[4].toStdString()))
+    if (entry.path().extension() == ".stn") ui.files.push_back(entry.path().string());
+  std::sort(ui.files.begin(), ui.files.end());
+  ui.files.resize(std::min<std::size_t>(ui.files.size(), 8));
+
+  common::ProcessState state;
+  engine::DBEngine engine;
+  const auto templateDb = engine.DefaultWorkspace().OpenDatabase(
+      common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
+  app::LeagueSession session(engine, *templateDb, state, ui);
+  forms::FormContext context{engine, *templateDb, state, ui, session};
+
+  forms::frmRaces window(context);
+  photographer.Take(window, "main-empty", {760, 480});
+  window.OpenLeagueFile(arguments[3].toStdString());
+  photographer.Take(window, "main", {760, 480});
+  {
+    forms::frmLGXProperties dialog(context, &window);
+    dialog.NewDialog(true);
+    dialog.setWindowTitle(QStringLiteral("New Scorvane File"));
+    photographer.Take(dialog, "properties-new");
+  }
+  {
+    forms::frmLGXProperties dialog(context, &window);
+    dialog.NewDialog(false);
+    photographer.Take(dialog, "properties");
+  }
+  {
+    forms::frmAddRaces dialog(context, &window);
+    photographer.Take(dialog, "import-empty");
+  }
+  {
+    // Several files are read behind the progress dialog, after which the dialog stands there again, modally.
+    forms::frmAddRaces dialog(context, &window);
+    dialog.show();
+    QTimer::singleShot(0, &dialog, [&dialog] { dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click(); });
+    QTimer::singleShot(1500, &dialog, [&] {
+      photographer.Take(dialog, "import");
+      dialog.reject();
+    });
+    QTimer::singleShot(2000, &application, &QApplication::quit);
+    QApplication::exec();
+  }
+  {
+    forms::frmStats dialog(context, &window);
+    photographer.Take(dialog, "standings", {1000, 600});
+    photographer.Take(dialog, "standings-small", {640, 480});
+  }
+  {
+    forms::frmOptions dialog(context, &window);
+    photographer.Take(dialog, "options");
+  }
+  {
+    forms::frmSplash about(&window);
+    photographer.Take(about, "about");
+  }
+  {
+    const auto progress = ui.StartProgress("Reading STN Files", 100);
+    progress->SetInfo("Reading: \"12-dover.stn\"");
+    progress->SetValue(37);
+    if (QWidget* dialog = QApplication::activeModalWidget()) photographer.Take(*dialog, "progress");
+  }
+  {
+    QMessageBox box(QMessageBox::Question, QStringLiteral("Confirmation"),
+                    QStringLiteral("This will remove the results of this race and cannot be undone.\r\n"
+                                   "Do you want to continue?"),
+                    QMessageBox::Yes | QMessageBox::No, &window);
+    photographer.Take(box, "question");
+  }
+  return photographer.Failed() ? 1 : 0;
+}
