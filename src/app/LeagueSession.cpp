@@ -12,6 +12,7 @@
 #include "common/SettingsStore.h"
 #include "common/SqlText.h"
 #include "db/MDBBuild.h"
+#include "db/Upgrade.h"
 #include "platform/Platform.h"
 
 namespace scorvane::app {
@@ -59,7 +60,7 @@ bool LeagueSession::OpenLeagueFile(const std::string& path) {
   league_ = engine_.DefaultWorkspace().OpenDatabase(path, options);
   try {
     engine::UnitOfWork work(*league_);
-    // Here a file of an earlier release is brought up to date, before anything reads it.
+    db::UpgradeLeagueFile(*league_, templateDb_);
     db::EnsureDefaultSettings(*league_);
     ReadLeagueSettings(*league_, state_);
     // Here a league of the newer simulations asks for the simulation's folder when it is not known.

@@ -39,6 +39,23 @@ void UpperCaseAt(std::string& text, std::size_t at) {
   if (letter >= "à" && letter <= "þ" && letter != "÷") text[at + 1] = static_cast<char>(text[at + 1] - 0x20);
 }
 
+void LowerCaseAt(std::string& text, std::size_t at) {
+  char& c = text[at];
+  if (static_cast<unsigned char>(c) < 0x80) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return;
+  }
+  const std::string_view letter = std::string_view(text).substr(at, 2);
+  for (const auto& [lower, upper] : kOddLetters) {
+    if (letter == upper) {
+      text.replace(at, 2, lower);
+      return;
+    }
+  }
+  // À to Þ, but for the multiplication sign among them.
+  if (letter >= "À" && letter <= "Þ" && letter != "×") text[at + 1] = static_cast<char>(text[at + 1] + 0x20);
+}
+
 }  // namespace
 
 std::string_view TrimBlanks(std::string_view text) {
@@ -60,6 +77,12 @@ std::string ProperCase(std::string_view text) {
       UpperCaseAt(proper, i);
   }
   return proper;
+}
+
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (std::size_t i = 0; i < lower.size(); ++i) LowerCaseAt(lower, i);
+  return lower;
 }
 
 float SecondsPerLap(float speed, float length) {

@@ -20,6 +20,9 @@ std::string LocalizeDecimal(std::string_view text, char decimal);
 // Upper-cases the first character and every one behind a blank or a CR LF pair.
 std::string ProperCase(std::string_view text);
 
+// The text in small letters, accented ones too.
+std::string LowerCase(std::string_view text);
+
 // Seconds for a lap of `length` miles at `speed` miles per hour; 0 for the speed 0.
 float SecondsPerLap(float speed, float length);
 

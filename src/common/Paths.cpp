@@ -1,6 +1,9 @@
 #include "common/Paths.h"
 
 #include <filesystem>
+#include <system_error>
+
+#include "common/Formats.h"
 
 namespace scorvane::common {
 namespace {
@@ -35,6 +38,24 @@ std::string JoinPath(std::string_view folder, std::string_view name) {
   if (!path.empty() && kSeparators.find(path.back()) == std::string_view::npos)
     path += static_cast<char>(std::filesystem::path::preferred_separator);
   return path.append(name);
+}
+
+std::string FindIgnoringCase(std::string_view folder, std::string_view name) {
+  namespace fs = std::filesystem;
+  // A separator of the other system would be taken for a letter of the folder's name.
+  while (folder.size() > 1 && kSeparators.find(folder.back()) != std::string_view::npos)
+    folder.remove_suffix(1);
+  const fs::path parent(folder);
+  std::error_code error;
+  if (const fs::path same = parent / name; fs::exists(same, error)) return same.string();
+  const std::string wanted = LowerCase(name);
+  std::string found;
+  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
+    std::string path = entry->path().string();
+    // Of several, the same one every time.
+    if (LowerCase(GetFileTitle(path)) == wanted && (found.empty() || path < found)) found = std::move(path);
+  }
+  return found;
 }
 
 }  // namespace scorvane::common

@@ -16,4 +16,9 @@ bool FileExists(const std::string& path);
 // A name below a folder, with one separator between them.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
+// The path of a folder's entry whose name differs from `name` at most in letter case, the same spelling
+// first; empty when there is none. These simulations come from a system on which the case of a name does not
+// count.
+std::string FindIgnoringCase(std::string_view folder, std::string_view name);
+
 }  // namespace scorvane::common

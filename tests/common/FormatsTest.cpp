@@ -46,6 +46,10 @@ TEST(Formats, Colors) {
     EXPECT_FALSE(ParseColor(text)) << text;
 }
 
+TEST(Formats, LowerCase) {
+  EXPECT_EQ(LowerCase("ABC xyz ÄÖÜ Š Œ Ž Ÿ À Þ × ß 日本"), "abc xyz äöü š œ ž ÿ à þ × ß 日本");
+}
+
 TEST(Formats, ProperCase) {
   const struct {
     const char* text;

@@ -1,6 +1,10 @@
 #include "common/Paths.h"
 
+#include <fstream>
+
 #include <gtest/gtest.h>
+
+#include "support/TempFolder.h"
 
 namespace scorvane::common {
 namespace {
@@ -41,6 +45,17 @@ TEST(Paths, AFolderIsNoFile) {
   EXPECT_FALSE(FileExists(SCORVANE_SOURCE_DIR));
   EXPECT_FALSE(FileExists(SCORVANE_SOURCE_DIR "/none"));
   EXPECT_FALSE(FileExists(""));
+}
+
+TEST(Paths, FindsNamesInAnyLetterCase) {
+  const test::TempFolder folder;
+  for (const char* name : {"Track.INI", "TRACK.ini", "Zürich"}) std::ofstream(folder.File(name)) << "x";
+  EXPECT_EQ(FindIgnoringCase(folder.Path().string(), "TRACK.ini"), folder.File("TRACK.ini"))
+      << "the same name first";
+  EXPECT_EQ(FindIgnoringCase(folder.Path().string() + "\\", "track.ini"), folder.File("TRACK.ini"));
+  EXPECT_EQ(FindIgnoringCase(folder.Path().string() + "/", "ZÜRICH"), folder.File("Zürich"));
+  EXPECT_EQ(FindIgnoringCase(folder.Path().string(), "other"), "");
+  EXPECT_EQ(FindIgnoringCase(folder.File("nowhere"), "track.ini"), "");
 }
 
 }  // namespace
