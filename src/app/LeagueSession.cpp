@@ -6,13 +6,18 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <system_error>
+#include <utility>
 
+#include "app/SimFolders.h"
+#include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "common/SqlText.h"
 #include "db/MDBBuild.h"
 #include "db/Upgrade.h"
+#include "import/Tracks.h"
 #include "platform/Platform.h"
 
 namespace scorvane::app {
@@ -46,7 +51,7 @@ void ReadLeagueSettings(engine::Database& league, common::ProcessState& state) {
       SettingNumber(league, common::kLapReportingMethodSetting, common::kLapSpeed, common::kLapTime));
 }
 
-bool LeagueSession::OpenLeagueFile(const std::string& path) {
+bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
   // A folder is there, but no league: opening says so.
   std::error_code error;
   if (!common::FileExists(path) && !std::filesystem::is_directory(path, error)) {
@@ -59,23 +64,42 @@ bool LeagueSession::OpenLeagueFile(const std::string& path) {
   options.exclusive = true;
   league_ = engine_.DefaultWorkspace().OpenDatabase(path, options);
   try {
-    engine::UnitOfWork work(*league_);
+    std::optional<engine::UnitOfWork> work(std::in_place, *league_);
     db::UpgradeLeagueFile(*league_, templateDb_);
     db::EnsureDefaultSettings(*league_);
     ReadLeagueSettings(*league_, state_);
-    // Here a league of the newer simulations asks for the simulation's folder when it is not known.
+    if (use == Use::Everything && LacksSimFolder(state_, state_.simType)) {
+      // Nothing stays half written while somebody thinks about an answer.
+      work->Commit();
+      work.reset();
+      if (!KnowsSimFolder()) {
+        CloseLeagueFile();
+        return false;
+      }
+      work.emplace(*league_);
+    }
     RefreshBonusQueries();
     CopyPageDefaults();
     if (common::GetSettingValue(*league_, common::kDroppedRaces) == common::kMissingSetting) {
       league_->Execute(
           "INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
     }
-    work.Commit();
+    work->Commit();
   } catch (...) {
     league_.reset();
     throw;
   }
+  if (use == Use::Everything && state_.simType >= common::kNascarRacing4) import::BuildTrackCatalogue(state_);
   return true;
+}
+
+// Says that the folder is missing and has it asked for.
+bool LeagueSession::KnowsSimFolder() {
+  ui_.ShowMessage({fmt::format("Scorvane needs to know the path of\r\n{} before this file can be\r\nopened.",
+                               common::SimTypeName(state_.simType)),
+                   "Missing Path", common::MessageIcon::Exclamation});
+  if (askForSimFolder_) askForSimFolder_();
+  return !LacksSimFolder(state_, state_.simType);
 }
 
 // The league's rules carry the template's query texts. What is the same already is not written again, so that

@@ -2,8 +2,10 @@
 // closed.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "common/ProcessState.h"
 #include "common/UserInterface.h"
@@ -21,10 +23,20 @@ class LeagueSession {
   LeagueSession& operator=(const LeagueSession&) = delete;
   ~LeagueSession() { CloseLeagueFile(); }
 
+  // How the user is asked for a simulation's folder: it shows the state's folders and changes them. Without
+  // it nobody is asked.
+  void SetSimFolderPrompt(std::function<void()> prompt) { askForSimFolder_ = std::move(prompt); }
+
+  // What the league is opened for: to import into it takes a newer simulation's folder with its tracks, to
+  // look at it does not.
+  enum class Use { Everything, WithoutImport };
+
   // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process
-  // state. False, after a message, when there is no such file: the open one then stays open. Throws
-  // EngineError when the file cannot be used as a league; no file is open then.
-  bool OpenLeagueFile(const std::string& path);
+  // state; for a league of a newer simulation it asks for the simulation's folder when that is not known, and
+  // builds the track catalogue. False, after a message, when there is no such file: the open one then stays
+  // open; and when the folder stays unknown: no file is open then. Throws EngineError when the file cannot be
+  // used as a league; no file is open then.
+  bool OpenLeagueFile(const std::string& path, Use use = Use::Everything);
 
   // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a
   // file. What goes wrong while it is made compact costs nothing but the compaction: the file stays as it
@@ -38,7 +50,7 @@ class LeagueSession {
   common::ProcessState& State() { return state_; }
 
  private:
-  void LoadSettings();
+  bool KnowsSimFolder();
   void RefreshBonusQueries();
   void CopyPageDefaults();
 
@@ -46,6 +58,7 @@ class LeagueSession {
   engine::Database& templateDb_;
   common::ProcessState& state_;
   common::UserInterface& ui_;
+  std::function<void()> askForSimFolder_;
   std::unique_ptr<engine::Database> league_;
 };
 

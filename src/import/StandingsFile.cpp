@@ -2,13 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
 #include <iterator>
-#include <memory>
 #include <optional>
-#include <system_error>
 
 #include <fmt/format.h>
 
@@ -16,6 +11,7 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SqlText.h"
+#include "import/FileContent.h"
 #include "scoring/DriverIdentity.h"
 #include "scoring/PointSystem.h"
 #include "scoring/RaceScoring.h"
@@ -25,16 +21,8 @@ namespace {
 
 using common::TrimBlanks;
 
-// A standings file has some thousand bytes; nothing of this size is one.
-constexpr std::uintmax_t kLargestFile = 16U << 20U;
 constexpr int kStatisticLines = 6;
 constexpr std::string_view kDegreeSign = "\xB0";
-
-// A fault of the file, in words for the administrator.
-class FileFault : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // The place of a field in a driver line, its first column counted from 1.
 struct Column {
@@ -61,26 +49,6 @@ std::string_view Cut(std::string_view line, std::size_t start, std::size_t width
 
 std::string_view Cut(std::string_view line, Column column) {
   return TrimBlanks(Cut(line, column.start, column.width));
-}
-
-std::string ReadWholeFile(const std::string& path) {
-  std::error_code error;
-  const auto status = std::filesystem::status(path, error);
-  if (std::filesystem::is_directory(status)) throw FileFault("This is a folder, not a file.");
-  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-    throw FileFault("This is no ordinary file.");
-
-  errno = 0;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (!file) throw FileFault("The file cannot be opened: " + std::generic_category().message(errno) + ".");
-  const std::uintmax_t size = std::filesystem::file_size(path);
-  if (size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
-  std::string content(size, '\0');
-  content.resize(std::fread(content.data(), 1, content.size(), file.get()));
-  if (std::ferror(file.get()) != 0)
-    throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
-  if (content.empty()) throw FileFault("The file is empty.");
-  return content;
 }
 
 // Reads one file into the staging tables.
@@ -327,7 +295,7 @@ std::int32_t ReadStandingsFile(engine::Database& league, common::ProcessState& s
                                common::UserInterface& ui, const std::string& path, int qualifying) {
   std::string failure;
   try {
-    const std::string content = ReadWholeFile(path);
+    const std::string content = ReadFileContent(path);
     engine::UnitOfWork unit(league);
     Reader reader(league, state, path, qualifying, content);
     try {

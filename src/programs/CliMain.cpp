@@ -150,10 +150,21 @@ class CommandLine {
           import_.path = league_;
           cli::Import(common_, import_);
         });
-    import->add_option("FILE", import_.files, "Standings files (*.stn) that the simulation wrote")
+    import
+        ->add_option(
+            "FILE", import_.files,
+            "Result files that the simulation wrote: standings files (*.stn) or exported pages (*.html)")
         ->required();
-    AddChoice(import, "--qualifying", import_.qualifying, kLapMethods,
-              "What the files' qualifying column holds (default: the league's lap reporting method)");
+    AddChoice(
+        import, "--qualifying", import_.qualifying, kLapMethods,
+        "What the qualifying column of standings files holds (default: the league's lap reporting method)");
+    import
+        ->add_option(
+            "--sim-folder", import_.simFolder,
+            "Where the simulation that exported the pages is installed; its tracks are read from there "
+            "(default: the folder that the template knows)")
+        ->type_name("DIR");
+    import->add_flag("--no-alerts", import_.noAlerts, "Do not say which page is no race final or was edited");
 
     CLI::App* recalculate =
         AddForLeague("recalculate", "Number and score races anew (hand edits of points are lost)",
@@ -167,6 +178,14 @@ class CommandLine {
   }
 
   void AddEditCommands() {
+    CLI::App* criteria = AddForLeague("criteria", "List or order what ranks the drivers of an off-line event",
+                                      [this] { cli::Criteria(common_, league_, criteria_); });
+    criteria
+        ->add_option("--order", criteria_,
+                     "The criteria that decide first, in their order; the others stay behind")
+        ->type_name("ID,ID,...")
+        ->delimiter(',');
+
     CLI::App* driver = AddForLeague("driver", "Add, change, merge and remove drivers", [this] {
       driver_.path = league_;
       cli::EditDrivers(common_, driver_);
@@ -285,6 +304,7 @@ class CommandLine {
   cli::PointOptions points_;
   cli::ResultOptions result_;
   std::vector<std::int32_t> raceIds_;
+  std::vector<std::int32_t> criteria_;
   std::int32_t raceId_ = 0;
   std::optional<int> settingId_;
   std::optional<std::string> settingValue_;

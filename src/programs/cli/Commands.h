@@ -39,8 +39,13 @@ struct ImportOptions {
   std::string path;
   std::vector<std::string> files;
   std::optional<int> qualifying;  // 0 speed, 1 time; the league's own way of reporting laps when not given
+  std::string simFolder;          // the simulation's folder; empty: the one that the template knows
+  bool noAlerts = false;
 };
 void Import(const CommonOptions& common, const ImportOptions& options);
+
+// Lists the ranking criteria; with `order`, puts those first and the others behind them as they were.
+void Criteria(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& order);
 
 void Races(const CommonOptions& common, const std::string& path);
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId);

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "app/SimFolders.h"
 #include "common/Paths.h"
 #include "platform/Platform.h"
 
@@ -25,8 +26,26 @@ Context::Context(const CommonOptions& options) {
 }
 
 Context::Context(const CommonOptions& options, const std::string& leaguePath) : Context(options) {
+  OpenLeague(leaguePath, app::LeagueSession::Use::WithoutImport);
+}
+
+Context::Context(const CommonOptions& options, const std::string& leaguePath, const std::string& simFolder)
+    : Context(options) {
+  app::ReadSimFolders(*template_, state);
+  if (!simFolder.empty()) {
+    if (common::FindIgnoringCase(simFolder, "tracks").empty())
+      throw CommandError(
+          fmt::format("'{}' is no simulation's folder: it has no folder \"tracks\".", simFolder));
+    state.simFolders.fill(simFolder);
+  }
+  OpenLeague(leaguePath, app::LeagueSession::Use::Everything);
+}
+
+void Context::OpenLeague(const std::string& path, app::LeagueSession::Use use) {
   session_ = std::make_unique<app::LeagueSession>(engine, *template_, state, ui);
-  if (!session_->OpenLeagueFile(leaguePath)) throw CommandError("");
+  if (session_->OpenLeagueFile(path, use)) return;
+  throw CommandError(
+      app::LacksSimFolder(state, state.simType) ? "--sim-folder DIR names the simulation's folder." : "");
 }
 
 RaceFacts NeedRace(engine::Database& league, std::int32_t raceId) {

@@ -17,8 +17,11 @@ class Context {
  public:
   // Opens the template. Throws EngineError or CommandError.
   explicit Context(const CommonOptions& options);
-  // Opens the template and a league.
+  // Opens the template and a league, to look at it or to change what is in it.
   Context(const CommonOptions& options, const std::string& leaguePath);
+  // The same to import into it; `simFolder` stands in for the folders that the template knows unless it is
+  // empty.
+  Context(const CommonOptions& options, const std::string& leaguePath, const std::string& simFolder);
 
   engine::DBEngine engine;
   CliUserInterface ui;
@@ -28,6 +31,8 @@ class Context {
   engine::Database& League() { return session_->League(); }
 
  private:
+  void OpenLeague(const std::string& path, app::LeagueSession::Use use);
+
   std::unique_ptr<engine::Database> template_;
   std::unique_ptr<app::LeagueSession> session_;
 };

@@ -7,11 +7,14 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "common/SqlText.h"
 #include "db/MDBBuild.h"
-#include "import/StandingsFile.h"
+#include "import/ExportedStandings.h"
+#include "import/ResultFile.h"
 #include "platform/Platform.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "scoring/OfflineMerge.h"
 #include "scoring/OnlineImport.h"
 #include "scoring/PointSystem.h"
 #include "scoring/RaceScoring.h"
@@ -88,42 +91,86 @@ void Create(const CommonOptions& common, const CreateOptions& options) {
 }
 
 void Import(const CommonOptions& common, const ImportOptions& options) {
-  Context context(common, options.path);
+  Context context(common, options.path, options.simFolder);
   engine::Database& league = context.League();
-  if (context.state.simType > common::kNascarRacing2) {
-    throw CommandError(fmt::format("This release cannot import the exported pages of {} yet.",
-                                   common::SimTypeName(context.state.simType)));
-  }
-  if (context.state.leagueType != common::kOnline)
-    throw CommandError("This release cannot merge the files of an off-line event yet.");
 
   // One transaction for the command: a power cut leaves all of it or nothing.
   engine::UnitOfWork unit(league);
   league.Execute("DELETE * FROM STNRace");
   scoring::LoadPointSystem(context.Template(), league, context.state);
-  const int qualifying = options.qualifying.value_or(context.state.lapReportingMethod);
+  import::ResultFileOptions reading;
+  reading.qualifying = options.qualifying.value_or(context.state.lapReportingMethod);
+  reading.showAlerts = !options.noAlerts && import::ShowsImportAlerts(context.Template());
   std::size_t failed = 0;
   {
     const auto progress = context.ui.StartProgress("Reading files", static_cast<int>(options.files.size()));
     int done = 0;
     for (const std::string& file : options.files) {
       progress->SetInfo("Reading: \"" + file + "\"");
-      if (import::ReadStandingsFile(league, context.state, context.ui, file, qualifying) < 1) ++failed;
+      if (import::ReadResultFile(league, context.state, context.ui, file, reading) < 1) ++failed;
       progress->SetValue(++done);
     }
   }
-  if (failed > 0) {
+  const auto nothing = [&](const std::string& reason) {
     league.Execute("DELETE * FROM STNRace");
     unit.Commit();
-    throw CommandError(fmt::format("{} of {} file{} could not be read; nothing was imported.", failed,
-                                   options.files.size(), options.files.size() == 1 ? "" : "s"));
+    throw CommandError(reason + "nothing was imported.");
+  };
+  if (failed > 0) {
+    nothing(fmt::format("{} of {} file{} could not be read; ", failed, options.files.size(),
+                        options.files.size() == 1 ? "" : "s"));
   }
-  const auto racesBefore = league.OpenRecordset("SELECT Count(RaceID) AS Races FROM Race").At(0).ToLong();
+  const auto count = [&league] {
+    return league.OpenRecordset("SELECT Count(RaceID) AS Races FROM Race").At(0).ToLong();
+  };
+  if (context.state.leagueType == common::kOffline) {
+    if (!scoring::MergeOfflineEvent(league, context.state, context.ui)) nothing("There is nobody to rank; ");
+    const std::int32_t race = common::GetMaxID(league, "Race", "RaceID");
+    const auto drivers =
+        league.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}", race));
+    const std::int32_t ranked = drivers.At(0).ToLong();
+    unit.Commit();
+    fmt::print("Merged {} file{} into a race of {} driver{}; the league has {}.\n", options.files.size(),
+               options.files.size() == 1 ? "" : "s", ranked, ranked == 1 ? "" : "s", count());
+    return;
+  }
+  const std::int32_t before = count();
   scoring::ImportStagedRaces(league, context.state, context.ui);
-  const auto racesAfter = league.OpenRecordset("SELECT Count(RaceID) AS Races FROM Race").At(0).ToLong();
+  const std::int32_t after = count();
   unit.Commit();
-  const std::int32_t added = racesAfter - racesBefore;
-  fmt::print("Imported {} race{}; the league has {}.\n", added, added == 1 ? "" : "s", racesAfter);
+  const std::int32_t added = after - before;
+  fmt::print("Imported {} race{}; the league has {}.\n", added, added == 1 ? "" : "s", after);
+}
+
+void Criteria(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& order) {
+  Context context(common, path);
+  engine::Database& league = context.League();
+  const std::int16_t simType = context.state.simType;
+  std::vector<scoring::RankCriterion> criteria = scoring::ListRankCriteria(league, simType);
+  if (!order.empty()) {
+    auto next = criteria.begin();
+    for (const std::int32_t id : order) {
+      const auto same = [id](const scoring::RankCriterion& criterion) { return criterion.id == id; };
+      const auto found = std::find_if(next, criteria.end(), same);
+      if (found == criteria.end()) {
+        throw CommandError(std::any_of(criteria.begin(), next, same)
+                               ? fmt::format("The criterion {} is named twice.", id)
+                               : fmt::format("The league uses no criterion {}.", id));
+      }
+      std::rotate(next, found, found + 1);
+      ++next;
+    }
+    std::vector<std::int32_t> ids;
+    for (const scoring::RankCriterion& criterion : criteria) ids.push_back(criterion.id);
+    scoring::StoreRankCriteria(league, simType, ids);
+  }
+  OutputTable table;
+  table.columns = {{"Rank", true}, {"ID", true}, {"Name", false}};
+  for (const scoring::RankCriterion& criterion : criteria) {
+    const auto rank = static_cast<std::int32_t>(table.rows.size()) + 1;
+    table.rows.push_back({engine::Value(rank), engine::Value(criterion.id), engine::Value(criterion.name)});
+  }
+  Print(table, common.format, common.decimal);
 }
 
 void Recalculate(const CommonOptions& common, const std::string& path,

@@ -1,0 +1,41 @@
+#include "import/FileContent.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace scorvane::import {
+namespace {
+
+// A standings file has some thousand bytes, an exported page some ten thousand; nothing of this size is one.
+constexpr std::uintmax_t kLargestFile = 16U << 20U;
+
+}  // namespace
+
+std::string ReadFileContent(const std::string& path) {
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (std::filesystem::is_directory(status)) throw FileFault("This is a folder, not a file.");
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    throw FileFault("This is no ordinary file.");
+
+  errno = 0;
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  if (!file) throw FileFault("The file cannot be opened: " + std::generic_category().message(errno) + ".");
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
+  std::string content;
+  std::array<char, 16384> block;
+  while (const std::size_t read = std::fread(block.data(), 1, block.size(), file.get()))
+    content.append(block.data(), read);
+  if (std::ferror(file.get()) != 0)
+    throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
+  if (content.empty()) throw FileFault("The file is empty.");
+  return content;
+}
+
+}  // namespace scorvane::import
