@@ -6,8 +6,7 @@
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "reports/DroppedRaces.h"
-#include "reports/Export.h"
-#include "reports/PageLook.h"
+#include "reports/PageExport.h"
 #include "reports/Report.h"
 
 namespace scorvane::cli {
@@ -115,36 +114,29 @@ void Standings(const CommonOptions& common, const std::string& path, const std::
 void Export(const CommonOptions& common, const ExportOptions& options) {
   Context context(common, options.path);
   engine::Database& league = context.League();
-  reports::CExport page(context.state);
-  page.Database(&league);
-  page.LGDatabase(&context.Template());
-  std::string name;
-  std::string caption;
+  reports::PageSubject subject;
+  reports::PageTexts texts;
   if (options.raceId) {
-    const RaceFacts race = NeedRace(league, *options.raceId);
-    page.ExportType(1);
-    page.ReportID(*options.raceId);
-    name = race.name;
-    caption = fmt::format("{} miles - {} laps", race.length.ToText(common.decimal),
-                          race.laps.ToText(common.decimal));
+    NeedRace(league, *options.raceId);
+    subject = {reports::PageSubject::kRace, *options.raceId};
+    texts = reports::RacePageTexts(league, *options.raceId, common.decimal);
   } else {
     const reports::ReportInfo info = NeedReport(context.Template(), options.report);
-    caption = reports::StandingsCaption(reports::MarkDroppedRaces(league, context.state.droppedRaces));
-    caption.pop_back();  // its colon
-    page.ExportType(0);
-    page.ReportID(info.id);
-    name = info.name;
+    subject = {reports::PageSubject::kReport, info.id};
+    texts = reports::StoredPageTexts(league);
+    texts.caption = reports::StandingsCaption(reports::MarkDroppedRaces(league, context.state.droppedRaces));
+    texts.caption.pop_back();  // its colon
+    texts.reportName = info.name;
   }
-  const std::string heading = common::GetSettingValue(league, common::kPageHeading);
-  page.Title(options.heading.value_or(heading == common::kMissingSetting ? "" : heading));
-  page.ReportName(options.name.value_or(name));
-  page.Title2(options.caption.value_or(caption));
-  page.Footer(reports::StandingsFooter());
-  reports::ApplyPageLook(league, page);
-  if (!page.HTML(options.output))
+  texts.heading = options.heading.value_or(texts.heading);
+  texts.reportName = options.name.value_or(texts.reportName);
+  texts.caption = options.caption.value_or(texts.caption);
+  if (!reports::WritePage(league, context.Template(), context.state, subject, texts,
+                          reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
     throw CommandError(
         fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
                     options.output));
+  }
   fmt::print("Wrote {}.\n", options.output);
 }
 
