@@ -6,6 +6,7 @@ import glob
 import json
 import os
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -16,6 +17,9 @@ import unittest
 
 PROGRAM, SOURCE = sys.argv[1], sys.argv[2]
 SEASON = sorted(glob.glob(os.path.join(SOURCE, "share/samples/season-1998/*.stn")))
+SIMULATION = os.path.join(SOURCE, "share/samples/nr2003")
+EVENT = sorted(glob.glob(os.path.join(SIMULATION, "exports_imports/*.html")))
+REAL_PAGES = os.path.join(SOURCE, "tests/data/exported-pages")
 STANDINGS_DATA = os.path.join(SOURCE, "tests/data/standings")
 
 
@@ -116,6 +120,80 @@ class CliTest(unittest.TestCase):
         cli("settings", self.league, 6, 0)
         self.assertEqual(rows("standings", self.league)["caption"], "Results after 4 events:")
         self.assertEqual(self.sql("SELECT Count(*) AS N FROM Stats WHERE Dropped=True"), [{"N": 0}])
+
+    # ---- the newer simulations and off-line events
+
+    def test_exported_pages_score_as_they_say(self):
+        cli("create", self.league, "--sim", "nr2003")
+        real = sorted(glob.glob(os.path.join(REAL_PAGES, "*.html")))
+        for pages, folder in ((real, REAL_PAGES), (EVENT, SIMULATION)):
+            imported = cli("import", self.league, "--sim-folder", folder, *pages)
+            self.assertEqual(imported.stderr, "")
+        races = rows("races", self.league)
+        self.assertEqual(len(races), 9)
+        self.assertEqual((races[0]["Name"], races[0]["Length"], races[0]["Weather"]),
+                         ("Daytona International Speedway", 2.5, "Cloudy, 58 \u00b0F, East 5 mph"))
+        for race in races:
+            folder = os.path.join(SIMULATION, "exports_imports") if race["RaceID"] > 6 else REAL_PAGES
+            with open(os.path.join(folder, race["FileName"]), encoding="cp1252") as file:
+                page = file.read()
+            page = page[page.index("OFFICIAL STANDINGS"):]
+            page = page[:page.index("</TABLE>")]
+            cells = [cell.strip() for cell in re.findall(r"<TD[^>]*>([^<]*)</TD>", page)]
+            printed = [(cells[i], cells[i + 3], cells[i + 7]) for i in range(9, len(cells), 9)]
+            results = rows("results", self.league, race["RaceID"])
+            self.assertEqual([(str(r["Finish"]), r["Driver"], str(r["Points"])) for r in results], printed)
+
+    def test_pages_that_fail_import_nothing(self):
+        cli("create", self.league, "--sim", "nr2003")
+        with open(EVENT[0], "rb") as file:
+            page = file.read()
+        practice = self.write("practice.html", page.replace(b"OFFICIAL", b"UNOFFICIAL"))
+        cut = self.write("cut.html", page[:len(page) // 2])
+        self.refused("import", self.league, EVENT[0], says="--sim-folder")
+        self.refused("import", self.league, "--sim-folder", self.folder, EVENT[0], says="no folder")
+        for bad, says in ((practice, "race final"), (cut, "cut off"), (self.path("none.html"), "opened")):
+            message = self.refused("import", self.league, "--sim-folder", SIMULATION, EVENT[0], bad, says=says)
+            self.assertIn(os.path.basename(bad), message)
+            self.assertIn("1 of 2 files could not be read; nothing was imported", message)
+            self.assertEqual(self.counts(), (0, 0, 0, 0, 0))
+        quiet = self.refused("import", self.league, "--sim-folder", SIMULATION, "--no-alerts", practice, says="1 of 1")
+        self.assertNotIn("practice.html", quiet)
+        edited = self.write("edited.html", page.replace(b"<BODY", b"<BODY onload=''").replace(b"</BODY>", b"<P></BODY>"))
+        self.assertIn("evidence of editing",
+                      cli("import", self.league, "--sim-folder", SIMULATION, edited).stderr)
+        self.assertEqual(cli("import", self.league, "--sim-folder", SIMULATION, "--no-alerts", edited).stderr, "")
+        self.assertEqual(self.counts()[:2], (2, 26))
+
+    def test_the_template_knows_the_simulations_folder(self):
+        template = self.path("Kirrelon.dat")
+        shutil.copy(os.path.join(os.path.dirname(PROGRAM), "Kirrelon.dat"), template)
+        cli("sql", template, f"UPDATE Settings SET SettingValue='{SIMULATION}/' WHERE SettingsID=14")
+        cli("--template", template, "create", self.league, "--sim", "nr2003")
+        cli("--template", template, "import", self.league, EVENT[0])
+        self.assertEqual(self.counts()[:2], (1, 13))
+
+    def test_offline_event_is_merged(self):
+        for sim, files, options in (("nr3", sorted(glob.glob(os.path.join(STANDINGS_DATA, "offline-*.stn"))), ()),
+                                    ("nr2003", EVENT, ("--sim-folder", SIMULATION))):
+            cli("create", self.league, "--sim", sim, "--type", "offline", "--replace")
+            merged = cli("import", self.league, *options, *files)
+            self.assertIn("Merged 3 files into a race of 3 drivers", merged.stdout)
+            self.assertEqual(rows("races", self.league)[0]["FileName"], "Merged")
+            first = {result["Driver"]: result["Finish"] for result in rows("results", self.league, 1)}
+            self.assertEqual(set(first), {"Ann Early", "Ben Middle", "Cy Late"})
+            self.assertEqual(first["Cy Late"], 3)
+            self.refused("import", self.league, *options, files[0], files[0], says="no unique drivers")
+            self.assertEqual(self.counts()[:3] + self.counts()[4:], (1, 3, 3, 0))
+            # The laps led decide now.
+            listed = rows("criteria", self.league, "--order", "4")
+            self.assertEqual(listed, rows("criteria", self.league))
+            self.assertEqual([listed[0][key] for key in ("Rank", "ID", "Name")], [1, 4, "Laps Led"])
+            cli("import", self.league, *options, *files)
+            led = [result["LapsLed"] for result in rows("results", self.league, 2)]
+            self.assertEqual(led, sorted(led, reverse=True))
+        self.refused("criteria", self.league, "--order", "1,3", says="no criterion 3")  # not of this simulation
+        self.refused("criteria", self.league, "--order", "1,1", says="twice")
 
     def test_custom_points_pay_prize_money(self):
         self.create()

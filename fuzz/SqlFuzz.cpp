@@ -1,0 +1,93 @@
+// The dialect: what parses prints as text that parses to the same, and what translates is text that the store
+// takes.
+#include "FuzzTarget.h"
+#include "engine/sql/Parser.h"
+#include "engine/sql/Translator.h"
+
+using namespace scorvane;
+
+namespace {
+
+// The schema of a league, and the league itself, open for reading.
+class League : public engine::sql::Catalog {
+ public:
+  League() {
+    db::BuildTemplate(engine_, SCORVANE_SOURCE_DIR "/share/template", folder_.File("Kirrelon.dat"));
+    {
+      const auto templateDb = engine_.DefaultWorkspace().OpenDatabase(folder_.File("Kirrelon.dat"));
+      db::CreateLeagueFile(engine_, folder_.File("league.lgx"), 0, 0, *templateDb, 0, 0);
+    }
+    {
+      const auto league = engine_.DefaultWorkspace().OpenDatabase(folder_.File("league.lgx"));
+      engine::UnitOfWork unit(*league);
+      // One row a table: no join of them takes long.
+      for (const char* table : {"PointSystem WHERE Position>1", "Bonus WHERE BonusID>1",
+                                "RankCriteria WHERE RankCriteriaID>1", "Settings WHERE SettingsID>2"})
+        league->Execute(std::string("DELETE * FROM ") + table);
+      for (const char* insert :
+           {"INSERT INTO Driver (Name) VALUES ('Ann')",
+            "INSERT INTO Race (Name, Length) VALUES ('Oval', 2.5)",
+            "INSERT INTO Stats (RaceID, DriverID, Finish, Points, Qualifying) VALUES (1, 1, 1, 185, 192.5)"})
+        league->Execute(insert);
+    }
+    engine::OpenOptions readOnly;
+    readOnly.readOnly = true;
+    database_ = engine_.DefaultWorkspace().OpenDatabase(folder_.File("league.lgx"), readOnly);
+  }
+
+  const engine::TableDef* FindTable(std::string_view name) const override {
+    return database_->FindTableDef(name);
+  }
+  int AddTarget(std::shared_ptr<const engine::StoreTarget>) override { return 0; }
+  engine::Database& Database() { return *database_; }
+
+ private:
+  test::TempFolder folder_;
+  engine::DBEngine engine_;
+  std::unique_ptr<engine::Database> database_;
+};
+
+// Texts with which the store says that it does not understand a statement.
+bool BlamesTheTranslation(const std::string& message) {
+  for (const char* text :
+       {"near \"", "no such ", "ambiguous", "misuse", "wrong number of arguments", "unrecognized"}) {
+    if (message.find(text) != std::string::npos) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static League league;
+  const std::string sql(fuzz::Text(data, size));
+  bool select = false;
+  try {
+    const engine::sql::Statement statement = engine::sql::ParseText(sql);
+    select = statement.kind == engine::sql::Statement::Kind::Query;
+    const std::string printed = engine::sql::Print(statement);
+    try {
+      fuzz::Check(engine::sql::Print(engine::sql::ParseText(printed)) == printed,
+                  "a print parses to the same");
+    } catch (const engine::EngineError& error) {
+      std::fprintf(stderr, "%s\nprinted as\n%s\n%s\n", sql.c_str(), printed.c_str(), error.what());
+      fuzz::Check(false, "a print parses");
+    }
+    engine::sql::Translate(statement, league, false);
+    if (select) engine::sql::Translate(statement, league, true);
+  } catch (const engine::EngineError&) {
+  }
+  if (!select) return 0;
+  try {
+    auto rows = league.Database().OpenRecordset(sql);
+    for (; !rows.AtEnd(); rows.MoveNext()) {
+      for (std::size_t i = 0; i < rows.FieldCount(); ++i) rows.At(i).ToText();
+    }
+  } catch (const engine::EngineError& error) {
+    if (error.Number() == engine::kTooComplex && BlamesTheTranslation(error.Description())) {
+      std::fprintf(stderr, "%s\n%s\n", sql.c_str(), error.what());
+      fuzz::Check(false, "the store takes what is translated");
+    }
+  }
+  return 0;
+}

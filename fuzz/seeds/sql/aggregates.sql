@@ -1,0 +1,1 @@
+SELECT First(Name), Last(Name), StDev(Handicap), VarP(Handicap), Min(Switch(Exclude, 1, True, 2)), Choose(1, 'a', 'b') FROM Driver

@@ -1,0 +1,1 @@
+DELETE Stats.* FROM Driver INNER JOIN Stats ON Driver.DriverID = Stats.DriverID WHERE Driver.Exclude=True

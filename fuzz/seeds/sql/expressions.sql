@@ -1,0 +1,1 @@
+SELECT 5\2, 7 Mod 3, 2^-1, 1/3, Format(1234.5, '#,##0.00'), "a" Like '[!b-z]*', #1/2/2003#, Not True Xor Null, Mid('abc', 2, 1) & Str(-1.5) FROM Driver WHERE Name IN ('Ann','Bob') AND Name Not Like 'x?#'

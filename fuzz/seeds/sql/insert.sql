@@ -1,0 +1,1 @@
+INSERT INTO Driver (Name, Handicap) VALUES ('Pat' & Chr(124) & 'O''Brien', -3)

@@ -1,0 +1,1 @@
+INSERT INTO Bonus IN 'C:\league.lgx' SELECT BonusID, Name FROM Bonus WHERE Points BETWEEN 1 AND 5

@@ -1,0 +1,1 @@
+SELECT * FROM (SELECT D.Name, (SELECT Max(Points) FROM Stats WHERE DriverID=D.DriverID) AS Best FROM Driver D) AS X WHERE Best >= ALL (SELECT 1 FROM Race) OR EXISTS (SELECT 1 FROM Race)

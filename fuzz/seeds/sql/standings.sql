@@ -1,0 +1,1 @@
+SELECT Driver.Name, Sum(Stats.Points) AS Total, -Sum(Finish=1) AS Wins FROM Driver INNER JOIN Stats ON Driver.DriverID = Stats.DriverID WHERE Stats.Dropped=False GROUP BY Driver.Name HAVING Count(*)>0 ORDER BY Sum(Stats.Points) DESC, Driver.Name;

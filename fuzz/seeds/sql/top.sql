@@ -1,0 +1,1 @@
+SELECT DISTINCTROW TOP 5 PERCENT S.*, IIf(IsNull(S.PrizeMoney), 0, S.PrizeMoney) AS Money FROM Stats AS S LEFT JOIN Race R ON (R.RaceID=S.RaceID) ORDER BY 1, Money DESC

@@ -1,0 +1,1 @@
+SELECT Name FROM Driver UNION ALL SELECT Name FROM Race UNION (SELECT Str(Avg(Points)) FROM Stats) ORDER BY Name

@@ -1,0 +1,1 @@
+SELECT Count(*) AS NumUnique FROM STNStats A WHERE (SELECT Count(B.STNStatsID) AS NumRaces FROM STNStats AS B WHERE ((B.DriverName)=A.DriverName);)=1

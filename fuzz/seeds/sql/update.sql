@@ -1,0 +1,1 @@
+UPDATE STNRace INNER JOIN STNStats ON STNRace.STNRaceID = STNStats.STNRaceID SET STNStats.AvgSpeed = Val([STNRace].[AvgSpeed]);

@@ -1,0 +1,100 @@
+#include "app/LeagueSession.h"
+
+#include <gtest/gtest.h>
+
+#include "app/SimFolders.h"
+#include "common/ScriptedUserInterface.h"
+#include "common/SettingsStore.h"
+#include "db/LeagueFixture.h"
+#include "import/Tracks.h"
+
+namespace scorvane::app {
+namespace {
+
+const std::string kSimulation = SCORVANE_SOURCE_DIR "/share/samples/nr2003/";
+
+class NewSimulations : public test::LeagueFixture {
+ protected:
+  NewSimulations() : session_(engine_, *template_, state_, ui_) {
+    for (std::int16_t simType = 0; simType < 6; ++simType)
+      db::CreateLeagueFile(engine_, League(simType), simType, 0, *template_, 0, 0);
+  }
+  std::string League(std::int16_t simType) const { return folder_.File(std::to_string(simType) + ".lgx"); }
+
+  common::ProcessState state_;
+  common::ScriptedUserInterface ui_;
+  LeagueSession session_;
+};
+
+TEST_F(NewSimulations, NeedTheirFolderBeforeTheyOpen) {
+  const std::pair<std::int16_t, const char*> simulations[] = {
+      {3, "NASCAR Racing 4"}, {4, "NASCAR Racing 2002 Season"}, {5, "NASCAR Racing 2003 Season"}};
+  for (const auto& [simType, name] : simulations) {
+    ui_.messages.clear();
+    EXPECT_FALSE(session_.OpenLeagueFile(League(simType)));
+    EXPECT_FALSE(session_.IsOpen());
+    EXPECT_EQ(ui_.messages,
+              (std::vector<common::Message>{{std::string("Scorvane needs to know the path of\r\n") + name +
+                                                 " before this file can be\r\nopened.",
+                                             "Missing Path", common::MessageIcon::Exclamation}}));
+    EXPECT_EQ(state_.tracks, nullptr);
+  }
+  ui_.messages.clear();
+  for (const std::int16_t simType : {common::kNascarRacing3, common::kNascarLegends, common::kNascarRacing2})
+    EXPECT_TRUE(session_.OpenLeagueFile(League(simType)));
+  EXPECT_TRUE(session_.OpenLeagueFile(League(5), LeagueSession::Use::WithoutImport));
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_EQ(state_.tracks, nullptr) << "none of these needs the tracks";
+}
+
+TEST_F(NewSimulations, AskForTheirFolder) {
+  int asked = 0;
+  session_.SetSimFolderPrompt([&] { ++asked; });
+  EXPECT_FALSE(session_.OpenLeagueFile(League(5)));
+  state_.simFolders[3] = kSimulation;  // of another simulation
+  session_.SetSimFolderPrompt([&] {
+    ++asked;
+    EXPECT_EQ(session_.League().Name(), League(5));
+    state_.simFolders[4] = kSimulation;
+  });
+  EXPECT_TRUE(session_.OpenLeagueFile(League(5)));
+  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(ui_.messages.size(), 2U);
+  EXPECT_EQ(common::GetSettingValue(session_.League(), 102), "&H00FFFFFF")
+      << "the opening went on to its end";
+  ASSERT_NE(state_.tracks, nullptr);
+  EXPECT_EQ(state_.tracks->Item("Oak Ridge Speedway").Length, 1.25F);
+
+  const auto catalogue = state_.tracks;
+  EXPECT_TRUE(session_.OpenLeagueFile(League(4)));
+  EXPECT_EQ(state_.tracks, catalogue) << "built once a run";
+  EXPECT_EQ(asked, 2);
+}
+
+// A league that was made a moment ago takes the weather of the newer simulations once it is opened.
+TEST_F(NewSimulations, OpeningBringsTheFileUpToDate) {
+  ASSERT_TRUE(session_.OpenLeagueFile(League(5), LeagueSession::Use::WithoutImport));
+  EXPECT_EQ(session_.League().FindTableDef("Race")->FindField("Weather")->Size, 50);
+  EXPECT_EQ(session_.League().FindTableDef("STNRace")->FindField("Weather")->Size, 50);
+}
+
+TEST_F(NewSimulations, FoldersComeFromTheTemplate) {
+  const std::pair<int, std::size_t> settings[] = {{0, 0}, {1, 1}, {12, 2}, {13, 3}, {14, 4}};
+  state_.simFolders.fill("left over");
+  ReadSimFolders(*template_, state_);
+  for (const auto& [id, index] : settings) {
+    EXPECT_EQ(state_.simFolders[index], "");
+    common::SaveSettingValue(*template_, id, "folder " + std::to_string(id));
+  }
+  ReadSimFolders(*template_, state_);
+  for (const auto& [id, index] : settings)
+    EXPECT_EQ(state_.simFolders[index], "folder " + std::to_string(id));
+  template_->Execute("DELETE * FROM Settings WHERE SettingsID=14");
+  ReadSimFolders(*template_, state_);
+  EXPECT_TRUE(LacksSimFolder(state_, common::kNascarRacing2003));
+  EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2002));
+  EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2));
+}
+
+}  // namespace
+}  // namespace scorvane::app
