@@ -15,6 +15,7 @@
 #include "platform/Platform.h"
 #include "reports/DroppedRaces.h"
 #include "reports/Report.h"
+#include "scoring/OfflineMerge.h"
 #include "scoring/OnlineImport.h"
 #include "scoring/PointSystem.h"
 #include "scoring/RaceScoring.h"
@@ -26,6 +27,7 @@ namespace fs = std::filesystem;
 
 constexpr int kCars = 43;
 constexpr int kDropped = 10;
+constexpr int kEventFiles = 40;
 
 class Silent : public common::UserInterface {
  public:
@@ -48,10 +50,8 @@ class Silent : public common::UserInterface {
   }
 };
 
-// A standings file as the simulation writes it: 43 of 60 drivers in an order of their own.
-void WriteFile(const std::string& path, std::mt19937& random) {
-  std::vector<int> drivers(60);
-  for (std::size_t i = 0; i < drivers.size(); ++i) drivers[i] = static_cast<int>(i);
+// A standings file as the simulation writes it: these drivers in an order of their own.
+void WriteFile(const std::string& path, std::mt19937& random, std::vector<std::string> drivers) {
   std::shuffle(drivers.begin(), drivers.end(), random);
   std::ofstream file(path, std::ios::binary);
   file << "Race Final Test Speedway\r\n"
@@ -59,16 +59,22 @@ void WriteFile(const std::string& path, std::mt19937& random) {
   const std::string rule(77, '-');
   file << rule << "\r\nFin St  Car  Driver\r\n" << rule << "\r\n";
   for (int i = 0; i < kCars; ++i) {
-    const int driver = drivers[static_cast<std::size_t>(i)];
+    const std::string& driver = drivers[static_cast<std::size_t>(i)];
     const int start = static_cast<int>(random() % kCars) + 1;
     const int led = i < 8 ? static_cast<int>(random() % 60) : 0;
-    file << fmt::format(
-        "{:>2}  {:>2}  {:>3}  {:<28}{:>3}  {:>3}   {:>3}  {:>7.3f}  {}\r\n", i + 1, start, driver,
-        fmt::format("Driver Number {}", driver), 200 - i / 4, led, 175 - 4 * i > 0 ? 175 - 4 * i : 0,
-        150.0 + static_cast<double>(random() % 40000) / 1000.0, i < 34 ? "running" : "engine");
+    file << fmt::format("{:>2}  {:>2}  {:>3}  {:<28}{:>3}  {:>3}   {:>3}  {:>7.3f}  {}\r\n", i + 1, start, i,
+                        driver, 200 - i / 4, led, 175 - 4 * i > 0 ? 175 - 4 * i : 0,
+                        150.0 + static_cast<double>(random() % 40000) / 1000.0,
+                        i < 34 ? "running" : "engine");
   }
   file << "\r\nRace time - 3:05:07.250\r\nAverage speed - 162.040\r\nCaution flags - 5\r\n"
           "# of lead changes - 12\r\nWeather - Clear 72^F\r\n*\r\n";
+}
+
+std::vector<std::string> Drivers(int number) {
+  std::vector<std::string> drivers;
+  for (int i = 0; i < number; ++i) drivers.push_back(fmt::format("Driver Number {}", i));
+  return drivers;
 }
 
 void Must(bool same, const char* what) {
@@ -88,7 +94,15 @@ int main(int argc, char** argv) {
   std::vector<std::string> files;
   for (int i = 0; i < count; ++i) {
     files.push_back((folder / fmt::format("{:05}.stn", i)).string());
-    WriteFile(files.back(), random);
+    WriteFile(files.back(), random, Drivers(60));
+  }
+  // An off-line event: in every file one member against the same computer cars.
+  std::vector<std::string> event;
+  for (int i = 0; i < kEventFiles; ++i) {
+    event.push_back((folder / fmt::format("event{:02}.stn", i)).string());
+    std::vector<std::string> drivers = Drivers(kCars);
+    drivers.back() = fmt::format("Member {}", i);
+    WriteFile(event.back(), random, std::move(drivers));
   }
 
   engine::DBEngine engine;
@@ -111,13 +125,13 @@ int main(int argc, char** argv) {
     return [&, from] { fs::copy_file(from, league, fs::copy_options::overwrite_existing); };
   };
 
-  auto import = [&] {
+  auto import = [&](const std::vector<std::string>& chosen, auto store) {
     opened(league, [&](engine::Database& db) {
       engine::UnitOfWork unit(db);
       db.Execute("DELETE * FROM STNRace");
       scoring::LoadPointSystem(*templateDb, db, state);
-      for (const std::string& file : files) import::ReadStandingsFile(db, state, ui, file, 0);
-      scoring::ImportStagedRaces(db, state, ui);
+      for (const std::string& file : chosen) import::ReadStandingsFile(db, state, ui, file, 0);
+      store(db, state, ui);
       unit.Commit();
     });
   };
@@ -125,7 +139,7 @@ int main(int argc, char** argv) {
   bool met = true;
   fmt::print("{} files of {} cars, medians of {} turns: ours, the loop, their ratio\n", count, kCars, turns);
   met &= bench::Run(
-      {"import", 1.5, copy(fresh), import,
+      {"import", 1.5, copy(fresh), [&] { import(files, scoring::ImportStagedRaces); },
        [&] {
          bench::ImportLoop(league, templatePath, files);
          loopPoints = bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats");
@@ -182,6 +196,17 @@ int main(int argc, char** argv) {
               "the recalculated results");
        }},
       turns);
+
+  fmt::print("{} files of {} cars: merged, imported as races, their ratio\n", kEventFiles, kCars);
+  double ranked = 0;
+  met &= bench::Run({"off-line merge", 3.0, copy(fresh),
+                     [&] {
+                       import(event, scoring::MergeOfflineEvent);
+                       ranked = bench::Ask(league, "SELECT count(*) FROM Stats WHERE RaceID=1");
+                     },
+                     [&] { import(event, scoring::ImportStagedRaces); },
+                     [&] { Must(ranked == kEventFiles, "the members of the event"); }},
+                    turns);
   fs::remove_all(folder);
   return met ? 0 : 1;
 }
