@@ -53,9 +53,9 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
   layout->addWidget(grid_);
   auto* row = new QHBoxLayout;
   static constexpr const char* kCaptions[] = {"Calculate", "Edit", "Remove", "Import", "HTML..."};
-  static constexpr void (frmRaces::*kCommands[])() = {&frmRaces::Calculate, &frmRaces::EditRace,
-                                                      &frmRaces::RemoveRaces, &frmRaces::Import,
-                                                      &frmRaces::ExportRace};
+  static constexpr void (frmRaces::* kCommands[])() = {&frmRaces::Calculate, &frmRaces::EditRace,
+                                                       &frmRaces::RemoveRaces, &frmRaces::Import,
+                                                       &frmRaces::ExportRace};
   for (int i = 0; i < kButtons; ++i) {
     auto* button = new QPushButton(QString::fromLatin1(kCaptions[i]), center);
     button->setObjectName(QStringLiteral("cmdButton_%1").arg(i));
@@ -153,8 +153,8 @@ void frmRaces::ShowRecentFiles() {
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
     QAction* action = fileItems_[static_cast<std::size_t>(kFirstRecentItem + slot)];
     // An ampersand in a path is no mnemonic.
-    action->setText(
-        QStringLiteral("&%1 %2").arg(slot + 1).arg(Q(recent_[slot]).replace(QLatin1Char('&'), QStringLiteral("&&"))));
+    action->setText(QStringLiteral("&%1 %2").arg(slot + 1).arg(
+        Q(recent_[slot]).replace(QLatin1Char('&'), QStringLiteral("&&"))));
     action->setVisible(!recent_[slot].empty());
   }
   fileItems_[kRecentSeparator]->setVisible(!recent_.IsEmpty());
@@ -164,8 +164,8 @@ void frmRaces::StartUp(const std::string& argument) {
   Guarded(context_.ui, [&] {
     app::ReadSimFolders(context_.templateDb, context_.state);
     if (!app::ScanDefaultPaths(context_.templateDb, context_.state, context_.ui)) {
-      context_.ui.ShowMessage({"Please locate where a supported version of NASCAR Racing is installed.", "Notice",
-                               common::MessageIcon::Information});
+      context_.ui.ShowMessage({"Please locate where a supported version of NASCAR Racing is installed.",
+                               "Notice", common::MessageIcon::Information});
       ShowOptions();
     }
     recent_.Load(context_.templateDb);
@@ -201,7 +201,8 @@ void frmRaces::OpenLeagueFile(const std::string& path) {
     }
     if (!context_.session.IsOpen()) ShowNoRaces();
     if (!opened) return;
-    setWindowTitle(Q(common::GetFileTitle(path, true)) + QStringLiteral(" - ") + Q(common::kApplicationTitle));
+    setWindowTitle(Q(common::GetFileTitle(path, true)) + QStringLiteral(" - ") +
+                   Q(common::kApplicationTitle));
     FillRaceGrid();
     recent_.Add(context_.session.League().Name());
     ShowRecentFiles();
@@ -244,7 +245,8 @@ void frmRaces::FillRaceGrid() {
   fileItems_[kPropertiesItem]->setEnabled(true);
   toolItems_[kDriverListItem]->setEnabled(kHasDriverList);
   toolItems_[kPointSystemItem]->setEnabled(kHasPointSystem);
-  toolItems_[kOfflineSettingsItem]->setEnabled(kHasOfflineSettings && context_.state.leagueType == common::kOffline);
+  toolItems_[kOfflineSettingsItem]->setEnabled(kHasOfflineSettings &&
+                                               context_.state.leagueType == common::kOffline);
   EnableRaceCommands(!races.empty());
   grid_->SelectRows(0, 0);
   SelectionChanged();
@@ -299,7 +301,8 @@ void frmRaces::ShowProperties() {
   Guarded(context_.ui, [&] {
     frmLGXProperties dialog(context_, this);
     dialog.NewDialog(false);
-    dialog.setWindowTitle(tr("Properties - ") + Q(common::GetFileTitle(context_.session.League().Name(), true)));
+    dialog.setWindowTitle(tr("Properties - ") +
+                          Q(common::GetFileTitle(context_.session.League().Name(), true)));
     dialog.exec();
     if (!dialog.Cancelled()) dialog.StoreProperties();
   });
@@ -315,12 +318,13 @@ void frmRaces::Import() {
 
 void frmRaces::RemoveRaces() {
   const common::Message question{
-      "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?", "Confirmation",
-      common::MessageIcon::Question};
+      "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?",
+      "Confirmation", common::MessageIcon::Question};
   if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
-    for (int row = grid_->LastSelected(); row >= grid_->FirstSelected(); --row) ids.push_back(grid_->RowData(row));
+    for (int row = grid_->LastSelected(); row >= grid_->FirstSelected(); --row)
+      ids.push_back(grid_->RowData(row));
     app::RemoveRaces(context_.session.League(), ids);
   });
   const int row = grid_->FirstSelected();

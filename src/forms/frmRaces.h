@@ -17,8 +17,8 @@ class frmRaces : public QMainWindow {
  public:
   explicit frmRaces(FormContext& context);
 
-  // What start-up does once the window is there: simulations, recent files, the file to open. `argument` is the
-  // file that the command line names, empty for none.
+  // What start-up does once the window is there: simulations, recent files, the file to open. `argument` is
+  // the file that the command line names, empty for none.
   void StartUp(const std::string& argument);
 
   void OpenLeagueFile(const std::string& path);

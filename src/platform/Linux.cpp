@@ -66,13 +66,17 @@ std::string WithoutTrailingSeparator(std::string path) {
   return path;
 }
 
-fs::path UserDataFolder() {
-  if (const fs::path data = Environment("XDG_DATA_HOME"); data.is_absolute()) return data;
+fs::path HomeFolder() {
   std::string home = Environment("HOME");
   if (home.empty()) {
     if (const passwd* user = ::getpwuid(::getuid()); user != nullptr) home = user->pw_dir;
   }
-  return fs::path(home) / ".local" / "share";
+  return home;
+}
+
+fs::path UserDataFolder() {
+  if (const fs::path data = Environment("XDG_DATA_HOME"); data.is_absolute()) return data;
+  return HomeFolder() / ".local" / "share";
 }
 
 // Copies the installed template, which may be read-only, to a folder that has none yet. Without one to copy
@@ -150,6 +154,19 @@ std::string ApplicationFolder() {
   fs::create_directories(folder, error);
   FillFromInstalledTemplate(folder);
   return folder.string();
+}
+
+std::vector<Drive> FixedDrives() {
+  const std::string chosen = Environment("WINEPREFIX");
+  const fs::path prefix = chosen.empty() ? HomeFolder() / ".wine" : fs::path(chosen);
+  std::vector<Drive> drives;
+  for (char letter = 'C'; letter <= 'Z'; ++letter) {
+    const char name[] = {static_cast<char>(letter - 'A' + 'a'), ':', '\0'};
+    std::error_code error;
+    const fs::path folder = fs::canonical(prefix / "dosdevices" / name, error);
+    if (!error && fs::is_directory(folder, error)) drives.push_back({letter, folder.string()});
+  }
+  return drives;
 }
 
 bool ErrorIsTerminal() {

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace scorvane::platform {
 
@@ -40,6 +41,17 @@ std::string ProgramFolder();
 // The program's own folder: SCORVANE_HOME when set; else the program's folder when it holds a writable
 // Kirrelon.dat; else the user's data folder, made when it is not there. Without a separator at its end.
 std::string ApplicationFolder();
+
+// A drive as the simulations know it: its letter, C to Z, and the folder that it is here, without a separator
+// at its end unless it is a root.
+struct Drive {
+  char letter;
+  std::string folder;
+};
+
+// The fixed drives in the order of their letters; here those of the user's Wine prefix ($WINEPREFIX, else
+// ~/.wine), which is where these simulations run. A drive whose folder is not there is left out.
+std::vector<Drive> FixedDrives();
 
 // True when the standard error stream is a terminal; the same for standard input.
 bool ErrorIsTerminal();

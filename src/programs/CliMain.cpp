@@ -267,26 +267,45 @@ class CommandLine {
 
     CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
       export_.path = league_;
+      if (!folder_.empty()) return cli::ExportAll(common_, league_, folder_);
       cli::Export(common_, export_);
     });
     CLI::Option* report =
         page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
     CLI::Option* race = page->add_option("--race", export_.raceId, "The race to write")->type_name("RACEID");
-    report->excludes(race);
-    race->excludes(report);
-    page->parse_complete_callback([report, race] {
-      if (report->count() + race->count() == 0)
-        throw CLI::ValidationError("export", "--report NAME or --race RACEID is required");
+    CLI::Option* all =
+        page->add_option("--all", folder_, "Every report, every race and an index page, into a folder")
+            ->type_name("FOLDER");
+    report->excludes(race)->excludes(all);
+    race->excludes(report)->excludes(all);
+    CLI::Option* output =
+        page->add_option("-o,--output", export_.output, "The page; an older one is replaced")
+            ->type_name("FILE");
+    page->parse_complete_callback([report, race, all, output] {
+      if (report->count() + race->count() + all->count() == 0)
+        throw CLI::ValidationError("export", "--report NAME, --race RACEID or --all FOLDER is required");
+      if (all->count() == 0 && output->count() == 0)
+        throw CLI::ValidationError("export", "-o FILE is required");
     });
-    page->add_option("-o,--output", export_.output, "The page; an older one is replaced")
-        ->required()
-        ->type_name("FILE");
     page->add_option("--heading", export_.heading, "Page heading (default: the league's)")->type_name("TEXT");
     page->add_option("--name", export_.name, "Report name (default: the report's, or the race's track)")
         ->type_name("TEXT");
     page->add_option("--caption", export_.caption,
                      "Table caption (default: how many events count, or length and laps)")
         ->type_name("TEXT");
+    CLI::App* look = AddForLeague("look", "List or change how the league's pages look",
+                                  [this] { cli::Look(common_, league_, sets_); });
+    look->add_option("--set", sets_, "Change a part of it, by the name that the list shows")
+        ->type_name("NAME=VALUE");
+    CLI::App* columns = Add("columns", "List, order, show and hide the columns of a report (in every league)",
+                            [this] { cli::Columns(common_, columns_); });
+    columns->add_option("REPORT", columns_.report, "The report's name")->required();
+    columns->add_option("--order", columns_.order, "These columns first, in this order")
+        ->delimiter(',')
+        ->type_name("NAME,...");
+    columns->add_option("--show", columns_.show, "Show these columns")->delimiter(',')->type_name("NAME,...");
+    columns->add_option("--hide", columns_.hide, "Hide these columns")->delimiter(',')->type_name("NAME,...");
+
     CLI::App* sql = Add("sql", "Run one SQL statement on a league file or the template",
                         [this] { cli::Sql(common_, league_, statement_); });
     sql->add_option("DATABASE", league_, "The file")->required();
@@ -309,6 +328,9 @@ class CommandLine {
   std::optional<int> settingId_;
   std::optional<std::string> settingValue_;
   std::string report_;
+  std::string folder_;
+  std::vector<std::string> sets_;
+  cli::ColumnOptions columns_;
   std::string statement_;
 };
 

@@ -16,7 +16,6 @@ namespace scorvane::reports {
 namespace {
 
 constexpr std::size_t kPageColors = common::kFirstTableColor - common::kFirstPageColor;
-constexpr std::size_t kTableSwitches = 5;
 
 constexpr std::string_view kHomePage = "https://scorvane.example/";
 constexpr std::string_view kByline = "developed";
@@ -41,39 +40,61 @@ std::int16_t SmallNumber(engine::Database& league, int id, std::int16_t otherwis
 
 }  // namespace
 
-void ApplyPageLook(engine::Database& league, CExport& page) {
-  page.UseBGImage(Setting(league, common::kUseBackgroundImage) == "True");
-  page.BGImage(Setting(league, common::kBackgroundImage).value_or(""));
-
-  std::array<std::int32_t, kDefaultPageColors.size()> colors = kDefaultPageColors;
-  for (std::size_t i = 0; i < colors.size(); ++i) {
+PageLook ReadPageLook(engine::Database& league) {
+  PageLook look;
+  look.useBGImage = Setting(league, common::kUseBackgroundImage) == "True";
+  look.bgImage = Setting(league, common::kBackgroundImage).value_or("");
+  for (std::size_t i = 0; i < look.colors.size(); ++i) {
     const auto stored = Setting(league, common::kFirstPageColor + static_cast<int>(i));
-    if (stored) colors[i] = common::ParseColor(*stored).value_or(colors[i]);
+    if (stored) look.colors[i] = common::ParseColor(*stored).value_or(look.colors[i]);
   }
-  page.BGColor(colors[0]);
-  page.TextColor(colors[1]);
-  page.LinkColor(colors[2]);
-  page.VLinkColor(colors[3]);
-  page.ALinkColor(colors[4]);
-  page.TitleColor(colors[5]);
-  page.ReportNameColor(colors[6]);
-  page.CaptionColor(colors[7]);
-  page.TableColors({colors.begin() + kPageColors, colors.end()});
-
-  std::vector<bool> switches(kTableSwitches);
-  for (std::size_t i = 0; i < switches.size(); ++i) {
+  for (std::size_t i = 0; i < look.switches.size(); ++i) {
     const auto stored = Setting(league, common::kFirstTableColorSwitch + static_cast<int>(i));
-    switches[i] = stored && engine::LeadingNumber(*stored) != 0;
+    look.switches[i] = stored && engine::LeadingNumber(*stored) != 0;
   }
-  page.UseTableColors(std::move(switches));
+  for (std::size_t i = 0; i < look.layout.size(); ++i)
+    look.layout[i] = SmallNumber(league, common::kFirstLayout + static_cast<int>(i), look.layout[i]);
+  look.font = Setting(league, common::kPageFont).value_or(kDefaultPageFont);
+  look.fontSize = SmallNumber(league, common::kPageFontSize, 0);
+  return look;
+}
 
-  std::vector<std::int16_t> layout(kDefaultLayout.begin(), kDefaultLayout.end());
-  for (std::size_t i = 0; i < layout.size(); ++i)
-    layout[i] = SmallNumber(league, common::kFirstLayout + static_cast<int>(i), layout[i]);
-  page.Layout(std::move(layout));
+bool SavePageLook(engine::Database& league, const PageLook& look) {
+  engine::UnitOfWork unit(league);
+  bool stored = true;
+  auto save = [&](int id, const std::string& value) {
+    stored = stored && common::SaveSettingValue(league, id, value);
+  };
+  save(common::kPageFont, look.font);
+  save(common::kPageFontSize, std::to_string(look.fontSize));
+  save(common::kUseBackgroundImage, look.useBGImage ? "True" : "False");
+  save(common::kBackgroundImage, look.bgImage);
+  for (std::size_t i = 0; i < look.colors.size(); ++i)
+    save(common::kFirstPageColor + static_cast<int>(i), common::ColorText(look.colors[i]));
+  for (std::size_t i = 0; i < look.switches.size(); ++i)
+    save(common::kFirstTableColorSwitch + static_cast<int>(i), look.switches[i] ? "1" : "0");
+  for (std::size_t i = 0; i < look.layout.size(); ++i)
+    save(common::kFirstLayout + static_cast<int>(i), std::to_string(look.layout[i]));
+  unit.Commit();
+  return stored;
+}
 
-  page.HTMLPageFont(Setting(league, common::kPageFont).value_or(kDefaultPageFont));
-  page.HTMLPageFontSize(SmallNumber(league, common::kPageFontSize, 0));
+void ApplyPageLook(const PageLook& look, CExport& page) {
+  page.UseBGImage(look.useBGImage);
+  page.BGImage(look.bgImage);
+  page.BGColor(look.colors[0]);
+  page.TextColor(look.colors[1]);
+  page.LinkColor(look.colors[2]);
+  page.VLinkColor(look.colors[3]);
+  page.ALinkColor(look.colors[4]);
+  page.TitleColor(look.colors[5]);
+  page.ReportNameColor(look.colors[6]);
+  page.CaptionColor(look.colors[7]);
+  page.TableColors({look.colors.begin() + kPageColors, look.colors.end()});
+  page.UseTableColors(std::vector<bool>(look.switches.begin(), look.switches.end()));
+  page.Layout({look.layout.begin(), look.layout.end()});
+  page.HTMLPageFont(look.font);
+  page.HTMLPageFontSize(look.fontSize);
 }
 
 std::string ProductVersion() {

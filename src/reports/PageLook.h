@@ -26,9 +26,27 @@ inline constexpr std::array<std::int16_t, 3> kDefaultLayout = {1, 3,
                                                                0};  // border, cell padding, cell spacing
 inline constexpr const char* kDefaultPageFont = "Times New Roman";
 
-// Gives the page the look that the league's settings describe. A setting that is missing, or a colour that is
-// none, leaves the default.
-void ApplyPageLook(engine::Database& league, CExport& page);
+struct PageLook {
+  bool useBGImage = false;
+  std::string bgImage;
+  std::array<std::int32_t, 18> colors = kDefaultPageColors;
+  std::array<bool, 5> switches{};  // heading row, data rows, every second data row, border, background
+  std::array<std::int16_t, 3> layout = kDefaultLayout;
+  std::string font = kDefaultPageFont;
+  std::int16_t fontSize = 0;
+
+  bool operator==(const PageLook& other) const = default;
+};
+
+// The look that the league's settings describe. A setting that is missing, or a colour that is none, leaves
+// the default.
+PageLook ReadPageLook(engine::Database& league);
+
+// Stores a look in the league's settings: all of it or, with false, nothing.
+bool SavePageLook(engine::Database& league, const PageLook& look);
+
+// Gives a page its look.
+void ApplyPageLook(const PageLook& look, CExport& page);
 
 // The program's version as it shows it: "1.02.05".
 std::string ProductVersion();

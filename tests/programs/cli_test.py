@@ -267,6 +267,42 @@ class CliTest(unittest.TestCase):
         self.refused("export", self.league, "--race", 9, "-o", page, says="no race 9")
         self.refused("export", self.league, "--race", 1, "-o", self.path("no/folder.htm"), says="could not be written")
 
+    def test_look_columns_and_a_whole_site(self):
+        self.create()
+        cli("import", self.league, *SEASON[:3])
+        template = shutil.copy(os.path.join(os.path.dirname(PROGRAM), "Kirrelon.dat"), self.path("own.dat"))
+        own = ("--template", template)
+        cli("look", self.league, "--set", "heading=A <League>", "--set", "row-colors=on", "--set", "border=7",
+            "--set", "row-background=#AABBCC")
+        look = {row["Name"]: row["Value"] for row in rows("look", self.league)}
+        self.assertEqual((look["heading"], look["row-colors"], look["border"], look["row-background"], look["font"]),
+                         ("A <League>", "on", "7", "#AABBCC", "Times New Roman"))
+        self.refused("look", self.league, "--set", "border=250", says="border")
+        self.refused("look", self.league, "--set", "sparkle=on", says="sparkle")
+        cli("columns", "Point Standings", "--order", "Points,Driver", "--hide", "DNFs,Bonus", *own)
+        shown = [row["Column"] for row in rows("columns", "Point Standings", *own) if row["Shown"]]
+        self.assertEqual(shown[:3], ["Points", "Driver", "Interval"])
+        self.assertNotIn("DNFs", shown)
+        everything = ",".join(row["Column"] for row in rows("columns", "Wins", *own))
+        self.refused("columns", "Wins", "--hide", everything, *own, says="needs a column")
+        self.refused("columns", "Wins", "--hide", "Nothing", *own, says="no column 'Nothing'")
+
+        site = self.path("site")
+        cli("export", self.league, "--all", site, *own)
+        with open(os.path.join(site, "index.htm"), encoding="utf-8") as file:
+            index = file.read()
+        self.assertIn("A &lt;League>", index)
+        pages = {name for name in os.listdir(site) if name != "index.htm"}
+        self.assertEqual(len([name for name in pages if name.startswith("event-")]), 3)
+        for name in pages:
+            self.assertIn(f'href="{name}"', index)
+        with open(os.path.join(site, "point-standings.htm"), encoding="cp1252") as file:
+            page = file.read()
+        self.assertIn("border=7", page)
+        self.assertIn('bgcolor="#AABBCC"', page)
+        self.assertLess(page.index(">Points<"), page.index(">Driver<"))
+        self.refused("export", self.league, "--all", "/dev/null/site", says="cannot be made")
+
     # ---- editing
 
     def points(self):

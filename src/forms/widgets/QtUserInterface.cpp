@@ -7,8 +7,8 @@
 #include <QMessageBox>
 #include <QUrl>
 
-#include "forms/widgets/frmProgress.h"
 #include "forms/widgets/Text.h"
+#include "forms/widgets/frmProgress.h"
 
 namespace scorvane::forms {
 namespace {

@@ -69,6 +69,19 @@ struct ExportOptions {
   std::optional<std::string> caption;
 };
 void Export(const CommonOptions& common, const ExportOptions& options);
+// Every report that has rows, every race, and an index page that links them, into a folder.
+void ExportAll(const CommonOptions& common, const std::string& path, const std::string& folder);
+
+// Lists the league's page look, or changes it: NAME=VALUE.
+void Look(const CommonOptions& common, const std::string& path, const std::vector<std::string>& sets);
+
+struct ColumnOptions {
+  std::string report;
+  std::vector<std::string> order;  // headings; the others follow as they stand
+  std::vector<std::string> show;
+  std::vector<std::string> hide;
+};
+void Columns(const CommonOptions& common, const ColumnOptions& options);
 
 struct DriverOptions {
   std::string path;

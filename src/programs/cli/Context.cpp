@@ -8,7 +8,7 @@
 
 namespace scorvane::cli {
 
-Context::Context(const CommonOptions& options) {
+Context::Context(const CommonOptions& options, Access access) {
   engine.DefaultWorkspace().SetDecimalSeparator(options.decimal);
   state.decimalSeparator = options.decimal;
   const std::string path = options.templatePath.empty()
@@ -19,10 +19,9 @@ Context::Context(const CommonOptions& options) {
         "The template database '{}' is not there. It comes with the program; --template names another place.",
         path));
   }
-  // The command line only reads it, so several commands and the window can share it.
-  engine::OpenOptions readOnly;
-  readOnly.readOnly = true;
-  template_ = engine.DefaultWorkspace().OpenDatabase(path, readOnly);
+  engine::OpenOptions open;
+  open.readOnly = access == Access::ReadTemplate;
+  template_ = engine.DefaultWorkspace().OpenDatabase(path, open);
 }
 
 Context::Context(const CommonOptions& options, const std::string& leaguePath) : Context(options) {

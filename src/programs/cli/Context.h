@@ -15,8 +15,10 @@ namespace scorvane::cli {
 
 class Context {
  public:
+  // Most commands only read the template, so that several of them and the window can share it.
+  enum class Access { ReadTemplate, WriteTemplate };
   // Opens the template. Throws EngineError or CommandError.
-  explicit Context(const CommonOptions& options);
+  explicit Context(const CommonOptions& options, Access access = Access::ReadTemplate);
   // Opens the template and a league, to look at it or to change what is in it.
   Context(const CommonOptions& options, const std::string& leaguePath);
   // The same to import into it; `simFolder` stands in for the folders that the template knows unless it is

@@ -1,13 +1,11 @@
-// Commands that show what a league or the template holds, and write its pages.
+// Commands that show what a league or the template holds.
 #include <fmt/format.h>
 
-#include "common/SettingsStore.h"
 #include "engine/Names.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "programs/cli/ReportNames.h"
 #include "reports/DroppedRaces.h"
-#include "reports/Export.h"
-#include "reports/PageLook.h"
 #include "reports/Report.h"
 
 namespace scorvane::cli {
@@ -18,24 +16,10 @@ void PrintQuery(const CommonOptions& common, engine::Database& database, const s
   Print(TableOf(rows), common.format, common.decimal);
 }
 
-// The named report, or the first when no name is given.
-reports::ReportInfo NeedReport(engine::Database& templateDb, const std::string& name) {
-  const std::vector<reports::ReportInfo> all = reports::ListReports(templateDb);
-  if (all.empty()) throw CommandError("The template has no reports.");
-  if (name.empty()) return all.front();
-  std::string names;
-  for (const reports::ReportInfo& report : all) {
-    if (engine::SameName(report.name, name)) return report;
-    names += (names.empty() ? "" : ", ") + report.name;
-  }
-  throw CommandError(fmt::format("There is no report '{}'. The reports are: {}.", name, names));
-}
-
 OutputTable StandingsTable(const reports::ReportTable& report, char decimal) {
-  const bool numbered = true;
   OutputTable table;
   std::vector<std::size_t> shown;
-  if (numbered) table.columns.push_back({"Pos", true});
+  table.columns.push_back({"Pos", true});
   for (std::size_t c = 0; c < report.columns.size(); ++c) {
     if (report.columns[c].hidden) continue;
     shown.push_back(c);
@@ -56,6 +40,18 @@ OutputTable StandingsTable(const reports::ReportTable& report, char decimal) {
 }
 
 }  // namespace
+
+reports::ReportInfo NeedReport(engine::Database& templateDb, const std::string& name) {
+  const std::vector<reports::ReportInfo> all = reports::ListReports(templateDb);
+  if (all.empty()) throw CommandError("The template has no reports.");
+  if (name.empty()) return all.front();
+  std::string names;
+  for (const reports::ReportInfo& report : all) {
+    if (engine::SameName(report.name, name)) return report;
+    names += (names.empty() ? "" : ", ") + report.name;
+  }
+  throw CommandError(fmt::format("There is no report '{}'. The reports are: {}.", name, names));
+}
 
 void Races(const CommonOptions& common, const std::string& path) {
   Context context(common, path);
@@ -110,42 +106,6 @@ void Standings(const CommonOptions& common, const std::string& path, const std::
       break;
     }
   }
-}
-
-void Export(const CommonOptions& common, const ExportOptions& options) {
-  Context context(common, options.path);
-  engine::Database& league = context.League();
-  reports::CExport page(context.state);
-  page.Database(&league);
-  page.LGDatabase(&context.Template());
-  std::string name;
-  std::string caption;
-  if (options.raceId) {
-    const RaceFacts race = NeedRace(league, *options.raceId);
-    page.ExportType(1);
-    page.ReportID(*options.raceId);
-    name = race.name;
-    caption = fmt::format("{} miles - {} laps", race.length.ToText(common.decimal),
-                          race.laps.ToText(common.decimal));
-  } else {
-    const reports::ReportInfo info = NeedReport(context.Template(), options.report);
-    caption = reports::StandingsCaption(reports::MarkDroppedRaces(league, context.state.droppedRaces));
-    caption.pop_back();  // its colon
-    page.ExportType(0);
-    page.ReportID(info.id);
-    name = info.name;
-  }
-  const std::string heading = common::GetSettingValue(league, common::kPageHeading);
-  page.Title(options.heading.value_or(heading == common::kMissingSetting ? "" : heading));
-  page.ReportName(options.name.value_or(name));
-  page.Title2(options.caption.value_or(caption));
-  page.Footer(reports::StandingsFooter());
-  reports::ApplyPageLook(league, page);
-  if (!page.HTML(options.output))
-    throw CommandError(
-        fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
-                    options.output));
-  fmt::print("Wrote {}.\n", options.output);
 }
 
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement) {

@@ -1,0 +1,42 @@
+// The driver list: every driver of the league with the exclusion flag.
+#pragma once
+
+#include <QDialog>
+#include <QLabel>
+#include <array>
+#include <map>
+#include <vector>
+
+#include <QPushButton>
+
+#include "forms/FormContext.h"
+#include "forms/widgets/SelectionGrid.h"
+
+namespace scorvane::forms {
+
+class frmDriverList : public QDialog {
+ public:
+  explicit frmDriverList(FormContext& context, QWidget* parent = nullptr);
+
+ private:
+  void LoadDrivers();
+  void SortByColumn(int column);
+  void SetExclude(bool exclude);
+  void RemoveDrivers(bool ask);
+  void EditDriver(int row);
+  void AddDriver();
+  int FindDriverRow(std::int32_t id) const;
+  void RemoveExcludedResults();
+  void ShowCount();
+  void EnableDriverButtons(bool enabled);
+  std::vector<std::int32_t> SelectedIds() const;
+
+  FormContext& context_;
+  SelectionGrid* grid_;
+  QLabel* lblNumDrivers_;
+  std::map<int, QPushButton*> buttons_;
+  int count_ = 0;
+  std::array<bool, 2> ascending_ = {false, true};  // how each column was sorted last
+};
+
+}  // namespace scorvane::forms

@@ -1,0 +1,268 @@
+#include "forms/frmEditRace.h"
+
+#include <fmt/format.h>
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "common/Formats.h"
+#include "engine/Format.h"
+#include "forms/frmEditDriver2.h"
+#include "forms/widgets/ButtonRow.h"
+#include "forms/widgets/Guard.h"
+#include "forms/widgets/Text.h"
+#include "scoring/RaceScoring.h"
+
+namespace scorvane::forms {
+namespace {
+
+enum Button { kClose, kEdit, kRemove, kAdd, kRecalc };
+enum Column {
+  kFinish,
+  kStart,
+  kDriver,
+  kLaps,
+  kLed,
+  kPoints,
+  kBonus,
+  kAvgSpeed,
+  kQualify,
+  kReason,
+  kColumns
+};
+
+}  // namespace
+
+frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* parent)
+    : QDialog(parent),
+      context_(context),
+      race_(race),
+      header_(scoring::ReadRaceHeader(context.session.League(), context.state, race)),
+      averageSpeed_(scoring::ShowsAverageSpeed(context.state)) {
+  setObjectName(QStringLiteral("frmEditRace"));
+  setWindowTitle(tr("Race Results - ") + Q(header_.fileName));
+  auto* layout = new QVBoxLayout(this);
+  auto* head = new QGridLayout;
+  ShowHeader(head);
+  layout->addLayout(head);
+  grid_ = new SelectionGrid(QStringLiteral("fgDrivers"), this);
+  grid_->setAccessibleName(tr("Results of the race"));
+  grid_->SetColumns(
+      {{tr("Finish"), 750, Qt::AlignHCenter},
+       {tr("Start"), 700, Qt::AlignHCenter},
+       {tr("Driver"), 2400, Qt::AlignLeft},
+       {tr("Laps"), 650, Qt::AlignHCenter},
+       {tr("Led"), 600, Qt::AlignHCenter},
+       {tr("Points"), 800, Qt::AlignHCenter},
+       {tr("Bonus"), 800, Qt::AlignHCenter},
+       {averageSpeed_ ? tr("Avg Speed") : QString(), averageSpeed_ ? 1200 : 0, Qt::AlignHCenter},
+       {tr("Qualify"), 1000, Qt::AlignHCenter},
+       {tr("Reason Out"), 1400, Qt::AlignLeft}});
+  int width = 40;
+  for (int c = 0; c < kColumns; ++c) width += grid_->isColumnHidden(c) ? 0 : grid_->columnWidth(c);
+  resize(width, grid_->fontMetrics().height() * 36);
+  layout->addWidget(grid_, 1);
+  buttons_ = AddButtons(layout, this,
+                        {{kEdit, tr("&Edit"), tr("Edit this driver's results")},
+                         {kRemove, tr("&Remove"), tr("Remove this driver's results")},
+                         {kAdd, tr("&Add"), tr("Add a new driver's results")},
+                         {kRecalc, tr("Re&calc"), tr("Recalculate points and bonuses")},
+                         {kClose, tr("Close"), tr("Close this dialog")}});
+  connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
+  connect(buttons_[kEdit], &QPushButton::clicked, this, [this] { EditResult(grid_->CurrentRow()); });
+  connect(buttons_[kRemove], &QPushButton::clicked, this, &frmEditRace::RemoveResults);
+  connect(buttons_[kAdd], &QPushButton::clicked, this, &frmEditRace::AddResult);
+  connect(buttons_[kRecalc], &QPushButton::clicked, this, &frmEditRace::Recalculate);
+  connect(grid_, &SelectionGrid::SelectionChanged, this, &frmEditRace::SelectionChanged);
+  connect(grid_, &SelectionGrid::InsertPressed, this, &frmEditRace::AddResult);
+  connect(grid_, &SelectionGrid::DeletePressed, this, &frmEditRace::RemoveResults);
+  connect(grid_, &SelectionGrid::EnterPressed, this, [this] {
+    if (grid_->OneRowSelected()) EditResult(grid_->CurrentRow());
+  });
+  connect(grid_, &SelectionGrid::RowDoubleClicked, this, &frmEditRace::EditResult);
+  FillGrid();
+  grid_->setFocus();
+}
+
+void frmEditRace::ShowHeader(QGridLayout* layout) {
+  const char decimal = context_.state.decimalSeparator;
+  const bool times = context_.state.lapReportingMethod == common::kLapTime;
+  const std::string length = engine::FormatValue(engine::Value(header_.length), "0.000", decimal);
+  const std::string miles = engine::Value(static_cast<float>(header_.laps) * header_.length).ToText(decimal);
+  const std::pair<QString, std::string> lines[] = {
+      {tr("Track:"), header_.name},
+      {tr("Track Length:"), length + " miles"},
+      {tr("Laps:"), fmt::format("{} ({} miles)", header_.laps, miles)},
+      {tr("Weather:"), header_.weather},
+      {tr("Qualifying shown as:"), times ? "Time" : "Speed"},
+      {tr("Race Time:"), header_.raceTime},
+      {tr("Average Speed:"), header_.avgSpeed},
+      {tr("Margin of Victory:"), header_.victoryMargin},
+      {tr("Cautions:"), header_.cautions},
+      {tr("Lead Changes:"), header_.leadChanges}};
+  constexpr int kLines = 5;
+  int place = 0;
+  for (const auto& [caption, text] : lines) {
+    auto* value = new QLabel(this);
+    value->setTextFormat(Qt::PlainText);
+    value->setText(Q(text));
+    value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    if (place == kLines - 1) {
+      // Which of the two it is decides how the column is read, so it stands out.
+      const QColor paper = palette().color(QPalette::ToolTipBase);
+      QPalette colors = value->palette();
+      colors.setColor(QPalette::Window, times ? QColor(Qt::black) : paper);
+      colors.setColor(QPalette::WindowText,
+                      times ? paper : QColor(paper.lightness() < 128 ? Qt::white : Qt::black));
+      value->setPalette(colors);
+      value->setAutoFillBackground(true);
+      value->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    }
+    auto* label = new QLabel(caption, this);
+    const int column = place / kLines * 2;
+    layout->addWidget(label, place % kLines, column);
+    layout->addWidget(value, place % kLines, column + 1);
+    ++place;
+  }
+  layout->setColumnStretch(1, 3);
+  layout->setColumnStretch(3, 2);
+  layout->setHorizontalSpacing(12);
+}
+
+QString frmEditRace::Speed(const engine::Value& speed) const {
+  // A stored average speed is a text; what is no number is shown as it is.
+  double number = 0;
+  if (speed.IsText() && !engine::ParseNumber(speed.Text(), context_.state.decimalSeparator, number))
+    return Q(speed.Text());
+  const engine::Value value = speed.IsText() ? engine::Value(static_cast<float>(number)) : speed;
+  return Q(common::FormatQualifying(value, header_.length, context_.state.lapReportingMethod,
+                                    context_.state.decimalSeparator));
+}
+
+void frmEditRace::ShowResult(int row, const scoring::RaceResult& result) {
+  auto text = [&](const engine::Value& value) { return Q(value.ToText(context_.state.decimalSeparator)); };
+  const bool oldSimulation = context_.state.simType <= common::kNascarRacing2;
+  const QStringList cells = {text(result.finish),      text(result.start),
+                             Q(result.driver),         text(result.lapsRun),
+                             text(result.lapsLed),     text(result.points),
+                             text(result.bonus),       oldSimulation ? Speed(result.avgSpeed) : QString(),
+                             Speed(result.qualifying), Q(result.status)};
+  for (int c = 0; c < kColumns; ++c) {
+    grid_->SetCell(row, c, cells[c]);
+    if (result.excluded)
+      grid_->item(row, c)->setForeground(palette().brush(QPalette::Disabled, QPalette::Text));
+  }
+  grid_->SetRowData(row, result.id);
+}
+
+void frmEditRace::FillGrid() {
+  const std::vector<scoring::RaceResult> results = scoring::ReadRaceResults(context_.session.League(), race_);
+  {
+    const QSignalBlocker quiet(grid_);
+    grid_->setUpdatesEnabled(false);
+    grid_->ClearRows();
+    for (const scoring::RaceResult& result : results) {
+      grid_->AddRow({});
+      ShowResult(grid_->rowCount() - 1, result);
+    }
+    if (results.empty()) grid_->AddRow({});
+    grid_->setUpdatesEnabled(true);
+  }
+  buttons_[kRemove]->setEnabled(!results.empty());
+  grid_->SelectRows(0, 0);
+  SelectionChanged();
+}
+
+void frmEditRace::SelectionChanged() {
+  buttons_[kEdit]->setEnabled(HasResults() && grid_->OneRowSelected());
+}
+
+void frmEditRace::AddResult() {
+  frmEditDriver2 dialog(context_, this);
+  dialog.setWindowTitle(tr("Add Driver Race Result"));
+  scoring::ResultEntry entry;
+  if (!averageSpeed_) entry.fields[scoring::ResultEntry::kAvgSpeed] = "0";
+  dialog.Entry(entry);
+  std::int32_t added = 0;
+  dialog.OnSave([&](const scoring::ResultEntry& typed) {
+    return Guarded(context_.ui, [&] {
+      added = scoring::AddResult(context_.session.League(), context_.state, race_, typed, header_.length);
+    });
+  });
+  dialog.exec();
+  if (dialog.Cancelled()) return;
+  Guarded(context_.ui, [&] {
+    // The new result stands at the end until the race is opened again or recalculated.
+    for (const scoring::RaceResult& result : scoring::ReadRaceResults(context_.session.League(), race_)) {
+      if (result.id != added) continue;
+      if (HasResults()) grid_->AddRow({});
+      ShowResult(grid_->rowCount() - 1, result);
+    }
+  });
+  grid_->SelectRows(grid_->rowCount() - 1, grid_->rowCount() - 1);
+  grid_->scrollToBottom();
+  buttons_[kRemove]->setEnabled(true);
+  SelectionChanged();
+}
+
+void frmEditRace::EditResult(int row) {
+  const std::int32_t id = row < 0 ? 0 : grid_->RowData(row);
+  if (id == 0) return;
+  Guarded(context_.ui, [&] {
+    engine::Database& league = context_.session.League();
+    frmEditDriver2 dialog(context_, this);
+    dialog.setWindowTitle(tr("Edit Driver Race Result"));
+    dialog.Entry(scoring::ReadResultEntry(league, context_.state, race_, id, header_.length));
+    dialog.OnSave([&](const scoring::ResultEntry& typed) {
+      return Guarded(context_.ui, [&] {
+        scoring::UpdateResult(league, context_.state, race_, id, typed, header_.length);
+      });
+    });
+    dialog.exec();
+    if (dialog.Cancelled()) return;
+    for (const scoring::RaceResult& result : scoring::ReadRaceResults(league, race_))
+      if (result.id == id) ShowResult(row, result);
+  });
+}
+
+void frmEditRace::RemoveResults() {
+  if (!HasResults()) return;
+  const int first = grid_->FirstSelected();
+  Guarded(context_.ui, [&] {
+    std::vector<std::int32_t> ids;
+    for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));
+    scoring::RemoveResults(context_.session.League(), race_, ids);
+    for (int row = grid_->LastSelected(); row >= first; --row) {
+      if (grid_->rowCount() > 1) {
+        grid_->removeRow(row);
+        continue;
+      }
+      for (int c = 0; c < kColumns; ++c) grid_->SetCell(row, c, {});
+      grid_->SetRowData(row, 0);
+      buttons_[kRemove]->setEnabled(false);
+    }
+  });
+  grid_->SelectRows(first, first);
+  SelectionChanged();
+}
+
+void frmEditRace::Recalculate() {
+  const common::Message warning{
+      "Recalculating this race will calculate points according to the currently selected\r\n"
+      "point and bonus system.  Any point or bonus changes you've make to this race\r\n"
+      "will be lost.  Also, any gaps in finishing position will be eliminated.\r\n"
+      "Do you want to continue?",
+      "Warning", common::MessageIcon::Exclamation};
+  if (context_.ui.Ask(warning, common::Buttons::YesNo) != common::Answer::Yes) return;
+  Guarded(context_.ui, [&] {
+    {
+      const WaitCursor wait;
+      scoring::RecalculateRace(context_.templateDb, context_.session.League(), context_.state, race_.id,
+                               race_.staged);
+    }
+    FillGrid();
+  });
+}
+
+}  // namespace scorvane::forms

@@ -1,0 +1,41 @@
+// The race results editor, for a race of the league or one that is being imported.
+#pragma once
+
+#include <QDialog>
+#include <QGridLayout>
+#include <map>
+#include <vector>
+
+#include <QPushButton>
+
+#include "forms/FormContext.h"
+#include "forms/widgets/SelectionGrid.h"
+#include "scoring/RaceResults.h"
+
+namespace scorvane::forms {
+
+class frmEditRace : public QDialog {
+ public:
+  frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* parent = nullptr);
+
+ private:
+  void ShowHeader(QGridLayout* layout);
+  void FillGrid();
+  void ShowResult(int row, const scoring::RaceResult& result);
+  void SelectionChanged();
+  void AddResult();
+  void EditResult(int row);
+  void RemoveResults();
+  void Recalculate();
+  bool HasResults() const { return grid_->RowData(0) != 0; }
+  QString Speed(const engine::Value& speed) const;
+
+  FormContext& context_;
+  scoring::RaceKey race_;
+  scoring::RaceHeader header_;
+  bool averageSpeed_;
+  SelectionGrid* grid_;
+  std::map<int, QPushButton*> buttons_;
+};
+
+}  // namespace scorvane::forms

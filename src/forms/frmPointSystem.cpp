@@ -1,0 +1,275 @@
+#include "forms/frmPointSystem.h"
+
+#include <QButtonGroup>
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "forms/widgets/ButtonRow.h"
+#include "forms/widgets/Guard.h"
+#include "forms/widgets/Text.h"
+
+namespace scorvane::forms {
+namespace {
+
+constexpr int kPointsColumn = 1;
+constexpr int kPrizeColumn = 2;
+constexpr int kPointDigits = 3;
+constexpr int kPrizeDigits = 9;
+constexpr int kMostPositions = 999;
+constexpr int kBonusColumns = 3;
+
+QString CellText(const std::optional<std::int32_t>& value) {
+  return value ? QString::number(*value) : QString();
+}
+
+}  // namespace
+
+frmPointSystem::frmPointSystem(FormContext& context, QWidget* parent)
+    : QDialog(parent), context_(context), edit_(scoring::ReadPointSystem(context.session.League())) {
+  setObjectName(QStringLiteral("frmPointSystem"));
+  setWindowTitle(tr("Point System"));
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(BuildPositions(), 1);
+  layout->addWidget(BuildBonuses());
+  const auto buttons = AddButtons(layout, this, {{1, tr("Save")}, {0, tr("Cancel")}});
+  save_ = buttons.at(1);
+  save_->setEnabled(false);
+  connect(save_, &QPushButton::clicked, this, [this] {
+    if (Save()) accept();
+  });
+  connect(buttons.at(0), &QPushButton::clicked, this, &frmPointSystem::reject);
+  Load();
+}
+
+QWidget* frmPointSystem::BuildPositions() {
+  auto* frame = new QGroupBox(tr("Positions:"), this);
+  frame->setObjectName(QStringLiteral("fraPoints_0"));
+  chkUsePositions_ = new QCheckBox(tr("Use custom points for positions"), frame);
+  chkUsePositions_->setObjectName(QStringLiteral("chkUsePositions"));
+  fgPoints_ = new SelectionGrid(QStringLiteral("fgPoints"), frame);
+  fgPoints_->setAccessibleName(tr("Points by position"));
+  fgPoints_->SetColumns({{tr("Pos"), 600, Qt::AlignHCenter},
+                         {tr("Points"), 950, Qt::AlignHCenter},
+                         {tr("Prize Money"), 1450, Qt::AlignHCenter}});
+  fgPoints_->setMinimumWidth(fgPoints_->columnWidth(0) + fgPoints_->columnWidth(1) +
+                             fgPoints_->columnWidth(2) + 36);
+  fgPoints_->setMinimumHeight(fgPoints_->fontMetrics().height() * 12);
+
+  static constexpr const char* kLabels[] = {"Total Positions:", "Fill positions", "through",
+                                            "with an initial value of", "and an interval of"};
+  auto* tool = new QGridLayout;
+  int line = 0;
+  for (std::size_t i = 0; i < txtPoints_.size(); ++i) {
+    auto* box = new EntryBox(QStringLiteral("txtPoints_%1").arg(i), EntryBox::Digits(), frame);
+    box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000000000")));
+    box->setMaxLength(kPointDigits);
+    auto* label = new QLabel(QString::fromLatin1(kLabels[i]), frame);
+    label->setBuddy(box);
+    box->setAccessibleName(label->text());
+    tool->addWidget(label, line, 0);
+    tool->addWidget(box, line++, 1);
+    txtPoints_[i] = box;
+    positionControls_.insert(positionControls_.end(), {label, box});
+    connect(box, &EntryBox::Left, this, [this, i] { LeaveBox(static_cast<Box>(i)); });
+    if (i == kTotal) tool->setRowMinimumHeight(line++, 10);
+  }
+  connect(txtPoints_[kTotal], &QLineEdit::textEdited, this, &frmPointSystem::MarkDirty);
+  auto* label = new QLabel(tr("Column to fill:"), frame);
+  tool->addWidget(label, line, 0);
+  auto* group = new QButtonGroup(frame);
+  auto* options = new QVBoxLayout;
+  static constexpr const char* kColumns[] = {"Points", "Prize Money"};
+  for (std::size_t i = 0; i < optPoints_.size(); ++i) {
+    optPoints_[i] = new QRadioButton(QString::fromLatin1(kColumns[i]), frame);
+    optPoints_[i]->setObjectName(QStringLiteral("optPoints_%1").arg(i));
+    group->addButton(optPoints_[i]);
+    options->addWidget(optPoints_[i]);
+    connect(optPoints_[i], &QRadioButton::clicked, this, &frmPointSystem::ColumnChosen);
+  }
+  optPoints_[0]->setChecked(true);
+  tool->addLayout(options, line++, 1);
+  auto* fill = new QPushButton(tr("Fill"), frame);
+  fill->setObjectName(QStringLiteral("cmdFill"));
+  fill->setAutoDefault(false);
+  connect(fill, &QPushButton::clicked, this, &frmPointSystem::Fill);
+  tool->addWidget(fill, line++, 1);
+  tool->setRowStretch(line, 1);
+  positionControls_.insert(positionControls_.end(), {label, optPoints_[0], optPoints_[1], fill});
+
+  auto* layout = new QGridLayout(frame);
+  layout->addWidget(chkUsePositions_, 0, 0, 1, 2);
+  layout->addWidget(fgPoints_, 1, 0);
+  layout->addLayout(tool, 1, 1);
+  layout->setColumnStretch(0, 1);
+  connect(fgPoints_, &SelectionGrid::SelectionChanged, this, &frmPointSystem::SelectionChanged);
+  connect(chkUsePositions_, &QCheckBox::toggled, this, [this] {
+    EnableFrames();
+    MarkDirty();
+  });
+  return frame;
+}
+
+QWidget* frmPointSystem::BuildBonuses() {
+  auto* frame = new QGroupBox(tr("Bonus Points:"), this);
+  frame->setObjectName(QStringLiteral("fraPoints_1"));
+  chkUseBonus_ = new QCheckBox(tr("Use custom bonus points"), frame);
+  chkUseBonus_->setObjectName(QStringLiteral("chkUseBonus"));
+  auto* pairs = new QWidget(frame);
+  auto* grid = new QGridLayout(pairs);
+  grid->setContentsMargins(0, 0, 0, 0);
+  // Down first, as the rules are numbered, then on to the right.
+  const int lines = (static_cast<int>(edit_.bonuses.size()) + kBonusColumns - 1) / kBonusColumns;
+  int place = 0;
+  for (const scoring::BonusPoints& bonus : edit_.bonuses) {
+    auto* box = new EntryBox(QStringLiteral("txtBonus_%1").arg(bonus.id - 1), EntryBox::Digits(), pairs);
+    box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")));
+    box->setMaxLength(kPointDigits + 1);
+    auto* label = new QLabel(pairs);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(Q(bonus.name) + QLatin1Char(':'));
+    label->setObjectName(QStringLiteral("lblBonus_%1").arg(bonus.id - 1));
+    box->setAccessibleName(label->text());
+    const int column = place / std::max(lines, 1) * 2;
+    grid->addWidget(label, place % std::max(lines, 1), column, Qt::AlignRight);
+    grid->addWidget(box, place % std::max(lines, 1), column + 1);
+    ++place;
+    connect(box, &QLineEdit::textChanged, this, [this] { MarkDirty(); });
+    txtBonus_.push_back(box);
+    bonusControls_.insert(bonusControls_.end(), {label, box});
+  }
+  grid->setColumnStretch(kBonusColumns * 2, 1);
+  auto* layout = new QVBoxLayout(frame);
+  layout->addWidget(chkUseBonus_);
+  layout->addWidget(pairs);
+  connect(chkUseBonus_, &QCheckBox::toggled, this, [this] {
+    EnableFrames();
+    MarkDirty();
+  });
+  return frame;
+}
+
+void frmPointSystem::Load() {
+  loading_ = true;
+  ShowPositions();
+  txtPoints_[kTotal]->setText(QString::number(edit_.positions.size()));
+  for (std::size_t i = 0; i < txtBonus_.size(); ++i)
+    txtBonus_[i]->setText(QString::number(edit_.bonuses[i].points));
+  chkUsePositions_->setChecked(edit_.usePositions);
+  chkUseBonus_->setChecked(edit_.useBonus);
+  EnableFrames();
+  fgPoints_->SelectRows(0, 0);
+  ColumnChosen();
+  loading_ = false;
+}
+
+void frmPointSystem::ShowPositions() {
+  const auto rows = static_cast<int>(edit_.positions.size());
+  while (fgPoints_->rowCount() > rows) fgPoints_->removeRow(fgPoints_->rowCount() - 1);
+  for (int row = 0; row < rows; ++row) {
+    const scoring::PositionPoints& position = edit_.positions[static_cast<std::size_t>(row)];
+    if (row == fgPoints_->rowCount()) fgPoints_->AddRow({});
+    fgPoints_->SetCell(row, 0, QString::number(row + 1));
+    fgPoints_->SetCell(row, kPointsColumn, CellText(position.points));
+    fgPoints_->SetCell(row, kPrizeColumn, CellText(position.prizeMoney));
+  }
+}
+
+void frmPointSystem::EnableFrames() {
+  for (QWidget* control : positionControls_) control->setEnabled(chkUsePositions_->isChecked());
+  for (QWidget* control : bonusControls_) control->setEnabled(chkUseBonus_->isChecked());
+}
+
+void frmPointSystem::MarkDirty() {
+  if (loading_) return;
+  dirty_ = true;
+  save_->setEnabled(true);
+}
+
+void frmPointSystem::SelectionChanged() {
+  const int first = fgPoints_->FirstSelected();
+  const int last = fgPoints_->LastSelected();
+  if (first < 0) return;
+  const int column = FillsPrizeMoney() ? kPrizeColumn : kPointsColumn;
+  const QString value = fgPoints_->Cell(first, column);
+  txtPoints_[kFrom]->setText(QString::number(first + 1));
+  txtPoints_[kThrough]->setText(QString::number(last + 1));
+  txtPoints_[kInitial]->setText(value);
+  const int step = last > first ? value.toInt() - fgPoints_->Cell(first + 1, column).toInt() : 0;
+  txtPoints_[kInterval]->setText(step > 0 ? QString::number(step) : QString());
+}
+
+void frmPointSystem::ColumnChosen() {
+  for (const Box box : {kInitial, kInterval})
+    txtPoints_[box]->setMaxLength(FillsPrizeMoney() ? kPrizeDigits : kPointDigits);
+  SelectionChanged();
+}
+
+int frmPointSystem::Whole(Box box) const {
+  return txtPoints_[box]->text().toInt();
+}
+
+void frmPointSystem::LeaveBox(Box box) {
+  int value = Whole(box);
+  if (box == kTotal || box == kFrom || box == kThrough) value = std::clamp(value, 1, kMostPositions);
+  txtPoints_[box]->setText(QString::number(value));
+  if (box != kTotal) return;
+  edit_.positions.resize(static_cast<std::size_t>(value));
+  ShowPositions();
+}
+
+void frmPointSystem::Fill() {
+  scoring::FillPositions(edit_,
+                         FillsPrizeMoney() ? scoring::FillColumn::PrizeMoney : scoring::FillColumn::Points,
+                         Whole(kFrom), Whole(kThrough), Whole(kInitial), Whole(kInterval));
+  ShowPositions();
+  MarkDirty();
+}
+
+scoring::PointSystemEdit frmPointSystem::Edited() const {
+  scoring::PointSystemEdit edited = edit_;
+  edited.usePositions = chkUsePositions_->isChecked();
+  edited.useBonus = chkUseBonus_->isChecked();
+  for (std::size_t i = 0; i < txtBonus_.size(); ++i) edited.bonuses[i].points = txtBonus_[i]->text().toInt();
+  return edited;
+}
+
+bool frmPointSystem::Save() {
+  // An error leaves the dialog open, with what was typed.
+  return Guarded(context_.ui, [&] {
+    const WaitCursor wait;
+    scoring::SavePointSystem(context_.session.League(), Edited());
+    context_.state.useCustomPointSystem = chkUsePositions_->isChecked();
+    context_.state.useCustomBonusSystem = chkUseBonus_->isChecked();
+    dirty_ = false;
+  });
+}
+
+bool frmPointSystem::MayDiscard() {
+  if (!dirty_) return true;
+  switch (context_.ui.Ask(
+      {"Do you want to save the changes you've made?", "Unsaved Changes", common::MessageIcon::Question},
+      common::Buttons::YesNoCancel)) {
+    case common::Answer::Yes:
+      return Save();
+    case common::Answer::No:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void frmPointSystem::reject() {
+  if (MayDiscard()) QDialog::reject();
+}
+
+void frmPointSystem::closeEvent(QCloseEvent* event) {
+  // The close box comes through here, and from here into reject, which asks.
+  event->ignore();
+  reject();
+}
+
+}  // namespace scorvane::forms

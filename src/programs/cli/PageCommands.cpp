@@ -1,0 +1,335 @@
+// Commands that write a league's pages and decide how they look.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+#include "common/Formats.h"
+#include "common/Paths.h"
+#include "engine/Names.h"
+#include "programs/cli/Commands.h"
+#include "programs/cli/Context.h"
+#include "programs/cli/ReportNames.h"
+#include "reports/Columns.h"
+#include "reports/DroppedRaces.h"
+#include "reports/PageExport.h"
+#include "reports/Report.h"
+
+namespace scorvane::cli {
+namespace {
+
+std::string StandingsPageCaption(Context& context) {
+  std::string caption =
+      reports::StandingsCaption(reports::MarkDroppedRaces(context.League(), context.state.droppedRaces));
+  caption.pop_back();  // its colon
+  return caption;
+}
+
+// A file name that every web server takes: small letters, digits and hyphens.
+std::string FileNameFor(const std::string& name) {
+  std::string file;
+  for (const char c : name) {
+    const char small = engine::LowerAscii(c);
+    const bool plain = (small >= 'a' && small <= 'z') || (small >= '0' && small <= '9');
+    if (plain) {
+      file += small;
+    } else if (!file.empty() && file.back() != '-') {
+      file += '-';
+    }
+  }
+  while (!file.empty() && file.back() == '-') file.pop_back();
+  return file.empty() ? "page" : file;
+}
+
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    if (c == '&') {
+      escaped += "&amp;";
+    } else if (c == '<') {
+      escaped += "&lt;";
+    } else if (c == '"') {
+      escaped += "&quot;";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+struct Link {
+  std::string file;
+  std::string text;
+  std::string note;
+};
+
+std::string LinkList(const std::vector<Link>& links) {
+  std::string html;
+  for (const Link& link : links) {
+    html += fmt::format("<li><a href=\"{}\">{}</a>{}</li>\n", link.file, Escaped(link.text),
+                        link.note.empty() ? "" : " <small>" + Escaped(link.note) + "</small>");
+  }
+  return html;
+}
+
+std::string IndexPage(const std::string& heading, const std::string& caption,
+                      const std::vector<Link>& reports, const std::vector<Link>& races) {
+  return fmt::format(
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width, "
+      "initial-scale=1\">\n<title>{0}</title>\n<style>\n"
+      ":root {{ color-scheme: light dark; }}\n"
+      "body {{ font: 16px/1.5 system-ui, sans-serif; max-width: 46rem; margin: 2rem auto; padding: 0 1rem; "
+      "}}\n"
+      "h1 {{ margin-bottom: 0; }} p {{ margin-top: 0; opacity: .75; }} small {{ opacity: .75; }}\n"
+      "ul, ol {{ columns: 18rem auto; }} li {{ break-inside: avoid; }}\n"
+      "</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{1}</p>\n<h2>Standings</h2>\n<ul>\n{2}</ul>\n"
+      "<h2>Races</h2>\n<ol>\n{3}</ol>\n{4}\n</body>\n</html>\n",
+      Escaped(heading), Escaped(caption), LinkList(reports), LinkList(races), reports::StandingsFooter());
+}
+
+}  // namespace
+
+void Export(const CommonOptions& common, const ExportOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  reports::PageSubject subject;
+  reports::PageTexts texts;
+  if (options.raceId) {
+    NeedRace(league, *options.raceId);
+    subject = {reports::PageSubject::kRace, *options.raceId};
+    texts = reports::RacePageTexts(league, *options.raceId, common.decimal);
+  } else {
+    const reports::ReportInfo info = NeedReport(context.Template(), options.report);
+    subject = {reports::PageSubject::kReport, info.id};
+    texts = reports::StoredPageTexts(league);
+    texts.caption = StandingsPageCaption(context);
+    texts.reportName = info.name;
+  }
+  texts.heading = options.heading.value_or(texts.heading);
+  texts.reportName = options.name.value_or(texts.reportName);
+  texts.caption = options.caption.value_or(texts.caption);
+  if (!reports::WritePage(league, context.Template(), context.state, subject, texts,
+                          reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
+    throw CommandError(
+        fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
+                    options.output));
+  }
+  fmt::print("Wrote {}.\n", options.output);
+}
+
+void ExportAll(const CommonOptions& common, const std::string& path, const std::string& folder) {
+  Context context(common, path);
+  engine::Database& league = context.League();
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (!std::filesystem::is_directory(folder, error))
+    throw CommandError(fmt::format("The folder '{}' cannot be made.", folder));
+  const reports::PageLook look = reports::ReadPageLook(league);
+  const std::string footer = reports::StandingsFooter();
+  reports::PageTexts texts = reports::StoredPageTexts(league);
+  const std::string caption = StandingsPageCaption(context);
+  auto write = [&](const reports::PageSubject& subject, const reports::PageTexts& pageTexts,
+                   const std::string& file) {
+    const std::string target = common::JoinPath(folder, file);
+    if (!reports::WritePage(league, context.Template(), context.state, subject, pageTexts, look, footer,
+                            target))
+      throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written.", target));
+  };
+
+  std::vector<Link> reportLinks;
+  for (const reports::ReportInfo& info : reports::ListReports(context.Template())) {
+    // A report with nothing to show, as Rookie Standings in most leagues, has no page.
+    const auto report = reports::RunReport(league, context.Template(), info.id);
+    if (!report || report->rows.empty()) continue;
+    texts.reportName = info.name;
+    texts.caption = caption;
+    const std::string file = FileNameFor(info.name) + ".htm";
+    write({reports::PageSubject::kReport, info.id}, texts, file);
+    reportLinks.push_back({file, info.name, ""});
+  }
+  std::vector<Link> raceLinks;
+  auto races = league.OpenRecordset("SELECT RaceID FROM Race");
+  const auto progress = context.ui.StartProgress("Writing pages", static_cast<int>(races.RecordCount()));
+  for (int done = 0; !races.AtEnd(); races.MoveNext()) {
+    const std::int32_t id = races.At(0).ToLong();
+    const auto results =
+        league.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}", id));
+    progress->SetValue(++done);
+    if (results.At(0).ToLong() == 0) continue;
+    const reports::PageTexts raceTexts = reports::RacePageTexts(league, id, common.decimal);
+    const std::string file = fmt::format("event-{:02}-{}.htm", done, FileNameFor(raceTexts.reportName));
+    write({reports::PageSubject::kRace, id}, raceTexts, file);
+    raceLinks.push_back({file, raceTexts.reportName, raceTexts.caption});
+  }
+  std::ofstream index(common::JoinPath(folder, "index.htm"), std::ios::binary);
+  index << IndexPage(texts.heading, caption, reportLinks, raceLinks);
+  index.close();
+  if (!index)
+    throw CommandError(fmt::format("'{}' could not be written.", common::JoinPath(folder, "index.htm")));
+  fmt::print("Wrote {} report pages, {} race pages and index.htm into {}.\n", reportLinks.size(),
+             raceLinks.size(), folder);
+}
+
+// ---- the look
+
+namespace {
+
+// #RRGGBB, as pages have it.
+std::optional<std::int32_t> ColorFromHex(std::string text) {
+  if (!text.empty() && text[0] == '#') text.erase(0, 1);
+  std::uint32_t rgb = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rgb, 16);
+  if (error != std::errc() || end != text.data() + text.size() || text.size() != 6) return std::nullopt;
+  return static_cast<std::int32_t>((rgb & 0xFFU) << 16U | (rgb & 0xFF00U) | rgb >> 16U);
+}
+
+// A part of the look under its readable name.
+struct LookItem {
+  std::string name;
+  std::function<std::string()> read;
+  std::function<bool(const std::string&)> write;  // false: not a value of this kind
+};
+
+std::vector<LookItem> LookItems(reports::PageTexts& texts, reports::PageLook& look) {
+  std::vector<LookItem> items;
+  auto text = [&items](const char* name, std::string& target) {
+    items.push_back({name, [&target] { return target; },
+                     [&target](const std::string& value) {
+                       target = value;
+                       return true;
+                     }});
+  };
+  auto flag = [&items](const char* name, bool& target) {
+    items.push_back({name, [&target] { return target ? "on" : "off"; },
+                     [&target](const std::string& value) {
+                       if (value != "on" && value != "off") return false;
+                       target = value == "on";
+                       return true;
+                     }});
+  };
+  auto number = [&items](const char* name, std::int16_t& target, int most) {
+    items.push_back(
+        {name, [&target] { return std::to_string(target); },
+         [&target, most](const std::string& value) {
+           std::int16_t parsed = 0;
+           const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), parsed);
+           if (error != std::errc() || end != value.data() + value.size() || parsed < 0 || parsed > most)
+             return false;
+           target = parsed;
+           return true;
+         }});
+  };
+  auto color = [&items](const char* name, std::int32_t& target) {
+    items.push_back({name, [&target] { return "#" + common::ColorToHTML(target); },
+                     [&target](const std::string& value) {
+                       const auto parsed = ColorFromHex(value);
+                       if (parsed) target = *parsed;
+                       return parsed.has_value();
+                     }});
+  };
+  text("heading", texts.heading);
+  text("report-name", texts.reportName);
+  text("caption", texts.caption);
+  text("font", look.font);
+  number("font-size", look.fontSize, 7);
+  flag("background-image", look.useBGImage);
+  text("background-image-path", look.bgImage);
+  static constexpr const char* kColors[] = {"background",
+                                            "text",
+                                            "link",
+                                            "visited-link",
+                                            "active-link",
+                                            "heading-color",
+                                            "report-name-color",
+                                            "caption-color",
+                                            "header-text",
+                                            "header-background",
+                                            "row-text",
+                                            "row-background",
+                                            "alternate-text",
+                                            "alternate-background",
+                                            "border-light",
+                                            "border-dark",
+                                            "table-background"};
+  for (std::size_t i = 0; i < std::size(kColors); ++i) color(kColors[i], look.colors[i]);
+  static constexpr const char* kSwitches[] = {"header-colors", "row-colors", "alternate-rows",
+                                              "border-colors", "table-background-color"};
+  for (std::size_t i = 0; i < std::size(kSwitches); ++i) flag(kSwitches[i], look.switches[i]);
+  static constexpr const char* kLayout[] = {"border", "cell-padding", "cell-spacing"};
+  for (std::size_t i = 0; i < std::size(kLayout); ++i) number(kLayout[i], look.layout[i], 100);
+  return items;
+}
+
+}  // namespace
+
+void Look(const CommonOptions& common, const std::string& path, const std::vector<std::string>& sets) {
+  Context context(common, path);
+  engine::Database& league = context.League();
+  reports::PageTexts texts = reports::StoredPageTexts(league);
+  reports::PageLook look = reports::ReadPageLook(league);
+  const std::vector<LookItem> items = LookItems(texts, look);
+  for (const std::string& set : sets) {
+    const std::size_t equals = set.find('=');
+    const auto item = std::find_if(items.begin(), items.end(), [&](const LookItem& known) {
+      return known.name == set.substr(0, equals);
+    });
+    if (equals == std::string::npos || item == items.end())
+      throw CommandError(fmt::format("--set takes NAME=VALUE with a NAME that `look` lists, not '{}'.", set));
+    if (!item->write(set.substr(equals + 1)))
+      throw CommandError(fmt::format("{} is now {}; '{}' is no value for it.", item->name, item->read(),
+                                     set.substr(equals + 1)));
+  }
+  if (!sets.empty()) {
+    engine::UnitOfWork unit(league);
+    if (!reports::SavePageTexts(league, texts) || !reports::SavePageLook(league, look))
+      throw CommandError("The look could not be stored.");
+    unit.Commit();
+    return;
+  }
+  OutputTable table;
+  table.columns = {{"Name"}, {"Value"}};
+  for (const LookItem& item : items)
+    table.rows.push_back({engine::Value(item.name), engine::Value(item.read())});
+  Print(table, common.format, common.decimal);
+}
+
+// ---- columns
+
+void Columns(const CommonOptions& common, const ColumnOptions& options) {
+  const bool changes = !options.order.empty() || !options.show.empty() || !options.hide.empty();
+  Context context(common, changes ? Context::Access::WriteTemplate : Context::Access::ReadTemplate);
+  const reports::ReportInfo info = NeedReport(context.Template(), options.report);
+  std::vector<reports::ColumnChoice> columns = reports::ReadColumnChoices(context.Template(), info.id);
+  auto need = [&](const std::string& name) {
+    const auto found = std::find_if(columns.begin(), columns.end(), [&](const reports::ColumnChoice& column) {
+      return engine::SameName(column.name, name);
+    });
+    if (found == columns.end()) throw CommandError(fmt::format("{} has no column '{}'.", info.name, name));
+    return found;
+  };
+  auto place = columns.begin();
+  for (const std::string& name : options.order) {
+    const auto found = need(name);
+    if (found < place) throw CommandError(fmt::format("'{}' stands twice in the order.", name));
+    std::rotate(place, found, found + 1);
+    ++place;
+  }
+  for (const std::string& name : options.show) need(name)->shown = true;
+  for (const std::string& name : options.hide) need(name)->shown = false;
+  if (changes) {
+    if (!reports::CanSave(columns)) throw CommandError("A report needs a column that is shown.");
+    reports::SaveColumnChoices(context.Template(), columns);
+    return;
+  }
+  OutputTable table;
+  table.columns = {{"Column"}, {"Shown"}};
+  for (const reports::ColumnChoice& column : columns)
+    table.rows.push_back({engine::Value(column.name), engine::Value(column.shown)});
+  Print(table, common.format, common.decimal);
+}
+
+}  // namespace scorvane::cli

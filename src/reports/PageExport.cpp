@@ -1,0 +1,54 @@
+#include "reports/PageExport.h"
+
+#include <fmt/format.h>
+
+#include "common/SettingsStore.h"
+
+namespace scorvane::reports {
+namespace {
+
+std::string TextSetting(engine::Database& league, int id) {
+  std::string value = common::GetSettingValue(league, id);
+  return value == common::kMissingSetting ? std::string() : value;
+}
+
+}  // namespace
+
+PageTexts RacePageTexts(engine::Database& league, std::int32_t raceId, char decimal) {
+  const auto race = league.OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", raceId));
+  PageTexts texts;
+  texts.reportName = race["Name"].ToText();
+  texts.caption =
+      fmt::format("{} miles - {} laps", race["Length"].ToText(decimal), race["Laps"].ToText(decimal));
+  texts.heading = TextSetting(league, common::kPageHeading);
+  return texts;
+}
+
+PageTexts StoredPageTexts(engine::Database& league) {
+  return {TextSetting(league, common::kPageHeading), TextSetting(league, common::kReportName),
+          TextSetting(league, common::kCaption)};
+}
+
+bool SavePageTexts(engine::Database& league, const PageTexts& texts) {
+  return common::SaveSettingValue(league, common::kPageHeading, texts.heading) &&
+         common::SaveSettingValue(league, common::kReportName, texts.reportName) &&
+         common::SaveSettingValue(league, common::kCaption, texts.caption);
+}
+
+bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
+               const PageSubject& subject, const PageTexts& texts, const PageLook& look,
+               const std::string& footer, const std::string& path) {
+  CExport page(state);
+  page.Database(&league);
+  page.LGDatabase(&templateDb);
+  page.ExportType(subject.kind);
+  page.ReportID(subject.id);
+  page.Title(texts.heading);
+  page.Title2(texts.caption);
+  page.ReportName(texts.reportName);
+  page.Footer(footer);
+  ApplyPageLook(look, page);
+  return page.HTML(path);
+}
+
+}  // namespace scorvane::reports
