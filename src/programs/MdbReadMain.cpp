@@ -1,6 +1,6 @@
-// scorvane-mdbread FILE: writes what a database file of the old format holds to the standard output, a JSON value a
-// line, for the program that converts it. The library that reads such files has been seen to crash and to hang on
-// damaged ones, so it works here, apart, under limits that the caller sets.
+// scorvane-mdbread FILE: writes what a database file of the old format holds to the standard output, a JSON
+// value a line, for the program that converts it. The library that reads such files has been seen to crash
+// and to hang on damaged ones, so it works here, apart, under limits that the caller sets.
 //
 //   {"table": name, "counter": n, "fields": [...], "indexes": [...]}    then its rows, an array each
 //   {"relation": name, ...}
