@@ -3,8 +3,10 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "common/Paths.h"
 #include "forms/frmEditRace.h"
@@ -18,15 +20,57 @@ namespace {
 constexpr int kListCharacters = 48;
 constexpr int kListLines = 12;
 
-// Leaves four blanks behind the widest item before the list scrolls.
-class WideItems : public QStyledItemDelegate {
+// Lists the folders of files that have one below each other, and leaves four blanks behind the widest item
+// before the list scrolls.
+class FileItems : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
+
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
     QSize size = QStyledItemDelegate::sizeHint(option, index);
-    size.rwidth() += option.fontMetrics.horizontalAdvance(QStringLiteral("    "));
+    const QString folder = Text(index).section(QLatin1Char('\t'), 1);
+    const int text = folder.isEmpty() ? option.fontMetrics.horizontalAdvance(Text(index))
+                                      : FolderStart(option) + option.fontMetrics.horizontalAdvance(folder);
+    size.setWidth(text + option.fontMetrics.horizontalAdvance(QStringLiteral("    ")));
     return size;
   }
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    QStyledItemDelegate::paint(painter, option, index);
+    const QString folder = Text(index).section(QLatin1Char('\t'), 1);
+    if (folder.isEmpty()) return;
+    const bool selected = option.state.testFlag(QStyle::State_Selected);
+    painter->save();
+    painter->setPen(option.palette.color(selected ? QPalette::HighlightedText : QPalette::Text));
+    painter->drawText(option.rect.adjusted(FolderStart(option), 0, 0, 0), Qt::AlignVCenter, folder);
+    painter->restore();
+  }
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->text = Text(index).section(QLatin1Char('\t'), 0, 0);
+  }
+
+ private:
+  static QString Text(const QModelIndex& index) { return index.data(Qt::DisplayRole).toString(); }
+
+  // Behind the longest name; asked once for every change of the list.
+  int FolderStart(const QStyleOptionViewItem& option) const {
+    const auto* list = static_cast<const QListWidget*>(parent());
+    if (measured_ != list->count()) {
+      measured_ = list->count();
+      longest_ = 0;
+      for (int row = 0; row < measured_; ++row) {
+        const QString name = list->item(row)->text().section(QLatin1Char('\t'), 0, 0);
+        longest_ = std::max(longest_, option.fontMetrics.horizontalAdvance(name));
+      }
+    }
+    return longest_ + option.fontMetrics.horizontalAdvance(QStringLiteral("    "));
+  }
+
+  mutable int measured_ = -1;
+  mutable int longest_ = 0;
 };
 
 }  // namespace
@@ -61,7 +105,7 @@ QWidget* frmAddRaces::BuildList() {
   lstRaces_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   lstRaces_->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
   lstRaces_->setTextElideMode(Qt::ElideNone);
-  lstRaces_->setItemDelegate(new WideItems(lstRaces_));
+  lstRaces_->setItemDelegate(new FileItems(lstRaces_));
   const QFontMetrics metrics = lstRaces_->fontMetrics();
   lstRaces_->setMinimumSize(metrics.averageCharWidth() * 16, metrics.height() * 4);
   resize(metrics.averageCharWidth() * kListCharacters + 140, metrics.height() * kListLines + 140);
