@@ -1,5 +1,5 @@
-// Opens every window on the sample league and writes a picture of each: scorvane_screenshots FOLDER light|dark
-// LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
+// Opens every window on the sample league and writes a picture of each: scorvane_screenshots FOLDER
+// light|dark LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
 #include <QApplication>
 #include <QDir>
 #include <QMessageBox>
@@ -95,8 +95,8 @@ int main(int argc, char** argv) {
 
   common::ProcessState state;
   engine::DBEngine engine;
-  const auto templateDb = engine.DefaultWorkspace().OpenDatabase(
-      common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
+  const auto templateDb =
+      engine.DefaultWorkspace().OpenDatabase(common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
   app::LeagueSession session(engine, *templateDb, state, ui);
   forms::FormContext context{engine, *templateDb, state, ui, session};
 
@@ -123,7 +123,8 @@ int main(int argc, char** argv) {
     // Several files are read behind the progress dialog, after which the dialog stands there again, modally.
     forms::frmAddRaces dialog(context, &window);
     dialog.show();
-    QTimer::singleShot(0, &dialog, [&dialog] { dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click(); });
+    QTimer::singleShot(0, &dialog,
+                       [&dialog] { dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click(); });
     QTimer::singleShot(1500, &dialog, [&] {
       photographer.Take(dialog, "import");
       dialog.reject();

@@ -2,16 +2,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 
+#include "app/NewLeague.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "common/SqlText.h"
-#include "db/MDBBuild.h"
 #include "import/ExportedStandings.h"
 #include "import/ResultFile.h"
-#include "platform/Platform.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "scoring/OfflineMerge.h"
@@ -21,15 +19,6 @@
 
 namespace scorvane::cli {
 namespace {
-
-constexpr const char* kLeagueExtension = "lgx";
-
-std::string WithExtension(const std::string& path) {
-  std::string extension = common::GetExtension(common::GetFileTitle(path));
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](unsigned char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c); });
-  return extension == kLeagueExtension ? path : path + "." + kLeagueExtension;
-}
 
 // Bounds of the settings that the program reads as numbers; what lies outside them would not open as it was
 // meant.
@@ -60,32 +49,11 @@ void CheckSetting(int id, const std::string& value) {
 
 void Create(const CommonOptions& common, const CreateOptions& options) {
   Context context(common);
-  const std::string path = WithExtension(options.path);
-  const bool exists = common::FileExists(path);
-  if (exists && !options.replace)
+  const std::string path = app::WithLeagueExtension(options.path);
+  if (common::FileExists(path) && !options.replace)
     throw CommandError(fmt::format("\"{}\" already exists! --replace replaces it.", path));
-  auto make = [&](const std::string& target) {
-    db::CreateLeagueFile(context.engine, target, options.simType, options.leagueType, context.Template(),
-                         options.droppedRaces, options.lapReportingMethod);
-  };
-  if (!exists) {
-    make(path);
-  } else {
-    // The old league goes only when the new one is complete.
-    if (std::filesystem::is_directory(path)) throw CommandError(fmt::format("\"{}\" is a folder.", path));
-    const auto lock = platform::FileLock::TryLock(path);
-    if (!lock) throw engine::EngineError(engine::kFileInUse, path);
-    const std::string fresh = path + ".new";
-    std::error_code error;
-    std::filesystem::remove(fresh, error);
-    try {
-      make(fresh);
-      platform::ReplaceFile(fresh, path);
-    } catch (...) {
-      std::filesystem::remove(fresh, error);
-      throw;
-    }
-  }
+  app::CreateLeague(context.engine, context.Template(), path,
+                    {options.simType, options.leagueType, options.droppedRaces, options.lapReportingMethod});
   fmt::print("Created {} ({}, {}).\n", path, common::SimTypeName(options.simType),
              options.leagueType == common::kOnline ? "on-line" : "off-line");
 }

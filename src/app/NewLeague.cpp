@@ -1,0 +1,132 @@
+#include "app/NewLeague.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "app/SimFolders.h"
+#include "common/Paths.h"
+#include "common/SettingsStore.h"
+#include "db/MDBBuild.h"
+#include "import/Tracks.h"
+#include "platform/Platform.h"
+
+namespace scorvane::app {
+namespace {
+
+// Another program, or another window of this one, has the old file.
+class FileOpenElsewhere : public engine::EngineError {
+ public:
+  explicit FileOpenElsewhere(const std::string& path) : EngineError(engine::kFileInUse, path) {}
+};
+
+}  // namespace
+
+void ShowCreationError(common::UserInterface& ui, const std::string& reason) {
+  ui.ShowMessage({"Error creating new LGX file: " + reason, "Error", common::MessageIcon::Exclamation});
+}
+
+std::string WithLeagueExtension(const std::string& path) {
+  std::string extension = common::GetExtension(common::GetFileTitle(path));
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char c) { return static_cast<char>(c >= 'A' && c <= 'Z' ? c + 32 : c); });
+  return extension == kLeagueExtension ? path : path + "." + kLeagueExtension;
+}
+
+std::string CompleteLeaguePath(const std::string& typed, std::string_view folder) {
+  return WithLeagueExtension(common::GetFolder(typed).empty() ? common::JoinPath(folder, typed) : typed);
+}
+
+void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const std::string& path,
+                  const LeagueProperties& properties) {
+  const auto make = [&](const std::string& target) {
+    db::CreateLeagueFile(engine, target, properties.simType, properties.leagueType, templateDb,
+                         properties.droppedRaces, properties.lapReportingMethod);
+  };
+  if (!common::FileExists(path)) {
+    make(path);
+    return;
+  }
+  if (engine.DefaultWorkspace().FindDatabase(path) != nullptr) throw FileOpenElsewhere(path);
+  if (!platform::IsWritable(path)) throw engine::EngineError(engine::kCannotOpenFile, path);
+  const auto lock = platform::FileLock::TryLock(path);
+  if (!lock) throw FileOpenElsewhere(path);
+  const std::string fresh = path + ".new";
+  std::error_code error;
+  std::filesystem::remove(fresh, error);
+  try {
+    make(fresh);
+    platform::ReplaceFile(fresh, path);
+  } catch (...) {
+    std::filesystem::remove(fresh, error);
+    throw;
+  }
+}
+
+Creation CreateLeagueAsking(engine::DBEngine& engine, LeagueSession& session, common::UserInterface& ui,
+                            const std::string& path, const LeagueProperties& properties) {
+  if (common::FileExists(path)) {
+    const common::Message question{"\"" + path + "\" already exists!  Do you want to replace it?",
+                                   "File Exists", common::MessageIcon::None};
+    if (ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return Creation::Declined;
+  }
+  try {
+    if (session.IsOpen() && engine.DefaultWorkspace().FindDatabase(path) == &session.League())
+      session.CloseLeagueFile();
+    CreateLeague(engine, session.Template(), path, properties);
+    return Creation::Done;
+  } catch (const FileOpenElsewhere& error) {
+    ShowCreationError(
+        ui, session.IsOpen() ? error.Description() : "Existing file is already open by another program!");
+  } catch (const std::exception& error) {
+    ShowCreationError(ui, error.what());
+  }
+  return Creation::Failed;
+}
+
+bool CanSwitchSimulation(common::ProcessState& state, common::UserInterface& ui, std::int16_t simType) {
+  if (simType < common::kNascarRacing4 || simType == state.simType) return true;
+  if (LacksSimFolder(state, simType)) {
+    const std::string_view name = Simulations().at(SimFolderIndex(simType).value()).name;
+    ui.ShowMessage({fmt::format("Scorvane needs to know the path of\r\n{} before this file can be\r\n"
+                                "switched to that simulation.",
+                                name),
+                    "Missing Path", common::MessageIcon::Exclamation});
+    return false;
+  }
+  if (!state.tracks) {
+    // The league itself is switched only when its properties are stored.
+    const std::int16_t current = std::exchange(state.simType, simType);
+    try {
+      import::BuildTrackCatalogue(state);
+    } catch (...) {
+      state.simType = current;
+      throw;
+    }
+    state.simType = current;
+  }
+  return true;
+}
+
+void StoreLeagueProperties(engine::Database& league, common::ProcessState& state,
+                           const LeagueProperties& properties) {
+  const std::pair<int, std::int16_t> settings[] = {
+      {common::kDroppedRaces, properties.droppedRaces},
+      {common::kLapReportingMethodSetting, properties.lapReportingMethod},
+      {common::kSimTitle, properties.simType}};
+  engine::UnitOfWork work(league);
+  for (const auto& [id, value] : settings) {
+    if (!common::SaveSettingValue(league, id, std::to_string(value)))
+      throw engine::EngineError(engine::kReadOnly);
+  }
+  work.Commit();
+  state.droppedRaces = properties.droppedRaces;
+  state.lapReportingMethod = properties.lapReportingMethod;
+  state.simType = properties.simType;
+}
+
+}  // namespace scorvane::app

@@ -1,0 +1,49 @@
+// The Import dialog: result files are read into an import list, looked at, and become races of the league.
+#pragma once
+
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/ImportFiles.h"
+#include "forms/FormContext.h"
+
+namespace scorvane::forms {
+
+class frmAddRaces : public QDialog {
+ public:
+  // Empties the staging tables of the open league. Throws EngineError.
+  explicit frmAddRaces(FormContext& context, QWidget* parent = nullptr);
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  enum Button { kAdd, kRemove, kEdit, kImport, kCancel, kButtons };
+
+  QWidget* BuildList();
+  QLayout* BuildOptions();
+  QLayout* BuildButtons();
+  void AddFiles();
+  void ReadFiles(const std::vector<std::string>& paths);
+  void ListFile(const app::StagedFile& file);
+  void RemoveFiles();
+  void EditFile();
+  void Import();
+  void SelectionChanged();
+
+  FormContext& context_;
+  bool showAlerts_;
+  std::string defaultFolder_;  // files that lie in it are listed without their folder
+  QListWidget* lstRaces_ = nullptr;
+  QComboBox* cboLRM_ = nullptr;
+  std::array<QPushButton*, kButtons> buttons_{};
+};
+
+}  // namespace scorvane::forms
