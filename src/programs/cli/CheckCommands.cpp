@@ -1,6 +1,8 @@
 // Commands for files that have been through something: conversion, and a look over a league.
 #include <fmt/format.h>
 
+#include <filesystem>
+
 #include "common/Paths.h"
 #include "db/LeagueCheck.h"
 #include "db/OldFile.h"
