@@ -70,6 +70,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
       fuzz::Check(engine::sql::Print(engine::sql::ParseText(printed)) == printed,
                   "a print parses to the same");
     } catch (const engine::EngineError& error) {
+      // Its brackets may take a deep statement over the limit.
+      if (error.Number() == engine::kTooComplex) return 0;
       std::fprintf(stderr, "%s\nprinted as\n%s\n%s\n", sql.c_str(), printed.c_str(), error.what());
       fuzz::Check(false, "a print parses");
     }

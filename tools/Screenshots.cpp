@@ -1,10 +1,12 @@
-// Opens every window on the sample league and writes a picture of each: scorvane_screenshots FOLDER light|dark
-// LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
+// Opens every window on the sample league and writes a picture of each: scorvane_screenshots FOLDER
+// light|dark LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStyleFactory>
+#include <QTabWidget>
 #include <QTimer>
 #include <cstdio>
 #include <filesystem>
@@ -14,8 +16,17 @@
 #include "common/Paths.h"
 #include "forms/FormContext.h"
 #include "forms/frmAddRaces.h"
+#include "forms/frmDriverList.h"
+#include "forms/frmEditColumns.h"
+#include "forms/frmEditDriver.h"
+#include "forms/frmEditDriver2.h"
+#include "forms/frmEditRace.h"
+#include "forms/frmExport.h"
 #include "forms/frmLGXProperties.h"
+#include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPickDriver.h"
+#include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
@@ -95,8 +106,8 @@ int main(int argc, char** argv) {
 
   common::ProcessState state;
   engine::DBEngine engine;
-  const auto templateDb = engine.DefaultWorkspace().OpenDatabase(
-      common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
+  const auto templateDb =
+      engine.DefaultWorkspace().OpenDatabase(common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
   app::LeagueSession session(engine, *templateDb, state, ui);
   forms::FormContext context{engine, *templateDb, state, ui, session};
 
@@ -123,13 +134,15 @@ int main(int argc, char** argv) {
     // Several files are read behind the progress dialog, after which the dialog stands there again, modally.
     forms::frmAddRaces dialog(context, &window);
     dialog.show();
-    QTimer::singleShot(0, &dialog, [&dialog] { dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click(); });
+    QTimer::singleShot(0, &dialog,
+                       [&dialog] { dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click(); });
     QTimer::singleShot(1500, &dialog, [&] {
       photographer.Take(dialog, "import");
       dialog.reject();
     });
-    QTimer::singleShot(2000, &application, &QApplication::quit);
-    QApplication::exec();
+    QEventLoop waiting;
+    QTimer::singleShot(2000, &waiting, &QEventLoop::quit);
+    waiting.exec();
   }
   {
     forms::frmStats dialog(context, &window);
@@ -139,6 +152,50 @@ int main(int argc, char** argv) {
   {
     forms::frmOptions dialog(context, &window);
     photographer.Take(dialog, "options");
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    photographer.Take(dialog, "options-html");
+  }
+  {
+    forms::frmDriverList dialog(context, &window);
+    photographer.Take(dialog, "drivers");
+  }
+  {
+    forms::frmEditDriver dialog(context, &window);
+    dialog.DriverID(1);
+    dialog.Mode(forms::frmEditDriver::kEdit);
+    photographer.Take(dialog, "driver");
+  }
+  {
+    forms::frmPickDriver dialog(context, &window);
+    photographer.Take(dialog, "pick-driver");
+  }
+  {
+    forms::frmPointSystem dialog(context, &window);
+    photographer.Take(dialog, "points");
+  }
+  {
+    forms::frmEditRace dialog(context, {1, false}, &window);
+    photographer.Take(dialog, "race");
+  }
+  {
+    forms::frmEditDriver2 dialog(context, &window);
+    photographer.Take(dialog, "result");
+  }
+  {
+    forms::frmOfflineSettings dialog(context, &window);
+    photographer.Take(dialog, "offline");
+  }
+  {
+    forms::frmEditColumns dialog(context, 1, QStringLiteral("Point Standings"), &window);
+    photographer.Take(dialog, "columns");
+  }
+  {
+    forms::frmExport dialog(context, {reports::PageSubject::kReport, 1}, &window);
+    auto* tabs = dialog.findChild<QTabWidget*>();
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+      tabs->setCurrentIndex(tab);
+      photographer.Take(dialog, ("export-" + std::to_string(tab)).c_str());
+    }
   }
   {
     forms::frmSplash about(&window);

@@ -16,6 +16,7 @@
 #include "common/SettingsStore.h"
 #include "common/SqlText.h"
 #include "db/MDBBuild.h"
+#include "db/OldFile.h"
 #include "db/Upgrade.h"
 #include "import/Tracks.h"
 #include "platform/Platform.h"
@@ -59,7 +60,14 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
         {"\"" + path + "\" does not exist!", "Open File Error", common::MessageIcon::Exclamation});
     return false;
   }
+  const bool old = db::IsOldFormat(path);
+  if (old && !AgreesToConvert(path)) return false;
   CloseLeagueFile();
+  if (old) {
+    const std::string kept = db::ConvertInPlace(engine_, path, db::OldFileReader());
+    ui_.ShowMessage({"The league has been converted. The original is kept as\r\n\"" + kept + "\".",
+                     "Old League File", common::MessageIcon::Information});
+  }
   engine::OpenOptions options;
   options.exclusive = true;
   league_ = engine_.DefaultWorkspace().OpenDatabase(path, options);
@@ -91,6 +99,14 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
   }
   if (use == Use::Everything && state_.simType >= common::kNascarRacing4) import::BuildTrackCatalogue(state_);
   return true;
+}
+
+bool LeagueSession::AgreesToConvert(const std::string& path) {
+  const common::Message question{"\"" + path +
+                                     "\" is a league file of the old database format.\r\nScorvane converts it, and "
+                                     "keeps the original beside it.\r\nDo you want to convert it now?",
+                                 "Old League File", common::MessageIcon::Question};
+  return ui_.Ask(question, common::Buttons::YesNo) == common::Answer::Yes;
 }
 
 // Says that the folder is missing and has it asked for.

@@ -31,6 +31,7 @@ class LeagueSession {
   // look at it does not.
   enum class Use { Everything, WithoutImport };
 
+  // A file of the old database format is converted in its place when the user agrees; the original stays beside it.
   // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process
   // state; for a league of a newer simulation it asks for the simulation's folder when that is not known, and
   // builds the track catalogue. False, after a message, when there is no such file: the open one then stays
@@ -50,6 +51,7 @@ class LeagueSession {
   common::ProcessState& State() { return state_; }
 
  private:
+  bool AgreesToConvert(const std::string& path);
   bool KnowsSimFolder();
   void RefreshBonusQueries();
   void CopyPageDefaults();

@@ -61,6 +61,11 @@ class Database {
   void AppendRelation(Relation relation);
   void DeleteRelation(std::string_view relation);
 
+  // Makes the counter of a table go on behind `last`, unless it is further already.
+  void SetCounter(std::string_view table, std::int32_t last);
+  // What is wrong with the file as the store sees it; empty when it is whole.
+  std::vector<std::string> CheckIntegrity();
+
   // Pages of the file that hold nothing; a compaction gives them back.
   std::int64_t FreePages() const;
 

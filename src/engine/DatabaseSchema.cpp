@@ -583,4 +583,41 @@ void Database::DeleteRelation(std::string_view relation) {
   });
 }
 
+void Database::SetCounter(std::string_view tableName, std::int32_t last) {
+  const TableDef& table = impl_->NeedTable(tableName);
+  const Field* key = RowKey(table);
+  if (key == nullptr || !key->IsCounter()) throw EngineError(kInvalidOperation);
+  impl_->ChangeSchema([&] {
+    const Value name(table.Name);
+    const Value number(last);
+    StatementPtr raise = impl_->Prepare("UPDATE sqlite_sequence SET seq = max(seq, ?2) WHERE name = ?1");
+    Bind(raise.get(), 1, name);
+    Bind(raise.get(), 2, number);
+    StepToEnd(*impl_, raise.get());
+    StatementPtr add = impl_->Prepare(
+        "INSERT INTO sqlite_sequence (name, seq) SELECT ?1, ?2 WHERE NOT EXISTS (SELECT 1 FROM sqlite_sequence WHERE "
+        "name = ?1)");
+    Bind(add.get(), 1, name);
+    Bind(add.get(), 2, number);
+    StepToEnd(*impl_, add.get());
+  });
+}
+
+std::vector<std::string> Database::CheckIntegrity() {
+  std::vector<std::string> faults;
+  StatementPtr check = impl_->Prepare("PRAGMA integrity_check(20)");
+  int code = 0;
+  while ((code = sqlite3_step(check.get())) == SQLITE_ROW) {
+    std::string fault = TextColumn(check.get(), 0);
+    if (fault != "ok") faults.push_back(std::move(fault));
+  }
+  if (code != SQLITE_DONE) faults.emplace_back("the file cannot be read to its end");
+  StatementPtr links = impl_->Prepare("PRAGMA foreign_key_check");
+  while (sqlite3_step(links.get()) == SQLITE_ROW && faults.size() < 40) {
+    faults.push_back(fmt::format("a row of {} names a row of {} that is not there", TextColumn(links.get(), 0),
+                                 TextColumn(links.get(), 2)));
+  }
+  return faults;
+}
+
 }  // namespace scorvane::engine

@@ -11,6 +11,7 @@
 
 #include "common/Paths.h"
 #include "forms/widgets/ButtonRow.h"
+#include "forms/widgets/Filters.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "platform/Platform.h"
@@ -270,9 +271,7 @@ void frmExport::LeaveLayoutBox(std::size_t index) {
 void frmExport::BrowseImage() {
   common::FileRequest request;
   request.title = "Select Background Image";
-  request.filter =
-      "All Files (*.*)|*.*|GIF and JPEG (*.gif, *.jpg)|*.gif;*.jpg|Bitmap (*.bmp)|*.bmp|TIFF (*.tif)|*.tif|"
-      "Windows Metafile (*.wmf)|*.wmf|PCX (*.pcx)|*.pcx|Targa (*.tga)|*.tga";
+  request.filter = kImageFilter;
   request.filterIndex = 1;
   const std::vector<std::string> chosen = context_.ui.OpenFiles(request);
   if (!chosen.empty()) txtBGImage_->setText(Q(chosen.front()));

@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QMenuBar>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -12,9 +13,15 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "forms/SavePage.h"
 #include "forms/frmAddRaces.h"
+#include "forms/frmDriverList.h"
+#include "forms/frmEditRace.h"
+#include "forms/frmExport.h"
 #include "forms/frmLGXProperties.h"
+#include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPointSystem.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
 #include "forms/widgets/Guard.h"
@@ -27,13 +34,6 @@ namespace {
 constexpr int kPropertiesItem = 8;
 constexpr int kFirstRecentItem = 12;
 constexpr int kRecentSeparator = 16;
-
-// Commands whose dialogs are not there yet: they stay in their places, disabled.
-constexpr bool kCanEditRaces = false;
-constexpr bool kCanExportRaces = false;
-constexpr bool kHasDriverList = false;
-constexpr bool kHasPointSystem = false;
-constexpr bool kHasOfflineSettings = false;
 
 }  // namespace
 
@@ -50,6 +50,7 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
                      {tr("Laps"), 700, Qt::AlignHCenter},
                      {tr("Miles"), 800, Qt::AlignHCenter},
                      {tr("Standings File"), 2500, Qt::AlignLeft}});
+  grid_->horizontalHeader()->setStretchLastSection(true);
   layout->addWidget(grid_);
   auto* row = new QHBoxLayout;
   static constexpr const char* kCaptions[] = {"Calculate", "Edit", "Remove", "Import", "HTML..."};
@@ -243,10 +244,9 @@ void frmRaces::FillRaceGrid() {
   buttons_[kImportButton]->setEnabled(true);
   raceItems_[kImportItem]->setEnabled(true);
   fileItems_[kPropertiesItem]->setEnabled(true);
-  toolItems_[kDriverListItem]->setEnabled(kHasDriverList);
-  toolItems_[kPointSystemItem]->setEnabled(kHasPointSystem);
-  toolItems_[kOfflineSettingsItem]->setEnabled(kHasOfflineSettings &&
-                                               context_.state.leagueType == common::kOffline);
+  toolItems_[kDriverListItem]->setEnabled(true);
+  toolItems_[kPointSystemItem]->setEnabled(true);
+  toolItems_[kOfflineSettingsItem]->setEnabled(context_.state.leagueType == common::kOffline);
   EnableRaceCommands(!races.empty());
   grid_->SelectRows(0, 0);
   SelectionChanged();
@@ -262,10 +262,10 @@ void frmRaces::EnableRaceCommands(bool enabled) {
 
 void frmRaces::SelectionChanged() {
   const bool one = context_.session.IsOpen() && HasRaces() && grid_->OneRowSelected();
-  buttons_[kEditButton]->setEnabled(one && kCanEditRaces);
-  raceItems_[kEditItem]->setEnabled(one && kCanEditRaces);
-  buttons_[kHtmlButton]->setEnabled(one && kCanExportRaces);
-  raceItems_[kHtmlItem]->setEnabled(one && kCanExportRaces);
+  buttons_[kEditButton]->setEnabled(one);
+  raceItems_[kEditItem]->setEnabled(one);
+  buttons_[kHtmlButton]->setEnabled(one);
+  raceItems_[kHtmlItem]->setEnabled(one);
 }
 
 void frmRaces::closeEvent(QCloseEvent* event) {
@@ -359,11 +359,46 @@ void frmRaces::About() {
   about.ShowAbout();
 }
 
-// Their dialogs are not there yet, and so nothing enables them.
-void frmRaces::EditRace() {}
-void frmRaces::ExportRace() {}
-void frmRaces::DriverList() {}
-void frmRaces::PointSystem() {}
-void frmRaces::OfflineSettings() {}
+void frmRaces::EditRace() {
+  Guarded(context_.ui, [&] {
+    frmEditRace dialog(context_, {grid_->RowData(grid_->CurrentRow()), false}, this);
+    dialog.exec();
+  });
+}
+
+void frmRaces::ExportRace() {
+  Guarded(context_.ui, [&] {
+    engine::Database& league = context_.session.League();
+    const reports::PageSubject subject{reports::PageSubject::kRace, grid_->RowData(grid_->CurrentRow())};
+    const reports::PageTexts texts =
+        reports::RacePageTexts(league, subject.id, context_.state.decimalSeparator);
+    frmExport dialog(context_, subject, this);
+    dialog.setWindowTitle(tr("Export Race Results to HTML"));
+    dialog.Heading(texts.heading);
+    dialog.ReportName(texts.reportName);
+    dialog.Caption(texts.caption);
+    dialog.exec();
+    if (dialog.Cancelled()) return;
+    common::FileRequest request;
+    request.filter = "HTML File (*.htm)|*.htm";
+    request.name = "Race Result.htm";
+    SavePage(context_, subject, dialog.Texts(), request);
+  });
+}
+
+void frmRaces::DriverList() {
+  Guarded(context_.ui, [&] { frmDriverList(context_, this).exec(); });
+}
+
+void frmRaces::PointSystem() {
+  Guarded(context_.ui, [&] {
+    frmPointSystem(context_, this).exec();
+    app::ReadLeagueSettings(context_.session.League(), context_.state);
+  });
+}
+
+void frmRaces::OfflineSettings() {
+  Guarded(context_.ui, [&] { frmOfflineSettings(context_, this).exec(); });
+}
 
 }  // namespace scorvane::forms

@@ -10,6 +10,7 @@
 
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "forms/SavePage.h"
 #include "forms/frmEditColumns.h"
 #include "forms/frmExport.h"
 #include "forms/widgets/Guard.h"
@@ -197,18 +198,7 @@ void frmStats::ExportStandingsHtml() {
     common::FileRequest request;
     request.filter = "HTML File (*.htm)|*.htm";
     request.name = reportName + ".htm";
-    const std::string path = context_.ui.SaveFile(request);
-    if (path.empty()) return;
-    const common::Message question{"The file \"" + path + "\" already exists!  Overwrite it?", "File Exists",
-                                   common::MessageIcon::None};
-    if (common::FileExists(path) && context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes)
-      return;
-    const WaitCursor wait;
-    if (!reports::WritePage(league, context_.templateDb, context_.state, subject, dialog.Texts(),
-                            reports::ReadPageLook(league), reports::StandingsFooter(), path)) {
-      context_.ui.ShowMessage(
-          {"Error creating HTML file...", common::kApplicationTitle, common::MessageIcon::None});
-    }
+    SavePage(context_, subject, dialog.Texts(), request);
   });
 }
 

@@ -30,8 +30,10 @@ std::string ReadFileContent(const std::string& path) {
   if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
   std::string content;
   std::array<char, 16384> block;
-  while (const std::size_t read = std::fread(block.data(), 1, block.size(), file.get()))
+  do {
+    const std::size_t read = std::fread(block.data(), 1, block.size(), file.get());
     content.append(block.data(), read);
+  } while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0);
   if (std::ferror(file.get()) != 0)
     throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
   if (content.empty()) throw FileFault("The file is empty.");

@@ -73,6 +73,7 @@ bool CHTMLParser::Execute() {
 }
 
 bool CHTMLParser::ExecuteOn(std::string_view content) {
+  if (content.find('\0') != std::string_view::npos) throw FileFault("This is no text file.");
   race_.FileName = common::GetFileTitle(inputFile_);
   Normalise(content);
   if (!ReadElements()) {

@@ -1,12 +1,17 @@
 #include <fcntl.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <poll.h>
 #include <pwd.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
@@ -175,6 +180,71 @@ bool ErrorIsTerminal() {
 
 bool InputIsTerminal() {
   return ::isatty(STDIN_FILENO) == 1;
+}
+
+ChildEnd RunChild(const std::string& program, const std::vector<std::string>& arguments,
+                  const ChildLimits& limits, const std::function<bool(std::string_view)>& line) {
+  int ends[2];
+  if (::access(program.c_str(), X_OK) != 0 || ::pipe2(ends, O_CLOEXEC) != 0) return ChildEnd::NotStarted;
+  std::vector<char*> words = {const_cast<char*>(program.c_str())};
+  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
+  words.push_back(nullptr);
+  const pid_t child = ::fork();
+  if (child < 0) {
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return ChildEnd::NotStarted;
+  }
+  if (child == 0) {
+    const auto seconds = static_cast<rlim_t>(limits.seconds);
+    const rlimit time{seconds, seconds + 1};
+    const auto bytes = static_cast<rlim_t>(limits.megabytes) << 20U;
+    const rlimit memory{bytes, bytes};
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_CPU, &time);
+    ::setrlimit(RLIMIT_AS, &memory);
+    ::setrlimit(RLIMIT_CORE, &none);
+    const int silence = ::open("/dev/null", O_RDWR);
+    ::dup2(silence, STDIN_FILENO);
+    ::dup2(ends[1], STDOUT_FILENO);
+    ::dup2(silence, STDERR_FILENO);
+    ::execv(program.c_str(), words.data());
+    ::_exit(127);
+  }
+  ::close(ends[1]);
+
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(limits.seconds);
+  ChildEnd end = ChildEnd::Done;
+  std::string rest;
+  char buffer[65536];
+  while (end == ChildEnd::Done) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline -
+                                                                            std::chrono::steady_clock::now());
+    pollfd waiting{ends[0], POLLIN, 0};
+    if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) == 0) {
+      end = ChildEnd::TimedOut;
+      break;
+    }
+    const ssize_t size = ::read(ends[0], buffer, sizeof buffer);
+    if (size < 0 && errno == EINTR) continue;
+    if (size <= 0) break;
+    rest.append(buffer, static_cast<std::size_t>(size));
+    std::size_t from = 0;
+    for (std::size_t to; (to = rest.find('\n', from)) != std::string::npos; from = to + 1) {
+      if (line(std::string_view(rest).substr(from, to - from))) continue;
+      end = ChildEnd::Failed;
+      break;
+    }
+    rest.erase(0, from);
+  }
+  ::close(ends[0]);
+  if (end != ChildEnd::Done) ::kill(child, SIGKILL);
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (end != ChildEnd::Done) return end;
+  if (WIFSIGNALED(status)) return WTERMSIG(status) == SIGXCPU ? ChildEnd::TimedOut : ChildEnd::Crashed;
+  return WEXITSTATUS(status) == 0 ? ChildEnd::Done : ChildEnd::Failed;
 }
 
 }  // namespace scorvane::platform

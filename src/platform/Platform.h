@@ -2,8 +2,10 @@
 // system's own headers. Paths are UTF-8.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace scorvane::platform {
@@ -56,5 +58,18 @@ std::vector<Drive> FixedDrives();
 // True when the standard error stream is a terminal; the same for standard input.
 bool ErrorIsTerminal();
 bool InputIsTerminal();
+
+// How a program that was run under limits came to its end.
+enum class ChildEnd { Done, Failed, Crashed, TimedOut, NotStarted };
+
+struct ChildLimits {
+  int seconds = 60;
+  int megabytes = 1024;  // of memory
+};
+
+// Runs a program and hands over its standard output line by line, without the line ends. The program is stopped when
+// it overruns its limits, or when `line` returns false, which counts as Failed.
+ChildEnd RunChild(const std::string& program, const std::vector<std::string>& arguments, const ChildLimits& limits,
+                  const std::function<bool(std::string_view)>& line);
 
 }  // namespace scorvane::platform

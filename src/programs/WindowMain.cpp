@@ -32,6 +32,7 @@ int Run(const QApplication& application) {
     app::LeagueSession session(engine, *templateDb, state, ui);
     forms::FormContext context{engine, *templateDb, state, ui, session};
     forms::frmRaces window(context);
+    session.SetSimFolderPrompt([&window] { window.ShowOptions(); });
     window.show();
     const QStringList arguments = QApplication::arguments();
     const std::string file = arguments.value(1).toStdString();

@@ -117,6 +117,7 @@ TEST_F(Page, LacksWhatMustBeKnown) {
   EXPECT_THAT(FaultOf(" \r\n\t"), HasSubstr("does not name a track"));
   EXPECT_THAT(FaultOf("<html><body><h2>Another program</h2></body></html>"),
               HasSubstr("does not name a track"));
+  EXPECT_THAT(FaultOf(page_.Text() + '\0'), HasSubstr("no text file"));
   page_.track = Heading("Track: Nowhere");
   EXPECT_THAT(FaultOf(page_.Text()), HasSubstr("\"Nowhere\""));
   page_ = ExportedPage();

@@ -112,6 +112,8 @@ class Scanner {
     place_ = end + 1;
     const std::string_view text = sql_.substr(start + 1, end - start - 1);
     if (text.empty()) Fail("a name is empty", start);
+    // The store's text would end there.
+    if (text.find('\0') != std::string_view::npos) Fail("a name holds a character that no name has", start);
     Add(TokenKind::BracketName, start, text);
     lexed_.shape += sql_.substr(start, end + 1 - start);
     lexed_.shape += ' ';

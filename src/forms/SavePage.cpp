@@ -1,0 +1,25 @@
+#include "forms/SavePage.h"
+
+#include "common/Paths.h"
+#include "forms/widgets/Guard.h"
+
+namespace scorvane::forms {
+
+void SavePage(FormContext& context, const reports::PageSubject& subject, const reports::PageTexts& texts,
+              const common::FileRequest& request) {
+  const std::string path = context.ui.SaveFile(request);
+  if (path.empty()) return;
+  const common::Message question{"The file \"" + path + "\" already exists!  Overwrite it?", "File Exists",
+                                 common::MessageIcon::None};
+  if (common::FileExists(path) && context.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes)
+    return;
+  engine::Database& league = context.session.League();
+  const WaitCursor wait;
+  if (!reports::WritePage(league, context.templateDb, context.state, subject, texts,
+                          reports::ReadPageLook(league), reports::StandingsFooter(), path)) {
+    context.ui.ShowMessage(
+        {"Error creating HTML file...", common::kApplicationTitle, common::MessageIcon::None});
+  }
+}
+
+}  // namespace scorvane::forms

@@ -1,0 +1,14 @@
+// The end of both page exports: where to, and writing the page with the look that the league has stored.
+#pragma once
+
+#include "common/UserInterface.h"
+#include "forms/FormContext.h"
+#include "reports/PageExport.h"
+
+namespace scorvane::forms {
+
+// Asks for the file and, when it exists, whether it may go; says so when the page cannot be written.
+void SavePage(FormContext& context, const reports::PageSubject& subject, const reports::PageTexts& texts,
+              const common::FileRequest& request);
+
+}  // namespace scorvane::forms

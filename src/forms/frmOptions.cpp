@@ -1,0 +1,209 @@
+#include "forms/frmOptions.h"
+
+#include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "app/SimFolders.h"
+#include "forms/widgets/Filters.h"
+#include "forms/widgets/Text.h"
+
+namespace scorvane::forms {
+namespace {
+
+constexpr int kPathColumn = 1;
+
+// A folder as it is stored: with one separator at its end.
+std::string WithSeparator(std::string folder) {
+  if (!folder.empty() && folder.back() != '/' && folder.back() != '\\') folder += '/';
+  return folder;
+}
+
+}  // namespace
+
+frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent), context_(context) {
+  setObjectName(QStringLiteral("frmOptions"));
+  setWindowTitle(tr("Options"));
+  auto* tabs = new QTabWidget(this);
+  tabs->setObjectName(QStringLiteral("ts"));
+  tabs->addTab(BuildPathsTab(), tr("Paths"));
+  tabs->addTab(BuildHtmlTab(), tr("HTML"));
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("OKButton"));
+  buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("CancelButton"));
+  connect(buttons, &QDialogButtonBox::accepted, this, &frmOptions::Accept);
+  connect(buttons, &QDialogButtonBox::rejected, this, &frmOptions::reject);
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(tabs, 1);
+  layout->addWidget(buttons);
+
+  const app::Options options = app::ReadOptions(context.templateDb);
+  chkLastFileFlag_->setChecked(options.openPreviousFile);
+  chkImportAlerts_->setChecked(options.showImportAlerts);
+  chkBGImage_->setChecked(options.useBackgroundImage);
+  txtBGImage_->setText(Q(options.backgroundImage));
+  for (std::size_t i = 0; i < lblColor_.size(); ++i) lblColor_[i]->SetColor(options.colors[i]);
+  txtBGImage_->setEnabled(options.useBackgroundImage);
+  cmdBGImage_->setEnabled(options.useBackgroundImage);
+}
+
+QWidget* frmOptions::BuildPathsTab() {
+  auto* page = new QWidget(this);
+  page->setObjectName(QStringLiteral("fraOptions_0"));
+  fgPaths_ = new SelectionGrid(QStringLiteral("fgPaths"), page);
+  auto* label = new QLabel(tr("NASCAR Racing Paths"), page);
+  label->setObjectName(QStringLiteral("lblPaths"));
+  label->setBuddy(fgPaths_);
+  fgPaths_->setAccessibleName(label->text());
+  fgPaths_->SetColumns({{tr("NASCAR Sim"), 2200, Qt::AlignLeft}, {tr("Path"), 5000, Qt::AlignLeft}});
+  fgPaths_->horizontalHeader()->setStretchLastSection(true);
+  fgPaths_->setMinimumWidth(fgPaths_->columnWidth(0) + fgPaths_->columnWidth(1) + 20);
+  for (int i = 0; i < app::kSimulations; ++i) {
+    const auto index = static_cast<std::size_t>(i);
+    fgPaths_->AddRow({Q(app::Simulations()[index].name), Q(context_.state.simFolders[index])}, i + 1);
+  }
+  cmdChange_ = new QPushButton(tr("Select Path"), page);
+  cmdChange_->setObjectName(QStringLiteral("cmdChange"));
+  cmdChange_->setToolTip(tr("Select a path for the selected NASCAR Racing sim"));
+  auto* clear = new QPushButton(tr("Clear Path"), page);
+  clear->setObjectName(QStringLiteral("cmdClear"));
+  clear->setToolTip(tr("Clear the path for the selected NASCAR Racing sims"));
+  chkImportAlerts_ = new QCheckBox(tr("Show alerts when importing result files"), page);
+  chkImportAlerts_->setObjectName(QStringLiteral("chkImportAlerts"));
+  chkLastFileFlag_ = new QCheckBox(tr("Open previous file on startup"), page);
+  chkLastFileFlag_->setObjectName(QStringLiteral("chkLastFileFlag"));
+  auto* row = new QHBoxLayout;
+  for (QPushButton* button : {cmdChange_, clear}) {
+    button->setAutoDefault(false);
+    row->addWidget(button);
+  }
+  row->addStretch();
+  auto* layout = new QVBoxLayout(page);
+  layout->addWidget(label);
+  layout->addWidget(fgPaths_, 1);
+  layout->addLayout(row);
+  layout->addWidget(chkImportAlerts_);
+  layout->addWidget(chkLastFileFlag_);
+  connect(fgPaths_, &SelectionGrid::SelectionChanged, this,
+          [this] { cmdChange_->setEnabled(fgPaths_->OneRowSelected()); });
+  connect(fgPaths_, &SelectionGrid::RowDoubleClicked, cmdChange_, &QPushButton::click);
+  connect(cmdChange_, &QPushButton::clicked, this, &frmOptions::SelectPath);
+  connect(clear, &QPushButton::clicked, this, &frmOptions::ClearPaths);
+  fgPaths_->SelectRows(0, 0);
+  return page;
+}
+
+QWidget* frmOptions::BuildHtmlTab() {
+  auto* page = new QWidget(this);
+  page->setObjectName(QStringLiteral("fraOptions_1"));
+  chkBGImage_ = new QCheckBox(tr("Background &Image"), page);
+  chkBGImage_->setObjectName(QStringLiteral("chkBGImage"));
+  txtBGImage_ = new EntryBox(QStringLiteral("txtBGImage"), page);
+  txtBGImage_->setAccessibleName(tr("Background image"));
+  cmdBGImage_ = new QPushButton(tr("Browse"), page);
+  cmdBGImage_->setObjectName(QStringLiteral("cmdBGImage"));
+  cmdBGImage_->setAutoDefault(false);
+  connect(chkBGImage_, &QCheckBox::toggled, txtBGImage_, &QWidget::setEnabled);
+  connect(chkBGImage_, &QCheckBox::toggled, cmdBGImage_, &QWidget::setEnabled);
+  connect(cmdBGImage_, &QPushButton::clicked, this, &frmOptions::BrowseImage);
+  auto* grid = new QGridLayout;
+  static constexpr const char* kColors[] = {
+      "Background:", "Text:", "Hyperlink:", "Visited Hyperlink:", "ActiveHyperlink:"};
+  static constexpr const char* kToolTips[] = {"Color of page background", "Color of page text (table)",
+                                              "Color of hyperlinks", "Color of visited hyperlinks",
+                                              "Color of the active hyperlink"};
+  for (std::size_t i = 0; i < lblColor_.size(); ++i) {
+    const QString toolTip = QString::fromLatin1(kToolTips[i]);
+    lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTip, context_.ui, page);
+    lblColor_[i]->setToolTip(toolTip);
+    const int line = static_cast<int>(i);
+    grid->addWidget(new QLabel(QString::fromLatin1(kColors[i]), page), line, 0);
+    grid->addWidget(lblColor_[i], line, 1);
+  }
+  grid->setColumnStretch(2, 1);
+  auto* note =
+      new QLabel(tr("These settings are the defaults for new Scorvane files.  New files will take these "
+                    "settings until changed in the HTML Export dialog.  Click the color squares to change "
+                    "them."),
+                 page);
+  note->setWordWrap(true);
+  auto* image = new QHBoxLayout;
+  image->addWidget(txtBGImage_, 1);
+  image->addWidget(cmdBGImage_);
+  auto* layout = new QVBoxLayout(page);
+  layout->addWidget(chkBGImage_);
+  layout->addLayout(image);
+  layout->addLayout(grid);
+  layout->addStretch();
+  layout->addWidget(note);
+  return page;
+}
+
+void frmOptions::SelectPath() {
+  const int row = fgPaths_->CurrentRow();
+  if (row < 0) return;
+  const std::string name(app::Simulations()[static_cast<std::size_t>(row)].fullName);
+  const std::string folder = context_.ui.PickFolder("Locate the program folder for " + name + "...",
+                                                    Utf8(fgPaths_->Cell(row, kPathColumn)));
+  if (!folder.empty()) fgPaths_->SetCell(row, kPathColumn, Q(WithSeparator(folder)));
+}
+
+void frmOptions::ClearPaths() {
+  for (int row = fgPaths_->FirstSelected(); row >= 0 && row <= fgPaths_->LastSelected(); ++row)
+    fgPaths_->SetCell(row, kPathColumn, {});
+}
+
+void frmOptions::BrowseImage() {
+  common::FileRequest request;
+  request.title = "Select Background Image";
+  request.filter = kImageFilter;
+  request.filterIndex = 1;
+  const std::vector<std::string> chosen = context_.ui.OpenFiles(request);
+  if (!chosen.empty()) txtBGImage_->setText(Q(chosen.front()));
+}
+
+void frmOptions::Accept() {
+  std::array<std::string, app::kSimulations> folders;
+  for (int row = 0; row < app::kSimulations; ++row)
+    folders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
+  const app::FolderCheck check = app::CheckSimFolders(folders);
+  if (!check.failing.empty()) {
+    context_.ui.ShowMessage(check.message);
+    return;
+  }
+  cancelled_ = false;
+  accept();
+}
+
+void frmOptions::StoreOptions() {
+  for (int row = 0; row < app::kSimulations; ++row) {
+    context_.state.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
+    app::SaveNASCARPaths(context_.templateDb, context_.state, row);
+  }
+  app::Options options;
+  options.useBackgroundImage = chkBGImage_->isChecked();
+  options.backgroundImage = Utf8(txtBGImage_->text());
+  for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();
+  options.openPreviousFile = chkLastFileFlag_->isChecked();
+  options.showImportAlerts = chkImportAlerts_->isChecked();
+  app::SaveOptions(context_.templateDb, options);
+}
+
+void frmOptions::reject() {
+  cancelled_ = true;
+  QDialog::reject();
+}
+
+void frmOptions::closeEvent(QCloseEvent* event) {
+  // The close box keeps what was chosen, as OK does, but checks no folder.
+  event->accept();
+  cancelled_ = false;
+  done(QDialog::Accepted);
+}
+
+}  // namespace scorvane::forms

@@ -1,0 +1,10 @@
+// File filters that several dialogs use.
+#pragma once
+
+namespace scorvane::forms {
+
+inline constexpr const char* kImageFilter =
+    "All Files (*.*)|*.*|GIF and JPEG (*.gif, *.jpg)|*.gif;*.jpg|Bitmap (*.bmp)|*.bmp|TIFF (*.tif)|*.tif|"
+    "Windows Metafile (*.wmf)|*.wmf|PCX (*.pcx)|*.pcx|Targa (*.tga)|*.tga";
+
+}  // namespace scorvane::forms
