@@ -38,6 +38,12 @@ class FormFixture : public test::LeagueFixture {
     return session_.League();
   }
 
+  // Only the window in front takes mnemonics.
+  static void Show(QWidget& form) {
+    form.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
+  }
+
   template <typename Widget>
   static Widget& Find(QWidget& form, const char* name) {
     auto* found = form.findChild<Widget*>(QString::fromLatin1(name));
@@ -48,6 +54,12 @@ class FormFixture : public test::LeagueFixture {
     return Find<QPushButton>(form, ("cmdButton_" + std::to_string(index)).c_str());
   }
   static void Click(QWidget& form, int index) { QTest::mouseClick(&Button(form, index), Qt::LeftButton); }
+
+  // A button that is pressed by its letter goes down and, a moment later, up.
+  static void PressMnemonic(QWidget& form, Qt::Key key) {
+    QTest::keyClick(&form, key, Qt::AltModifier);
+    QTest::qWait(150);
+  }
 
   static std::vector<std::string> SeasonFiles() {
     std::vector<std::string> files;
