@@ -152,7 +152,7 @@ class OldFileTest(unittest.TestCase):
                     cli("races", self.new)
                 else:
                     self.assertTrue(result.stderr.strip(), (name, turn))
-                    self.assertFalse(os.path.exists(self.new), (name, turn))
+                    self.assertFalse(os.path.exists(self.new), (name, turn, result.stderr))
         self.assertGreater(outcomes[0], 0)
         self.assertGreater(outcomes[1], 0)
 

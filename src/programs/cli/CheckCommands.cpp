@@ -19,9 +19,13 @@ void Convert(const CommonOptions& common, const std::string& from, const std::st
     throw CommandError(fmt::format("\"{}\" is no database file of the old format.", from));
   if (common::FileExists(to)) throw CommandError(fmt::format("\"{}\" already exists!", to));
   db::ConvertOldFile(context.engine, from, to, db::OldFileReader());
-  // Opened once, it is brought up to date.
-  {
+  try {
+    // Opened once, it is brought up to date.
     const Context opened(common, to);
+  } catch (...) {
+    std::error_code error;
+    std::filesystem::remove(to, error);
+    throw;
   }
   fmt::print("Converted {} to {}.\n", from, to);
 }
