@@ -2,9 +2,11 @@
 // light|dark LEAGUE SAMPLES. tools/screenshots runs it for every theme and scale.
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStyleFactory>
+#include <QTabWidget>
 #include <QTimer>
 #include <cstdio>
 #include <filesystem>
@@ -14,8 +16,17 @@
 #include "common/Paths.h"
 #include "forms/FormContext.h"
 #include "forms/frmAddRaces.h"
+#include "forms/frmDriverList.h"
+#include "forms/frmEditColumns.h"
+#include "forms/frmEditDriver.h"
+#include "forms/frmEditDriver2.h"
+#include "forms/frmEditRace.h"
+#include "forms/frmExport.h"
 #include "forms/frmLGXProperties.h"
+#include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPickDriver.h"
+#include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
@@ -129,8 +140,9 @@ int main(int argc, char** argv) {
       photographer.Take(dialog, "import");
       dialog.reject();
     });
-    QTimer::singleShot(2000, &application, &QApplication::quit);
-    QApplication::exec();
+    QEventLoop waiting;
+    QTimer::singleShot(2000, &waiting, &QEventLoop::quit);
+    waiting.exec();
   }
   {
     forms::frmStats dialog(context, &window);
@@ -140,6 +152,50 @@ int main(int argc, char** argv) {
   {
     forms::frmOptions dialog(context, &window);
     photographer.Take(dialog, "options");
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    photographer.Take(dialog, "options-html");
+  }
+  {
+    forms::frmDriverList dialog(context, &window);
+    photographer.Take(dialog, "drivers");
+  }
+  {
+    forms::frmEditDriver dialog(context, &window);
+    dialog.DriverID(1);
+    dialog.Mode(forms::frmEditDriver::kEdit);
+    photographer.Take(dialog, "driver");
+  }
+  {
+    forms::frmPickDriver dialog(context, &window);
+    photographer.Take(dialog, "pick-driver");
+  }
+  {
+    forms::frmPointSystem dialog(context, &window);
+    photographer.Take(dialog, "points");
+  }
+  {
+    forms::frmEditRace dialog(context, {1, false}, &window);
+    photographer.Take(dialog, "race");
+  }
+  {
+    forms::frmEditDriver2 dialog(context, &window);
+    photographer.Take(dialog, "result");
+  }
+  {
+    forms::frmOfflineSettings dialog(context, &window);
+    photographer.Take(dialog, "offline");
+  }
+  {
+    forms::frmEditColumns dialog(context, 1, QStringLiteral("Point Standings"), &window);
+    photographer.Take(dialog, "columns");
+  }
+  {
+    forms::frmExport dialog(context, {reports::PageSubject::kReport, 1}, &window);
+    auto* tabs = dialog.findChild<QTabWidget*>();
+    for (int tab = 0; tab < tabs->count(); ++tab) {
+      tabs->setCurrentIndex(tab);
+      photographer.Take(dialog, ("export-" + std::to_string(tab)).c_str());
+    }
   }
   {
     forms::frmSplash about(&window);

@@ -53,7 +53,7 @@ std::optional<engine::FieldType> TypeFromCode(int code) {
       return engine::FieldType::Integer;
     case 4:
       return engine::FieldType::Long;
-    case 5:   // currency
+    case 5:  // currency
     case 7:
     case 16:  // decimal
       return engine::FieldType::Double;
@@ -115,8 +115,10 @@ class Builder {
     }
   }
 
-  bool Complete() const { return complete_ && league_.FindTableDef("Driver") != nullptr &&
-                                 league_.FindTableDef("Stats") != nullptr && league_.FindTableDef("Race") != nullptr; }
+  bool Complete() const {
+    return complete_ && league_.FindTableDef("Driver") != nullptr &&
+           league_.FindTableDef("Stats") != nullptr && league_.FindTableDef("Race") != nullptr;
+  }
 
   // Once all rows are there, so that their order does not matter.
   void AppendRelations() {
@@ -153,9 +155,11 @@ class Builder {
       index.Unique = FlagOf(described, "unique") || index.Primary;
       index.Required = FlagOf(described, "required") || index.Primary;
       for (const Json& field : described.at("fields")) {
-        if (def.FindField(field.get<std::string>()) != nullptr) index.Fields.push_back(field.get<std::string>());
+        if (def.FindField(field.get<std::string>()) != nullptr)
+          index.Fields.push_back(field.get<std::string>());
       }
-      if (!index.Fields.empty() && def.FindIndex(index.Name) == nullptr) def.Indexes.push_back(std::move(index));
+      if (!index.Fields.empty() && def.FindIndex(index.Name) == nullptr)
+        def.Indexes.push_back(std::move(index));
     }
     counter_ = NumberOf(table, "counter");
     table_ = def.Name;
@@ -219,8 +223,9 @@ std::string WhatHappened(platform::ChildEnd end, const std::string& fault) {
     case platform::ChildEnd::Crashed:
       return "It could not be read: the file seems to be damaged.";
     default:
-      return fault.empty() ? "It could not be read: it is damaged, protected by a password, or no league file."
-                           : "It could not be brought over: " + fault;
+      return fault.empty()
+                 ? "It could not be read: it is damaged, protected by a password, or no league file."
+                 : "It could not be brought over: " + fault;
   }
 }
 
@@ -275,8 +280,8 @@ std::string ConvertInPlace(engine::DBEngine& engine, const std::string& path, co
     // The copy is complete and on the disk before the original's name is given away.
     std::string kept;
     for (int number = 1; kept.empty(); ++number) {
-      const std::string candidate = common::GetFolder(path) + common::GetFileTitle(path, true) + " (original" +
-                                    (number > 1 ? fmt::format(" {}", number) : "") + ").lgx";
+      const std::string candidate = common::GetFolder(path) + common::GetFileTitle(path, true) +
+                                    " (original" + (number > 1 ? fmt::format(" {}", number) : "") + ").lgx";
       if (!fs::exists(Utf8Path(candidate), error)) kept = candidate;
     }
     fs::copy_file(Utf8Path(path), Utf8Path(kept));

@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QMenuBar>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -49,6 +50,7 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
                      {tr("Laps"), 700, Qt::AlignHCenter},
                      {tr("Miles"), 800, Qt::AlignHCenter},
                      {tr("Standings File"), 2500, Qt::AlignLeft}});
+  grid_->horizontalHeader()->setStretchLastSection(true);
   layout->addWidget(grid_);
   auto* row = new QHBoxLayout;
   static constexpr const char* kCaptions[] = {"Calculate", "Edit", "Remove", "Import", "HTML..."};

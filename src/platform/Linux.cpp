@@ -218,8 +218,8 @@ ChildEnd RunChild(const std::string& program, const std::vector<std::string>& ar
   std::string rest;
   char buffer[65536];
   while (end == ChildEnd::Done) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline -
-                                                                            std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     pollfd waiting{ends[0], POLLIN, 0};
     if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) == 0) {
       end = ChildEnd::TimedOut;

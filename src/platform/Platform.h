@@ -67,9 +67,9 @@ struct ChildLimits {
   int megabytes = 1024;  // of memory
 };
 
-// Runs a program and hands over its standard output line by line, without the line ends. The program is stopped when
-// it overruns its limits, or when `line` returns false, which counts as Failed.
-ChildEnd RunChild(const std::string& program, const std::vector<std::string>& arguments, const ChildLimits& limits,
-                  const std::function<bool(std::string_view)>& line);
+// Runs a program and hands over its standard output line by line, without the line ends. The program is
+// stopped when it overruns its limits, or when `line` returns false, which counts as Failed.
+ChildEnd RunChild(const std::string& program, const std::vector<std::string>& arguments,
+                  const ChildLimits& limits, const std::function<bool(std::string_view)>& line);
 
 }  // namespace scorvane::platform

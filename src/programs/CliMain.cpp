@@ -306,6 +306,13 @@ class CommandLine {
     columns->add_option("--show", columns_.show, "Show these columns")->delimiter(',')->type_name("NAME,...");
     columns->add_option("--hide", columns_.hide, "Hide these columns")->delimiter(',')->type_name("NAME,...");
 
+    CLI::App* convert = Add("convert", "Bring a league file of the old database format over into a new one",
+                            [this] { cli::Convert(common_, league_, folder_); });
+    convert->add_option("OLD", league_, "The old file; it is only read")->required();
+    convert->add_option("NEW", folder_, "The new league file")->required();
+    AddForLeague("check", "Look a league file over, without changing it",
+                 [this] { cli::Check(common_, league_); });
+
     CLI::App* sql = Add("sql", "Run one SQL statement on a league file or the template",
                         [this] { cli::Sql(common_, league_, statement_); });
     sql->add_option("DATABASE", league_, "The file")->required();

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTest>
+#include <filesystem>
+#include <fstream>
 
 #include "app/RecentFiles.h"
 #include "common/ScriptedUserInterface.h"
@@ -27,8 +29,8 @@ class MainWindow : public test::LeagueFixture {
     const auto league = engine_.DefaultWorkspace().OpenDatabase(path);
     for (int i = 1; i <= races; ++i) {
       const std::string number = std::to_string(i);
-      league->Execute("INSERT INTO Race (Name, FileName, Length, Laps) VALUES ('Track " + number + "','" + number +
-                      ".stn','2.5'," + std::to_string(100 + i) + ")");
+      league->Execute("INSERT INTO Race (Name, FileName, Length, Laps) VALUES ('Track " + number + "','" +
+                      number + ".stn','2.5'," + std::to_string(100 + i) + ")");
     }
     return path;
   }
@@ -138,7 +140,9 @@ TEST_F(MainWindow, BadFilesLeaveAMessageAndAWorkingWindow) {
   EXPECT_EQ(ui_.messages[0].title, "Open File Error");
 
   const std::string text = folder_.File("text.lgx");
-  { std::ofstream(text) << "not a league at all, but long enough to look at: " << std::string(200, '.'); }
+  {
+    std::ofstream(text) << "not a league at all, but long enough to look at: " << std::string(200, '.');
+  }
   window_.OpenLeagueFile(text);
   ASSERT_EQ(ui_.messages.size(), 2U);
   EXPECT_NE(ui_.messages[1].text.find("Unrecognized database format"), std::string::npos);

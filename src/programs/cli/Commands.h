@@ -116,6 +116,11 @@ struct ResultOptions {
 };
 void EditResults(const CommonOptions& common, const ResultOptions& options);
 
+// Brings a league file of the old database format over into a new file.
+void Convert(const CommonOptions& common, const std::string& from, const std::string& to);
+// Looks a league file over without changing it; throws CommandError when something is wrong.
+void Check(const CommonOptions& common, const std::string& path);
+
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement);
 
 }  // namespace scorvane::cli

@@ -1,0 +1,316 @@
+// Drivers, points and results, edited as a user edits them: by keys and clicks, boxes on top of boxes.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QRadioButton>
+#include <functional>
+
+#include "common/SettingsStore.h"
+#include "forms/FormFixture.h"
+#include "forms/frmDriverList.h"
+#include "forms/frmEditColumns.h"
+#include "forms/frmEditDriver.h"
+#include "forms/frmEditDriver2.h"
+#include "forms/frmEditRace.h"
+#include "forms/frmExport.h"
+#include "forms/frmOfflineSettings.h"
+#include "forms/frmPointSystem.h"
+#include "forms/widgets/SelectionGrid.h"
+#include "scoring/RaceScoring.h"
+
+namespace scorvane::forms {
+namespace {
+
+class Editing : public FormFixture {
+ protected:
+  // Works the modal dialog that the next step opens. A dialog that is never answered is closed, and the test
+  // fails.
+  static void OnModal(std::function<void(QWidget&)> work) {
+    QTimer::singleShot(0, qApp, [work = std::move(work)] {
+      QWidget* dialog = QApplication::activeModalWidget();
+      ASSERT_NE(dialog, nullptr) << "no dialog came up";
+      work(*dialog);
+      if (QApplication::activeModalWidget() == dialog) {
+        ADD_FAILURE() << "the dialog " << dialog->objectName().toStdString() << " is still there";
+        dialog->close();
+      }
+    });
+  }
+  static void Type(QWidget& form, const char* box, const char* text) {
+    auto& field = Find<QLineEdit>(form, box);
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, QString::fromUtf8(text));
+  }
+  static std::string TextOf(QWidget& form, const char* box) {
+    return Utf8(Find<QLineEdit>(form, box).text());
+  }
+  std::string Ask(const char* sql) { return test::Single(session_.League(), sql); }
+};
+
+TEST_F(Editing, DriversAreAddedChangedMergedAndRemoved) {
+  OpenLeague(0);
+  for (const char* name : {"Ann", "Bob", "Carl"}) {
+    session_.League().Execute(std::string("INSERT INTO Driver (Name) VALUES ('") + name + "')");
+  }
+  session_.League().Execute("INSERT INTO Race (Name) VALUES ('x')");
+  session_.League().Execute("INSERT INTO Stats (RaceID, DriverID, Points) VALUES (1, 1, 10)");
+  session_.League().Execute("INSERT INTO Stats (RaceID, DriverID, Points) VALUES (1, 2, 5)");
+  frmDriverList list(context_);
+  auto& grid = Find<SelectionGrid>(list, "fgDList");
+  EXPECT_EQ(Utf8(Find<QLabel>(list, "lblNumDrivers").text()), "3");
+
+  OnModal([](QWidget& editor) {
+    EXPECT_FALSE(Button(editor, 0).isEnabled());
+    Type(editor, "txtName", "Pat O'Test|");
+    Type(editor, "txtHandicap", "x-3y");
+    EXPECT_EQ(TextOf(editor, "txtName"), "Pat O'Test");
+    EXPECT_EQ(TextOf(editor, "txtHandicap"), "-3");
+    Click(editor, 0);
+  });
+  QTest::keyClick(&grid, Qt::Key_Insert);
+  EXPECT_EQ(Utf8(grid.Cell(grid.CurrentRow(), 0)), "Pat O'Test");
+  EXPECT_EQ(Ask("SELECT Handicap FROM Driver WHERE Name='Pat O''Test'"), "-3");
+
+  // A name that another driver has: refused for a new driver, a merge for an old one.
+  OnModal([](QWidget& editor) {
+    Type(editor, "txtName", "ANN");
+    Click(editor, 0);
+    Click(editor, 1);
+  });
+  Click(list, 1);
+  EXPECT_EQ(ui_.messages.back().title, "Cannot Add Driver");
+  ui_.answers = {common::Answer::No, common::Answer::Yes};
+  grid.SelectRows(1, 1);
+  OnModal([this](QWidget& editor) {
+    Type(editor, "txtName", "ann");
+    Click(editor, 0);  // answered with No: it stays
+    EXPECT_TRUE(editor.isVisible());
+    EXPECT_EQ(
+        ui_.messages.back().text,
+        "\"ann\" already exists!\r\nDo you want to merge the points of both drivers into a single driver?");
+    Click(editor, 0);
+  });
+  QTest::keyClick(&grid, Qt::Key_Return);
+  EXPECT_EQ(Ask("SELECT Sum(Points) FROM Stats WHERE DriverID=1"), "15");
+  EXPECT_EQ(Ask("SELECT Count(*) FROM Driver WHERE Name='Bob'"), "0");
+  EXPECT_EQ(Utf8(grid.Cell(grid.CurrentRow(), 0)), "Ann");
+
+  QTest::keyClick(&grid, Qt::Key_A, Qt::ControlModifier);
+  EXPECT_FALSE(Button(list, 0).isEnabled());
+  Click(list, 4);
+  EXPECT_EQ(Ask("SELECT Count(*) FROM Driver WHERE Exclude=True"), "3");
+  Click(list, 6);
+  EXPECT_EQ(Ask("SELECT Count(*) FROM Stats"), "0");
+  EXPECT_EQ(ui_.messages.back().title, "Process Completed");
+  ui_.answers = {common::Answer::Yes};
+  QTest::keyClick(&grid, Qt::Key_Delete);
+  EXPECT_EQ(
+      ui_.messages.back().text,
+      "Removing these drivers will also remove the points associated with these drivers.\r\nDo you want to "
+      "continue?");
+  EXPECT_EQ(Utf8(Find<QLabel>(list, "lblNumDrivers").text()), "0");
+  EXPECT_EQ(grid.rowCount(), 1);
+  for (const int index : {0, 2, 3, 4}) EXPECT_FALSE(Button(list, index).isEnabled()) << index;
+}
+
+TEST_F(Editing, PointSystemIsFilledAndSaved) {
+  OpenLeague(0);
+  frmPointSystem editor(context_);
+  auto& grid = Find<SelectionGrid>(editor, "fgPoints");
+  EXPECT_EQ(TextOf(editor, "txtPoints_0"), "43");
+  EXPECT_FALSE(Button(editor, 1).isEnabled());
+  EXPECT_FALSE(Find<QLineEdit>(editor, "txtPoints_1").isEnabled());
+  editor.show();
+  editor.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&editor));
+  Find<QCheckBox>(editor, "chkUsePositions").click();
+  EXPECT_TRUE(Button(editor, 1).isEnabled());
+
+  grid.SelectRows(0, 4);
+  EXPECT_EQ(TextOf(editor, "txtPoints_4"), "5");  // 175, 170
+  Type(editor, "txtPoints_3", "a1b0");
+  Type(editor, "txtPoints_4", "3");
+  Find<QPushButton>(editor, "cmdFill").click();
+  std::string filled;
+  for (int row = 0; row < 5; ++row) filled += Utf8(grid.Cell(row, 1)) + " ";
+  EXPECT_EQ(filled, "10 7 4 1 0 ");
+  Find<QRadioButton>(editor, "optPoints_1").click();
+  grid.SelectRows(0, 0);
+  Type(editor, "txtPoints_3", "250000");
+  Find<QPushButton>(editor, "cmdFill").click();
+  Type(editor, "txtPoints_0", "6");
+  Find<QLineEdit>(editor, "txtPoints_1").setFocus();
+  QApplication::processEvents();
+  EXPECT_EQ(grid.rowCount(), 6);
+  Find<QCheckBox>(editor, "chkUseBonus").click();
+  Type(editor, "txtBonus_2", "12");
+
+  // The close box asks; Cancel keeps the dialog, Yes saves.
+  ui_.answers = {common::Answer::Cancel, common::Answer::Yes};
+  editor.close();
+  EXPECT_TRUE(editor.isVisible());
+  EXPECT_EQ(ui_.messages.back().title, "Unsaved Changes");
+  editor.close();
+  EXPECT_FALSE(editor.isVisible());
+  EXPECT_EQ(test::Rows(session_.League(), "SELECT * FROM PointSystem WHERE Position<3"),
+            (std::vector<std::string>{"1|10|250000", "2|7|0"}));
+  EXPECT_EQ(Ask("SELECT Count(*) FROM PointSystem"), "6");
+  EXPECT_EQ(Ask("SELECT Points FROM Bonus WHERE BonusID=3"), "12");
+  EXPECT_TRUE(state_.useCustomPointSystem);
+}
+
+TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
+  engine::Database& league = OpenLeague(0, 0, 0, common::kLapTime);
+  league.Execute("INSERT INTO Race (Name, FileName, Length, Laps) VALUES ('Daytona','d.stn','2.5',200)");
+  for (int i = 1; i <= 5; ++i) {
+    league.Execute("INSERT INTO Driver (Name) VALUES ('Driver " + std::to_string(i) + "')");
+    league.Execute(
+        "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Points, Bonus) VALUES (1, " +
+        std::to_string(i) + "," + std::to_string(i) + "," + std::to_string(i) + ",200,0,0,0)");
+  }
+  frmEditRace editor(context_, {1, false});
+  auto& grid = Find<SelectionGrid>(editor, "fgDrivers");
+  EXPECT_EQ(Utf8(editor.windowTitle()), "Race Results - d.stn");
+  grid.SelectRows(2, 2);
+  QTest::keyClick(&grid, Qt::Key_Delete);
+  EXPECT_EQ(test::Rows(league, "SELECT Finish FROM Stats ORDER BY Finish"),
+            (std::vector<std::string>{"1", "2", "4", "5"}));
+
+  OnModal([](QWidget& dialog) {
+    Type(dialog, "txtInfo_0", "3");
+    Type(dialog, "txtInfo_1", "9");
+    EXPECT_FALSE(Button(dialog, 1).isEnabled());
+    Type(dialog, "txtInfo_2", "J.R. New");  // one full stop is all that a typed name takes
+    Type(dialog, "txtInfo_5", "12.5");
+    Type(dialog, "txtInfo_8", "30.0.0");
+    EXPECT_EQ(TextOf(dialog, "txtInfo_2"), "J.R New");
+    EXPECT_EQ(TextOf(dialog, "txtInfo_5"), "125");
+    EXPECT_EQ(TextOf(dialog, "txtInfo_8"), "30.00");
+    Find<QComboBox>(dialog, "cboReasonOut").setCurrentText(QStringLiteral("won't run"));
+    Click(dialog, 1);
+  });
+  QTest::keyClick(&grid, Qt::Key_Insert);
+  EXPECT_EQ(Ask("SELECT Qualifying FROM Stats WHERE Finish=3"), "300");  // 2.5 miles in 30 seconds
+  EXPECT_EQ(Ask("SELECT Status FROM Stats WHERE Finish=3"), "won't run");
+  EXPECT_EQ(Utf8(grid.Cell(grid.rowCount() - 1, 8)), "30.000");
+
+  OnModal([](QWidget& dialog) {
+    EXPECT_EQ(TextOf(dialog, "txtInfo_8"), "30.000");
+    Type(dialog, "txtInfo_2", "Driver 1");
+    Type(dialog, "txtInfo_4", "7");
+    Click(dialog, 1);
+  });
+  QTest::keyClick(&grid, Qt::Key_Return);
+  EXPECT_EQ(Ask("SELECT DriverID FROM Stats WHERE Finish=3"), "1");
+  EXPECT_EQ(Ask("SELECT Qualifying FROM Stats WHERE Finish=3"), "300");
+
+  ui_.answers = {common::Answer::No, common::Answer::Yes};
+  Click(editor, 4);
+  EXPECT_EQ(Ask("SELECT Max(Points) FROM Stats WHERE Finish<3"), "0");
+  Click(editor, 4);
+  EXPECT_EQ(ui_.messages.back().title, "Warning");
+  EXPECT_EQ(test::Rows(league, "SELECT Finish, Points FROM Stats ORDER BY Finish"),
+            (std::vector<std::string>{"1|175", "2|170", "3|175", "4|160", "5|155"}));
+
+  QTest::keyClick(&grid, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(&grid, Qt::Key_Delete);
+  EXPECT_EQ(grid.rowCount(), 1);
+  EXPECT_FALSE(Button(editor, 1).isEnabled());
+  EXPECT_FALSE(Button(editor, 2).isEnabled());
+  QTest::keyClick(&grid, Qt::Key_Return);  // nothing to edit
+}
+
+TEST_F(Editing, CriteriaAreOrdered) {
+  OpenLeague(0, common::kOffline);
+  frmOfflineSettings dialog(context_);
+  auto& grid = Find<SelectionGrid>(dialog, "fgPriorities");
+  const QString first = grid.Cell(0, 1);
+  const QString third = grid.Cell(2, 1);
+  EXPECT_FALSE(Find<QWidget>(dialog, "cmdMove_0").isEnabled());
+  grid.SelectRows(0, 1);
+  auto& down = Find<QAbstractButton>(dialog, "cmdMove_1");
+  QTest::mouseClick(&down, Qt::LeftButton);
+  EXPECT_EQ(grid.Cell(0, 1), third);
+  EXPECT_EQ(grid.Cell(1, 1), first);
+  EXPECT_EQ(grid.FirstSelected(), 1);
+  EXPECT_EQ(grid.LastSelected(), 2);
+  ui_.answers = {common::Answer::Cancel};
+  dialog.show();
+  dialog.close();
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_EQ(ui_.messages.back().title, "Unsaved Information");
+  Click(dialog, 1);
+  EXPECT_EQ(Ask("SELECT Name FROM RankCriteria WHERE Priority=1"), Utf8(third));
+}
+
+TEST_F(Editing, ColumnsAreChosenAndMoved) {
+  OpenLeague(0);
+  frmEditColumns editor(context_, 1, QStringLiteral("Point Standings"));
+  auto& list = Find<QListWidget>(editor, "lstColumns");
+  Click(editor, 3);
+  EXPECT_FALSE(Button(editor, 0).isEnabled());
+  list.item(1)->setCheckState(Qt::Checked);
+  EXPECT_TRUE(Button(editor, 0).isEnabled());
+  list.setCurrentRow(1);
+  QTest::keyClick(&list, Qt::Key_Up, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(list.currentRow(), 1);
+  QTest::keyClick(&list, Qt::Key_Up, Qt::ControlModifier);
+  EXPECT_EQ(list.currentRow(), 0);
+  EXPECT_FALSE(Button(editor, 4).isEnabled());
+  Click(editor, 0);
+  EXPECT_FALSE(editor.Cancelled());
+  EXPECT_EQ(test::Rows(*template_, "SELECT Name FROM ReportField WHERE ReportID=1 AND Hidden=False"),
+            std::vector<std::string>{"Points"});
+  EXPECT_EQ(test::Single(*template_, "SELECT Sequence FROM ReportField WHERE ReportID=1 AND Name='Points'"),
+            "1");
+}
+
+TEST_F(Editing, ExportDialogKeepsThePagesLook) {
+  engine::Database& league = OpenLeague(0);
+  {
+    frmExport dialog(context_, {});
+    EXPECT_EQ(TextOf(dialog, "txtLayout_1"), "3");
+    auto& alternate = Find<QCheckBox>(dialog, "chkRowColors_2");
+    EXPECT_FALSE(alternate.isEnabled());
+    Find<QCheckBox>(dialog, "chkRowColors_1").click();
+    alternate.click();
+    Find<QCheckBox>(dialog, "chkRowColors_1").click();
+    EXPECT_FALSE(alternate.isChecked());
+    Find<QCheckBox>(dialog, "chkRowColors_1").click();
+    ui_.colorsToPick = {{true, 0x0000FF}, {false, 0x123456}};
+    auto& square = Find<ColorSquare>(dialog, "lblColor_11");
+    QTest::mouseClick(&square, Qt::LeftButton);
+    QTest::mouseClick(&square, Qt::LeftButton);
+    EXPECT_EQ(square.Color(), 0x0000FF);
+    Type(dialog, "txtLayout_0", "2x50");
+    Find<QCheckBox>(dialog, "chkBGImage").click();
+    Find<QLineEdit>(dialog, "txtBGImage").setText(QStringLiteral("back.gif"));
+    Find<QPlainTextEdit>(dialog, "txtHeading").setPlainText(QStringLiteral("Fall League\n2003"));
+    Find<QComboBox>(dialog, "cboFontSize").setCurrentIndex(2);
+    Click(dialog, 0);
+    EXPECT_FALSE(dialog.Cancelled());
+  }
+  const std::vector<std::pair<int, std::string>> stored = {
+      {2, "Fall League\r\n2003"}, {16, "2"},  {100, "True"}, {101, "back.gif"},
+      {113, "&H000000FF"},        {201, "1"}, {202, "0"},    {300, "100"}};
+  for (const auto& [id, value] : stored) EXPECT_EQ(common::GetSettingValue(league, id), value) << id;
+  frmExport again(context_, {});
+  EXPECT_EQ(again.Texts().heading, "Fall League\r\n2003");
+  EXPECT_EQ(again.Look(), reports::ReadPageLook(league));
+
+  // There is nothing to show yet: the preview says so and leaves no file.
+  QTest::mouseClick(&Find<QPushButton>(again, "cmdPreview"), Qt::LeftButton);
+  EXPECT_EQ(ui_.messages.back().text, "Error creating HTML file...");
+  EXPECT_FALSE(std::filesystem::exists(folder_.File("Preview.htm")));
+  ImportSeason();
+  ui_.shellOpens = false;
+  frmExport page(context_, {reports::PageSubject::kRace, 1});
+  QTest::mouseClick(&Find<QPushButton>(page, "cmdPreview"), Qt::LeftButton);
+  EXPECT_EQ(ui_.messages.back().text, "Error viewing preview...");
+  EXPECT_TRUE(std::filesystem::exists(folder_.File("Preview.htm")));
+}
+
+}  // namespace
+}  // namespace scorvane::forms

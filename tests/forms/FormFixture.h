@@ -1,0 +1,88 @@
+// A session with a league file for dialogs to work on, and the hands that work them.
+#pragma once
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "app/ImportFiles.h"
+#include "common/ScriptedUserInterface.h"
+#include "db/LeagueFixture.h"
+#include "forms/FormContext.h"
+#include "forms/widgets/Text.h"
+
+namespace scorvane::forms {
+
+class FormFixture : public test::LeagueFixture {
+ protected:
+  FormFixture() : session_(engine_, *template_, state_, ui_) {
+    qputenv("SCORVANE_HOME", QByteArray::fromStdString(folder_.Path().string()));
+  }
+  ~FormFixture() override { qunsetenv("SCORVANE_HOME"); }
+
+  // Makes a league and opens it.
+  engine::Database& OpenLeague(std::int16_t simType, std::int16_t leagueType = common::kOnline,
+                               std::int16_t droppedRaces = 0, std::int16_t lapMethod = common::kLapSpeed) {
+    const std::string path = folder_.File("open.lgx");
+    db::CreateLeagueFile(engine_, path, simType, leagueType, *template_, droppedRaces, lapMethod);
+    EXPECT_TRUE(session_.OpenLeagueFile(path));
+    return session_.League();
+  }
+
+  // Only the window in front takes mnemonics.
+  static void Show(QWidget& form) {
+    form.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&form));
+  }
+
+  template <typename Widget>
+  static Widget& Find(QWidget& form, const char* name) {
+    auto* found = form.findChild<Widget*>(QString::fromLatin1(name));
+    if (found == nullptr) throw std::runtime_error(std::string("no control ") + name);
+    return *found;
+  }
+  static QPushButton& Button(QWidget& form, int index) {
+    return Find<QPushButton>(form, ("cmdButton_" + std::to_string(index)).c_str());
+  }
+  static void Click(QWidget& form, int index) { QTest::mouseClick(&Button(form, index), Qt::LeftButton); }
+
+  // A button that is pressed by its letter goes down and, a moment later, up.
+  static void PressMnemonic(QWidget& form, Qt::Key key) {
+    QTest::keyClick(&form, key, Qt::AltModifier);
+    QTest::qWait(150);
+  }
+
+  static std::vector<std::string> SeasonFiles() {
+    std::vector<std::string> files;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(SCORVANE_SOURCE_DIR "/share/samples/season-1998"))
+      if (entry.path().extension() == ".stn") files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+  // The season as races of the open league.
+  void ImportSeason() {
+    app::PrepareImport(session_.League(), *template_, state_);
+    const app::StagedFiles staged =
+        app::StageFiles(session_.League(), state_, ui_, SeasonFiles(), {common::kLapSpeed, true});
+    ASSERT_EQ(staged.files.size(), 33U);
+    app::ImportStaged(session_.League(), state_, ui_);
+  }
+
+  common::ProcessState state_;
+  common::ScriptedUserInterface ui_;
+  app::LeagueSession session_;
+  FormContext context_{engine_, *template_, state_, ui_, session_};
+};
+
+}  // namespace scorvane::forms
