@@ -4,6 +4,7 @@
 #include <QColorDialog>
 #include <QDesktopServices>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QUrl>
 
@@ -64,13 +65,18 @@ class DialogProgress : public common::Progress {
   frmProgress dialog_;
 };
 
-void Prepare(QFileDialog& dialog, const common::FileRequest& request) {
+// A dialog that is told no folder, or one that is not there, starts where the last file was chosen.
+void Prepare(QFileDialog& dialog, const common::FileRequest& request, const QString& lastFolder) {
   if (!request.title.empty()) dialog.setWindowTitle(Q(request.title));
   const QString filters = QtFilter(request.filter);
   dialog.setNameFilter(filters);
   const QStringList entries = filters.split(QStringLiteral(";;"));
   if (request.filterIndex < entries.size()) dialog.selectNameFilter(entries[request.filterIndex]);
-  if (!request.folder.empty()) dialog.setDirectory(Q(request.folder));
+  if (!request.folder.empty() && QFileInfo::exists(Q(request.folder))) {
+    dialog.setDirectory(Q(request.folder));
+  } else if (!lastFolder.isEmpty()) {
+    dialog.setDirectory(lastFolder);
+  }
   if (!request.name.empty()) dialog.selectFile(Q(request.name));
 }
 
@@ -115,10 +121,11 @@ common::Answer QtUserInterface::Ask(const common::Message& message, common::Butt
 std::vector<std::string> QtUserInterface::OpenFiles(const common::FileRequest& request) {
   QFileDialog dialog(FrontWindow());
   dialog.setFileMode(request.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
-  Prepare(dialog, request);
+  Prepare(dialog, request, folder_);
   std::vector<std::string> paths;
-  if (dialog.exec() == QDialog::Accepted)
-    for (const QString& path : dialog.selectedFiles()) paths.push_back(Utf8(path));
+  if (dialog.exec() != QDialog::Accepted) return paths;
+  folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();
+  for (const QString& path : dialog.selectedFiles()) paths.push_back(Utf8(path));
   return paths;
 }
 
@@ -126,8 +133,9 @@ std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
   QFileDialog dialog(FrontWindow());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setOption(QFileDialog::DontConfirmOverwrite);
-  Prepare(dialog, request);
+  Prepare(dialog, request, folder_);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+  folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();
   return Utf8(dialog.selectedFiles().constFirst());
 }
 

@@ -18,6 +18,9 @@ class QtUserInterface : public common::UserInterface {
   bool PickColor(std::uint32_t& color) override;
   std::unique_ptr<common::Progress> StartProgress(const std::string& caption, int maximum) override;
   bool ShellOpen(const std::string& path) override;
+
+ private:
+  QString folder_;  // where the last file was chosen
 };
 
 // "Standings File (*.stn)|*.stn" as Qt writes filters; patterns match in either letter case.
