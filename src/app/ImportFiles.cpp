@@ -20,7 +20,9 @@ std::string ResultFolder(const common::ProcessState& state) {
   // NASCAR Racing 2 has no folder of its own here.
   const std::int16_t simType =
       state.simType == common::kNascarRacing2 ? std::int16_t{common::kNascarRacing3} : state.simType;
-  const std::string& home = state.simFolders.at(SimFolderIndex(simType).value());
+  const auto index = SimFolderIndex(simType);
+  if (!index) return {};
+  const std::string& home = state.simFolders[*index];
   if (common::TrimBlanks(home).empty()) return {};
   const char* name = simType >= common::kNascarRacing2002 ? "exports_imports" : "exports";
   const std::string found = common::FindIgnoringCase(home, name);

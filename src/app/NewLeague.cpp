@@ -91,7 +91,7 @@ Creation CreateLeagueAsking(engine::DBEngine& engine, LeagueSession& session, co
 bool CanSwitchSimulation(common::ProcessState& state, common::UserInterface& ui, std::int16_t simType) {
   if (simType < common::kNascarRacing4 || simType == state.simType) return true;
   if (LacksSimFolder(state, simType)) {
-    const std::string_view name = Simulations().at(SimFolderIndex(simType).value()).name;
+    const std::string_view name = Simulations().at(SimFolderIndex(simType).value_or(0)).name;
     ui.ShowMessage({fmt::format("Scorvane needs to know the path of\r\n{} before this file can be\r\n"
                                 "switched to that simulation.",
                                 name),

@@ -218,7 +218,8 @@ void frmAddRaces::AddFiles() {
 void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   const bool several = paths.size() > 1;
   const bool shown = isVisible();
-  // Behind the progress dialog only; as a dialog it is not over.
+  // Out of sight only: hiding it as a dialog would end it.
+  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
   if (several && shown) QWidget::setVisible(false);
   app::StagedFiles staged;
   const bool done = Guarded(context_.ui, [&] {
@@ -232,7 +233,7 @@ void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
     context_.ui.ShowMessage(app::FailedFilesWarning(staged.failed));
   if (several && shown) {
     setModal(true);
-    QWidget::setVisible(true);
+    QWidget::setVisible(true);  // NOLINT(bugprone-parent-virtual-call)
     activateWindow();
   }
 }

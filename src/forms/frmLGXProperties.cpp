@@ -87,7 +87,7 @@ frmLGXProperties::frmLGXProperties(FormContext& context, QWidget* parent)
   const auto buttons = AddButtons(layout, this, {{0, tr("Create")}, {1, tr("Cancel")}});
   accept_ = buttons.at(0);
   accept_->setDefault(true);
-  connect(accept_, &QPushButton::clicked, this, &frmLGXProperties::Accept);
+  connect(accept_, &QPushButton::clicked, this, &frmLGXProperties::TakeOver);
   connect(buttons.at(1), &QPushButton::clicked, this, &frmLGXProperties::reject);
   connect(txtFileName_, &QLineEdit::textChanged, this, &frmLGXProperties::UpdateButtons);
   NewDialog(true);
@@ -130,7 +130,7 @@ app::LeagueProperties frmLGXProperties::Properties() const {
           static_cast<std::int16_t>(cboDroppedRaces_->currentIndex()), LapReportingMethod()};
 }
 
-void frmLGXProperties::Accept() {
+void frmLGXProperties::TakeOver() {
   bool done = false;
   Guarded(context_.ui, [&] {
     if (newDialog_) {

@@ -40,7 +40,7 @@ class frmLGXProperties : public QDialog {
 
  private:
   void UpdateButtons();
-  void Accept();
+  void TakeOver();
   bool Create();
   app::LeagueProperties Properties() const;
 

@@ -3,6 +3,7 @@
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QScreen>
+#include <QSet>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <string>
@@ -92,11 +93,11 @@ frmStats::frmStats(FormContext& context, QWidget* parent)
   connect(cboStat_, &QComboBox::currentIndexChanged, this, &frmStats::RunReport);
   connect(buttons_[kHtmlButton], &QPushButton::clicked, this, &frmStats::ExportStandingsHtml);
   connect(buttons_[kColumnsButton], &QPushButton::clicked, this, &frmStats::EditReportColumns);
-  Open();
+  Load();
   cboStat_->setFocus();
 }
 
-void frmStats::Open() {
+void frmStats::Load() {
   Guarded(context_.ui, [&] {
     const WaitCursor wait;
     caption_->setText(Q(reports::StandingsCaption(
@@ -168,8 +169,11 @@ void frmStats::FitColumns(const std::vector<QStringList>& texts) {
   const int widest = metrics.averageCharWidth() * kWidestCharacters;
   for (int column = 0; column < fgCalcs_->columnCount(); ++column) {
     if (fgCalcs_->isColumnHidden(column)) continue;
+    // A long report says the same things over and over; each is measured once.
+    QSet<QString> different;
+    for (const QStringList& row : texts) different.insert(row[column]);
     int content = 0;
-    for (const QStringList& row : texts) content = std::max(content, metrics.horizontalAdvance(row[column]));
+    for (const QString& text : different) content = std::max(content, metrics.horizontalAdvance(text));
     const int needed = std::max(heading.horizontalAdvance(fgCalcs_->horizontalHeaderItem(column)->text()),
                                 std::min(content, widest));
     fgCalcs_->setColumnWidth(column, std::max(fgCalcs_->columnWidth(column), needed + kCellMargin));

@@ -22,7 +22,7 @@ class frmStats : public QDialog {
   explicit frmStats(FormContext& context, QWidget* parent = nullptr);
 
  private:
-  void Open();
+  void Load();
   void RunReport();
   void ShowReport(const reports::ReportTable& table);
   void FitColumns(const std::vector<QStringList>& texts);

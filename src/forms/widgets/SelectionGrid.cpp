@@ -69,15 +69,21 @@ QString SelectionGrid::Cell(int row, int column) const {
 
 void SelectionGrid::SetCell(int row, int column, const QString& text) {
   QTableWidgetItem* cell = item(row, column);
-  if (cell == nullptr) {
+  const bool isNew = cell == nullptr;
+  if (isNew) {
     cell = new QTableWidgetItem;
     const int alignment = horizontalHeaderItem(column)->data(Qt::UserRole).toInt();
     cell->setTextAlignment(Qt::Alignment(alignment) | Qt::AlignVCenter);
-    setItem(row, column, cell);
   }
   cell->setText(text);
   // What does not fit is shown in full when the mouse rests on it.
-  cell->setToolTip(fontMetrics().horizontalAdvance(text) > columnWidth(column) - 8 ? text : QString());
+  if (fontMetrics().horizontalAdvance(text) > columnWidth(column) - 8) {
+    cell->setToolTip(text);
+  } else if (!isNew) {
+    cell->setToolTip({});
+  }
+  // Last, so that the grid hears of a new cell once and not of each thing that is set.
+  if (isNew) setItem(row, column, cell);
 }
 
 int SelectionGrid::FirstSelected() const {
