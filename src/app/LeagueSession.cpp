@@ -102,10 +102,11 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
 }
 
 bool LeagueSession::AgreesToConvert(const std::string& path) {
-  const common::Message question{"\"" + path +
-                                     "\" is a league file of the old database format.\r\nScorvane converts it, and "
-                                     "keeps the original beside it.\r\nDo you want to convert it now?",
-                                 "Old League File", common::MessageIcon::Question};
+  const common::Message question{
+      "\"" + path +
+          "\" is a league file of the old database format.\r\nScorvane converts it, and "
+          "keeps the original beside it.\r\nDo you want to convert it now?",
+      "Old League File", common::MessageIcon::Question};
   return ui_.Ask(question, common::Buttons::YesNo) == common::Answer::Yes;
 }
 

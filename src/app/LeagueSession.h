@@ -31,12 +31,12 @@ class LeagueSession {
   // look at it does not.
   enum class Use { Everything, WithoutImport };
 
-  // A file of the old database format is converted in its place when the user agrees; the original stays beside it.
-  // Closes the open file, opens this one, gives it what it lacks and reads its settings into the process
-  // state; for a league of a newer simulation it asks for the simulation's folder when that is not known, and
-  // builds the track catalogue. False, after a message, when there is no such file: the open one then stays
-  // open; and when the folder stays unknown: no file is open then. Throws EngineError when the file cannot be
-  // used as a league; no file is open then.
+  // A file of the old database format is converted in its place when the user agrees; the original stays
+  // beside it. Closes the open file, opens this one, gives it what it lacks and reads its settings into the
+  // process state; for a league of a newer simulation it asks for the simulation's folder when that is not
+  // known, and builds the track catalogue. False, after a message, when there is no such file: the open one
+  // then stays open; and when the folder stays unknown: no file is open then. Throws EngineError when the
+  // file cannot be used as a league; no file is open then.
   bool OpenLeagueFile(const std::string& path, Use use = Use::Everything);
 
   // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a

@@ -23,12 +23,12 @@ struct Message {
 
 // What a file dialog starts with.
 struct FileRequest {
-  std::string filter;      // "Standings File (*.stn)|*.stn|All Files (*.*)|*.*"
-  std::string folder;      // empty for the dialog's own choice
-  std::string name;        // preset file name
-  std::string title;       // empty for the dialog's own
-  int filterIndex = 0;     // the entry of the filter that is chosen at first, from 0
-  bool several = false;    // several files may be chosen
+  std::string filter;    // "Standings File (*.stn)|*.stn|All Files (*.*)|*.*"
+  std::string folder;    // empty for the dialog's own choice
+  std::string name;      // preset file name
+  std::string title;     // empty for the dialog's own
+  int filterIndex = 0;   // the entry of the filter that is chosen at first, from 0
+  bool several = false;  // several files may be chosen
 };
 
 // A progress dialog: it is there from StartProgress until it is destroyed. Every call repaints.
@@ -48,7 +48,8 @@ class UserInterface {
   virtual Answer Ask(const Message& message, Buttons buttons) = 0;
   // The chosen paths, empty when cancelled.
   virtual std::vector<std::string> OpenFiles(const FileRequest& request) = 0;
-  // The chosen path, empty when cancelled. Whether a file of that name may be replaced is the caller's question.
+  // The chosen path, empty when cancelled. Whether a file of that name may be replaced is the caller's
+  // question.
   virtual std::string SaveFile(const FileRequest& request) = 0;
   virtual std::string PickFolder(const std::string& title, const std::string& folder) = 0;
   // Red in the low byte; false when cancelled.

@@ -595,7 +595,8 @@ void Database::SetCounter(std::string_view tableName, std::int32_t last) {
     Bind(raise.get(), 2, number);
     StepToEnd(*impl_, raise.get());
     StatementPtr add = impl_->Prepare(
-        "INSERT INTO sqlite_sequence (name, seq) SELECT ?1, ?2 WHERE NOT EXISTS (SELECT 1 FROM sqlite_sequence WHERE "
+        "INSERT INTO sqlite_sequence (name, seq) SELECT ?1, ?2 WHERE NOT EXISTS (SELECT 1 FROM "
+        "sqlite_sequence WHERE "
         "name = ?1)");
     Bind(add.get(), 1, name);
     Bind(add.get(), 2, number);
@@ -614,8 +615,8 @@ std::vector<std::string> Database::CheckIntegrity() {
   if (code != SQLITE_DONE) faults.emplace_back("the file cannot be read to its end");
   StatementPtr links = impl_->Prepare("PRAGMA foreign_key_check");
   while (sqlite3_step(links.get()) == SQLITE_ROW && faults.size() < 40) {
-    faults.push_back(fmt::format("a row of {} names a row of {} that is not there", TextColumn(links.get(), 0),
-                                 TextColumn(links.get(), 2)));
+    faults.push_back(fmt::format("a row of {} names a row of {} that is not there",
+                                 TextColumn(links.get(), 0), TextColumn(links.get(), 2)));
   }
   return faults;
 }

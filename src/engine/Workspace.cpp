@@ -122,8 +122,8 @@ std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
 
 std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenOptions options) {
   const std::string full = FullPath(path);
-  // Closing any handle of a file drops the locks that this process has on it: a file that is open here already is
-  // not looked into again.
+  // Closing any handle of a file drops the locks that this process has on it: a file that is open here
+  // already is not looked into again.
   if (FindDatabase(full) != nullptr) {
     if (options.exclusive) throw EngineError(kFileInUse, full);
   } else {

@@ -43,8 +43,8 @@ class ScriptedUserInterface : public UserInterface {
   bool shellOpens = true;
 
   // What happened, in order.
-  std::vector<Message> messages;   // plain messages and questions alike
-  std::vector<Buttons> questions;  // the buttons of the questions
+  std::vector<Message> messages;     // plain messages and questions alike
+  std::vector<Buttons> questions;    // the buttons of the questions
   std::vector<FileRequest> dialogs;  // of a folder picker: its title and folder
   std::vector<std::shared_ptr<ProgressRecord>> progress;
   std::vector<std::string> shellOpened;
