@@ -14,6 +14,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 PROGRAM, SOURCE = sys.argv[1], sys.argv[2]
@@ -119,6 +120,61 @@ class OldFileTest(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("scorvane-mdbread", result.stderr)
         self.assertFalse(os.path.exists(self.new + "2"))
+
+    def test_locked_foreign_and_huge_files(self):
+        old = shutil.copy(os.path.join(LEGACY, FILES[0]), os.path.join(self.folder, "old.lgx"))
+        with open(old, "rb") as file:
+            whole = bytearray(file.read())
+        # Encrypted: everything behind the header is noise.
+        noise = random.Random(7)
+        encrypted = whole[:24] + bytes(noise.randrange(256) for _ in range(len(whole) - 24))
+        for content in (encrypted, whole[:4096], whole + bytes(100 << 20)):
+            with open(old, "wb") as file:
+                file.write(content)
+            if os.path.exists(self.new):
+                os.remove(self.new)
+            result = cli("convert", old, self.new, check=None)
+            self.assertIn(result.returncode, (0, 1))
+            self.assertEqual(os.path.exists(self.new), result.returncode == 0)
+            with open(old, "rb") as file:
+                self.assertEqual(file.read(), content)
+
+    def test_killed_conversions_leave_the_original(self):
+        old = shutil.copy(os.path.join(LEGACY, FILES[0]), os.path.join(self.folder, "old.lgx"))
+        with open(old, "rb") as file:
+            whole = file.read()
+        dice = random.Random(9)
+        for _ in range(20):
+            for name in os.listdir(self.folder):
+                if name.startswith("new"):
+                    os.remove(os.path.join(self.folder, name))
+            process = subprocess.Popen([PROGRAM, "convert", old, self.new], stdout=subprocess.DEVNULL,
+                                       stderr=subprocess.DEVNULL)
+            time.sleep(dice.uniform(0, 0.08))
+            process.kill()
+            process.wait()
+            with open(old, "rb") as file:
+                self.assertEqual(file.read(), whole)
+            # What is there is a whole league or is refused as none; a second try is not in its way.
+            if os.path.exists(self.new) and cli("check", self.new, check=None).returncode != 0:
+                os.remove(self.new)
+                if os.path.exists(self.new + "-journal"):
+                    os.remove(self.new + "-journal")
+            if not os.path.exists(self.new):
+                cli("convert", old, self.new)
+
+    @unittest.skipUnless(hasattr(os, "geteuid") and os.geteuid() == 0, "mounting needs root")
+    def test_full_disk(self):
+        disk = os.path.join(self.folder, "disk")
+        os.mkdir(disk)
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=48k", "tmpfs", disk], capture_output=True).returncode:
+            self.skipTest("no tmpfs here")
+        try:
+            result = cli("convert", os.path.join(LEGACY, FILES[0]), os.path.join(disk, "new.lgx"), check=1)
+            self.assertIn("space", result.stderr)
+            self.assertEqual(os.listdir(disk), [])
+        finally:
+            subprocess.run(["umount", disk], check=True)
 
     def test_damaged_files_never_endanger_anything(self):
         dice = random.Random(2000)
