@@ -8,6 +8,7 @@
 
 #include "Bench.h"
 #include "Loop.h"
+#include "Silent.h"
 #include "app/LeagueSession.h"
 #include "common/UserInterface.h"
 #include "db/MDBBuild.h"
@@ -28,27 +29,6 @@ namespace fs = std::filesystem;
 constexpr int kCars = 43;
 constexpr int kDropped = 10;
 constexpr int kEventFiles = 40;
-
-class Silent : public common::UserInterface {
- public:
-  void ShowMessage(const common::Message& message) override { throw std::runtime_error(message.text); }
-  common::Answer Ask(const common::Message& message, common::Buttons) override {
-    throw std::runtime_error(message.text);
-  }
-  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
-  std::string SaveFile(const common::FileRequest&) override { return {}; }
-  std::string PickFolder(const std::string&, const std::string&) override { return {}; }
-  bool PickColor(std::uint32_t&) override { return false; }
-  bool ShellOpen(const std::string&) override { return false; }
-  std::unique_ptr<common::Progress> StartProgress(const std::string&, int) override {
-    struct Nothing : common::Progress {
-      void SetInfo(const std::string&) override {}
-      void SetMaximum(int) override {}
-      void SetValue(int) override {}
-    };
-    return std::make_unique<Nothing>();
-  }
-};
 
 // A standings file as the simulation writes it: these drivers in an order of their own.
 void WriteFile(const std::string& path, std::mt19937& random, std::vector<std::string> drivers) {
@@ -106,7 +86,7 @@ int main(int argc, char** argv) {
   }
 
   engine::DBEngine engine;
-  Silent ui;
+  bench::Silent ui;
   common::ProcessState state;
   engine::OpenOptions readOnly;
   readOnly.readOnly = true;

@@ -1,7 +1,9 @@
 #include "forms/widgets/SelectionGrid.h"
 
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QToolTip>
 #include <algorithm>
 
 #include "forms/widgets/Twips.h"
@@ -76,13 +78,7 @@ void SelectionGrid::SetCell(int row, int column, const QString& text) {
     cell->setTextAlignment(Qt::Alignment(alignment) | Qt::AlignVCenter);
   }
   cell->setText(text);
-  // What does not fit is shown in full when the mouse rests on it.
-  if (fontMetrics().horizontalAdvance(text) > columnWidth(column) - 8) {
-    cell->setToolTip(text);
-  } else if (!isNew) {
-    cell->setToolTip({});
-  }
-  // Last, so that the grid hears of a new cell once and not of each thing that is set.
+  // A cell that is complete is announced to the view once.
   if (isNew) setItem(row, column, cell);
 }
 
@@ -118,6 +114,21 @@ void SelectionGrid::SelectRows(int first, int last) {
   const QItemSelection block(model()->index(std::min(first, last), 0),
                              model()->index(std::max(first, last), columnCount() - 1));
   selectionModel()->select(block, QItemSelectionModel::ClearAndSelect);
+}
+
+// What does not fit its cell is shown in full when the mouse rests on it. Worked out then, not for every
+// cell.
+bool SelectionGrid::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QTableWidgetItem* cell = itemAt(help->pos());
+    constexpr int kCellMargin = 8;
+    const bool cut = cell != nullptr && fontMetrics().horizontalAdvance(cell->text()) >
+                                            columnWidth(cell->column()) - kCellMargin;
+    QToolTip::showText(help->globalPos(), cut ? cell->text() : QString(), this);
+    return true;
+  }
+  return QTableWidget::viewportEvent(event);
 }
 
 void SelectionGrid::keyPressEvent(QKeyEvent* event) {

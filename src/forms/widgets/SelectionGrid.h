@@ -45,6 +45,7 @@ class SelectionGrid : public QTableWidget {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  bool viewportEvent(QEvent* event) override;
 };
 
 }  // namespace scorvane::forms
