@@ -319,7 +319,7 @@ void frmRaces::Import() {
 void frmRaces::RemoveRaces() {
   const common::Message question{
       "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?",
-      "Confirmation", common::MessageIcon::Question};
+      "Confirmation", common::MessageIcon::None};
   if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
