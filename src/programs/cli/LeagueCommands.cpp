@@ -130,7 +130,6 @@ void Criteria(const CommonOptions& common, const std::string& path, const std::v
     }
     std::vector<std::int32_t> ids;
     ids.reserve(criteria.size());
-    ids.reserve(criteria.size());
     for (const scoring::RankCriterion& criterion : criteria) ids.push_back(criterion.id);
     scoring::StoreRankCriteria(league, simType, ids);
   }
