@@ -145,7 +145,7 @@ FolderCheck CheckSimFolders(const std::array<std::string, kSimulations>& folders
     if (common::TrimBlanks(folder).empty()) continue;
     try {
       if (!FindProgram(folder, i).empty()) continue;
-    } catch (const std::system_error&) {
+    } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): it fails the check below
       // A folder that cannot be looked into cannot be verified either.
     }
     const Simulation& simulation = Simulations()[static_cast<std::size_t>(i)];

@@ -36,7 +36,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("OKButton"));
   buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("CancelButton"));
-  connect(buttons, &QDialogButtonBox::accepted, this, &frmOptions::Accept);
+  connect(buttons, &QDialogButtonBox::accepted, this, &frmOptions::Confirm);
   connect(buttons, &QDialogButtonBox::rejected, this, &frmOptions::reject);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs, 1);
@@ -167,7 +167,7 @@ void frmOptions::BrowseImage() {
   if (!chosen.empty()) txtBGImage_->setText(Q(chosen.front()));
 }
 
-void frmOptions::Accept() {
+void frmOptions::Confirm() {
   std::array<std::string, app::kSimulations> folders;
   for (int row = 0; row < app::kSimulations; ++row)
     folders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));

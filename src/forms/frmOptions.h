@@ -32,7 +32,7 @@ class frmOptions : public QDialog {
   void SelectPath();
   void ClearPaths();
   void BrowseImage();
-  void Accept();
+  void Confirm();
 
   FormContext& context_;
   SelectionGrid* fgPaths_ = nullptr;

@@ -32,7 +32,7 @@ namespace scorvane::forms {
 namespace {
 
 constexpr int kPropertiesItem = 8;
-constexpr int kFirstRecentItem = 12;
+constexpr std::size_t kFirstRecentItem = 12;
 constexpr int kRecentSeparator = 16;
 
 }  // namespace
@@ -112,9 +112,10 @@ void frmRaces::BuildMenus() {
   fileItems_[11] = file->addSeparator();
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
     QAction* action = file->addAction(tr("Recent File %1").arg(slot + 1));
-    action->setObjectName(QStringLiteral("mnuFile_%1").arg(kFirstRecentItem + slot));
+    action->setObjectName(
+        QStringLiteral("mnuFile_%1").arg(kFirstRecentItem + static_cast<std::size_t>(slot)));
     connect(action, &QAction::triggered, this, [this, slot] { OpenLeagueFile(std::string(recent_[slot])); });
-    fileItems_[static_cast<std::size_t>(kFirstRecentItem + slot)] = action;
+    fileItems_[kFirstRecentItem + static_cast<std::size_t>(slot)] = action;
   }
   fileItems_[kRecentSeparator] = file->addSeparator();
   QAction* exit = file->addAction(tr("&Exit"));
@@ -152,7 +153,7 @@ void frmRaces::BuildMenus() {
 
 void frmRaces::ShowRecentFiles() {
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
-    QAction* action = fileItems_[static_cast<std::size_t>(kFirstRecentItem + slot)];
+    QAction* action = fileItems_[kFirstRecentItem + static_cast<std::size_t>(slot)];
     // An ampersand in a path is no mnemonic.
     action->setText(QStringLiteral("&%1 %2").arg(slot + 1).arg(
         Q(recent_[slot]).replace(QLatin1Char('&'), QStringLiteral("&&"))));

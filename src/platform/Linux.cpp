@@ -205,6 +205,7 @@ ChildEnd RunChild(const std::string& program, const std::vector<std::string>& ar
     ::setrlimit(RLIMIT_AS, &memory);
     ::setrlimit(RLIMIT_CORE, &none);
     const int silence = ::open("/dev/null", O_RDWR);
+    if (silence < 0) ::_exit(127);
     ::dup2(silence, STDIN_FILENO);
     ::dup2(ends[1], STDOUT_FILENO);
     ::dup2(silence, STDERR_FILENO);

@@ -206,13 +206,14 @@ std::int32_t NeedResult(const std::vector<scoring::RaceResult>& results, engine:
 
 void TakeFields(const ResultOptions& options, scoring::ResultEntry& entry) {
   for (std::size_t i = 0; i < options.fields.size(); ++i) {
-    if (!options.fields[i]) continue;
+    const std::optional<std::string>& typed = options.fields[i];
+    if (!typed) continue;
     if (i != scoring::ResultEntry::kName) {
       double number = 0;
-      if (!engine::ParseNumber(*options.fields[i], '.', number) || number < 0)
-        throw CommandError(fmt::format("'{}' is no number that a result can have.", *options.fields[i]));
+      if (!engine::ParseNumber(*typed, '.', number) || number < 0)
+        throw CommandError(fmt::format("'{}' is no number that a result can have.", *typed));
     }
-    entry.fields[i] = *options.fields[i];
+    entry.fields[i] = *typed;
   }
   if (options.reason) entry.reason = *options.reason;
   for (std::size_t i = 0; i < entry.fields.size(); ++i)
