@@ -36,7 +36,7 @@ QPixmap Picture(qreal scale) {
       painter.fillRect(column * kSquare, kHeight - (3 - row) * kSquare, kSquare, kSquare, color);
     }
   }
-  const QPixmap icon(QStringLiteral(":/scorvane/icon.png"));
+  const QPixmap icon(QStringLiteral(":/scorvane/scorvane-256.png"));
   if (!icon.isNull()) painter.drawPixmap(QRect(28, 36, 96, 96), icon);
   QFont font(QStringLiteral("Arial"));
   font.setPixelSize(46);
@@ -52,7 +52,9 @@ QPixmap Picture(qreal scale) {
 
 frmSplash::frmSplash(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint) {
   setObjectName(QStringLiteral("frmSplash"));
-  setWindowTitle(tr("About Scorvane"));
+  setWindowTitle(tr("Scorvane"));
+  // The program ends with its main window, not with a splash that is still there.
+  setAttribute(Qt::WA_QuitOnClose, false);
   picLogo_ = new QLabel(this);
   picLogo_->setObjectName(QStringLiteral("picLogo"));
   picLogo_->setPixmap(Picture(devicePixelRatioF()));

@@ -50,7 +50,10 @@ int Run(const QApplication& application) {
 
 int main(int argc, char** argv) {
   const QApplication application(argc, argv);
-  QApplication::setWindowIcon(QIcon(QStringLiteral(":/scorvane/icon.png")));
+  QIcon icon;
+  for (const int size : {16, 24, 32, 48, 64, 128, 256})
+    icon.addFile(QStringLiteral(":/scorvane/scorvane-%1.png").arg(size));
+  QApplication::setWindowIcon(icon);
   QGuiApplication::setDesktopFileName(QStringLiteral("scorvane"));
   return Run(application);
 }
