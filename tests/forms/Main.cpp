@@ -5,7 +5,8 @@
 
 #ifdef __SANITIZE_ADDRESS__
 // What the font library keeps until the end is no leak of ours.
-extern "C" const char* __asan_default_options() {  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
+extern "C" const char*
+__asan_default_options() {  // NOLINT(bugprone-reserved-identifier): the sanitizer's name
   return "detect_leaks=0";
 }
 #endif
