@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev libcli11-dev nlohmann-json3-dev
-  libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev python3)
+  libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev fonts-dejavu-core procps python3)
 [ "${1:-}" = "--checks" ] && packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
 
 missing=()
