@@ -956,6 +956,7 @@ class Translator {
       fields.push_back(field);
       subquery = subquery || HasSubquery(*assignment.expr);
     }
+    if (target == nullptr || target->table == nullptr) throw EngineError(kNotUpdatable);
     const TableDef& table = *target->table;
     const std::string name = StoreName(table.Name);
     const bool alone = scope.sources.size() == 1;
