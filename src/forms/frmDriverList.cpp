@@ -39,35 +39,21 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   countRow->addWidget(lblNumDrivers_);
   countRow->addStretch();
 
-  struct Text {
-    int index;
-    const char* caption;
-    const char* toolTip;
-  };
-  static constexpr Text kTexts[] = {{kEdit, "&Edit", "Edit this driver"},
-                                    {kAdd, "&Add", "Add a new driver"},
-                                    {kRemove, "&Remove", "Remove this driver"},
-                                    {kInclude, "&Include", "Include this driver"},
-                                    {kExclude, "E&xclude", "Exclude this driver"},
-                                    {kRemoveResults, "Remove Excluded Results",
-                                     "Remove the results of all excluded drivers and recalculate"},
-                                    {kClose, "Close", "Close this dialog"}};
-  auto* column = new QVBoxLayout;
-  for (const Text& text : kTexts) {
-    auto* button = new QPushButton(QString::fromLatin1(text.caption), this);
-    button->setObjectName(QStringLiteral("cmdButton_%1").arg(text.index));
-    button->setToolTip(QString::fromLatin1(text.toolTip));
-    button->setAutoDefault(false);
-    if (text.index == kRemoveResults) column->addStretch();
-    column->addWidget(button);
-    buttons_[text.index] = button;
-  }
   auto* left = new QVBoxLayout;
   left->addWidget(grid_);
   left->addLayout(countRow);
   auto* layout = new QHBoxLayout(this);
   layout->addLayout(left, 1);
-  layout->addLayout(column);
+  buttons_ = AddButtonColumn(layout, this,
+                             {{kEdit, tr("&Edit"), tr("Edit this driver")},
+                              {kAdd, tr("&Add"), tr("Add a new driver")},
+                              {kRemove, tr("&Remove"), tr("Remove this driver")},
+                              {kInclude, tr("&Include"), tr("Include this driver")},
+                              {kExclude, tr("E&xclude"), tr("Exclude this driver")},
+                              {kRemoveResults, tr("Remove Excluded Results"),
+                               tr("Remove the results of all excluded drivers and recalculate")},
+                              {kClose, tr("Close"), tr("Close this dialog")}},
+                             5);
 
   connect(grid_, &SelectionGrid::SelectionChanged, this,
           [this] { buttons_[kEdit]->setEnabled(count_ > 0 && grid_->OneRowSelected()); });

@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 
@@ -34,35 +35,19 @@ frmEditColumns::frmEditColumns(FormContext& context, std::int32_t reportId, cons
     item->setCheckState(column.shown ? Qt::Checked : Qt::Unchecked);
   }
 
-  struct Text {
-    int index;
-    const char* caption;
-    const char* toolTip;
-    void (frmEditColumns::*command)();
-  };
-  static constexpr Text kTexts[] = {
-      {kUp, "Up", "Move column up (Ctrl-Up)", nullptr},
-      {kDown, "Down", "Move column down (Ctrl-Down))", nullptr},
-      {kSelectAll, "Select All", "Select all columns to be seen", nullptr},
-      {kDeselectAll, "Deselect All", "Select all columns to not be seen", nullptr},
-      {kSave, "Save", "", nullptr},
-      {kCancel, "Cancel", "", nullptr}};
-  auto* column = new QVBoxLayout;
-  for (const Text& text : kTexts) {
-    auto* button = new QPushButton(QString::fromLatin1(text.caption), this);
-    button->setObjectName(QStringLiteral("cmdButton_%1").arg(text.index));
-    button->setToolTip(QString::fromLatin1(text.toolTip));
-    button->setAutoDefault(false);
-    if (text.index == kSave) column->addStretch();
-    column->addWidget(button);
-    buttons_[text.index] = button;
-  }
   auto* left = new QVBoxLayout;
   left->addWidget(label);
   left->addWidget(lstColumns_);
   auto* layout = new QHBoxLayout(this);
   layout->addLayout(left, 1);
-  layout->addLayout(column);
+  buttons_ = AddButtonColumn(layout, this,
+                             {{kUp, tr("Up"), tr("Move column up (Ctrl-Up)")},
+                              {kDown, tr("Down"), tr("Move column down (Ctrl-Down))")},
+                              {kSelectAll, tr("Select All"), tr("Select all columns to be seen")},
+                              {kDeselectAll, tr("Deselect All"), tr("Select all columns to not be seen")},
+                              {kSave, tr("Save"), QString()},
+                              {kCancel, tr("Cancel"), QString()}},
+                             4);
 
   connect(lstColumns_, &QListWidget::itemChanged, this, [this] { UpdateButtons(); });
   connect(lstColumns_, &QListWidget::currentRowChanged, this, [this] { UpdateButtons(); });

@@ -32,4 +32,22 @@ inline std::map<int, QPushButton*> AddButtons(QBoxLayout* layout, QWidget* paren
   return buttons;
 }
 
+// The same from top to bottom; the buttons from `lower` on stand at the foot.
+inline std::map<int, QPushButton*> AddButtonColumn(QBoxLayout* layout, QWidget* parent,
+                                                   const std::vector<ButtonText>& texts, std::size_t lower) {
+  std::map<int, QPushButton*> buttons;
+  auto* column = new QVBoxLayout;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    auto* button = new QPushButton(texts[i].caption, parent);
+    button->setObjectName(QStringLiteral("cmdButton_%1").arg(texts[i].index));
+    button->setToolTip(texts[i].toolTip);
+    button->setAutoDefault(false);
+    if (i == lower) column->addStretch();
+    column->addWidget(button);
+    buttons[texts[i].index] = button;
+  }
+  layout->addLayout(column);
+  return buttons;
+}
+
 }  // namespace scorvane::forms
