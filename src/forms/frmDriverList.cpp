@@ -6,6 +6,8 @@
 #include <bit>
 
 #include "drivers/Roster.h"
+#include "engine/Collation.h"
+#include "engine/Value.h"
 #include "forms/frmEditDriver.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -15,6 +17,16 @@ namespace scorvane::forms {
 namespace {
 
 enum Button { kEdit, kAdd, kRemove, kInclude, kExclude, kClose, kRemoveResults };
+
+// Numbers by their value and before all text.
+bool SortsBefore(const std::string& a, const std::string& b, char decimal) {
+  double x = 0;
+  double y = 0;
+  const bool numberA = engine::ParseNumber(a, decimal, x);
+  const bool numberB = engine::ParseNumber(b, decimal, y);
+  if (numberA && numberB) return x < y;
+  return numberA != numberB ? numberA : engine::CompareTexts(a, b) < 0;
+}
 
 QString YesNo(bool flag) {
   return flag ? QStringLiteral("Yes") : QStringLiteral("No");
@@ -81,10 +93,12 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
 
 void frmDriverList::LoadDrivers() {
   const std::vector<drivers::Driver> all = drivers::ListDrivers(context_.session.League());
+  std::vector<SelectionGrid::Row> rows;
   for (const drivers::Driver& driver : all)
-    grid_->AddRow({Q(driver.name), YesNo(driver.excluded)}, driver.id);
+    rows.push_back({{Q(driver.name), YesNo(driver.excluded)}, driver.id});
   count_ = static_cast<int>(all.size());
-  if (all.empty()) grid_->AddRow({});
+  if (rows.empty()) rows.emplace_back();
+  grid_->SetRows(std::move(rows));
   ShowCount();
   EnableDriverButtons(!all.empty());
   grid_->SelectRows(0, 0);
@@ -109,7 +123,11 @@ void frmDriverList::SortByColumn(int column) {
   if (count_ == 0) return;
   bool& ascending = ascending_[static_cast<std::size_t>(column)];
   ascending = !ascending;
-  grid_->sortItems(column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+  grid_->SortRows([&](const SelectionGrid::Row& a, const SelectionGrid::Row& b) {
+    const QString first = (ascending ? a : b).cells.value(column);
+    const QString second = (ascending ? b : a).cells.value(column);
+    return SortsBefore(Utf8(first), Utf8(second), context_.state.decimalSeparator);
+  });
   grid_->SelectRows(0, 0);
 }
 
@@ -136,10 +154,9 @@ void frmDriverList::RemoveDrivers(bool ask) {
     const int first = grid_->FirstSelected();
     for (int row = grid_->LastSelected(); row >= first; --row) {
       if (count_ > 1) {
-        grid_->removeRow(row);
+        grid_->RemoveRow(row);
       } else {
-        for (int c = 0; c < grid_->columnCount(); ++c) grid_->SetCell(row, c, {});
-        grid_->SetRowData(row, 0);
+        grid_->SetRow(row, {});
         EnableDriverButtons(false);
       }
       --count_;
@@ -179,15 +196,15 @@ void frmDriverList::AddDriver() {
       grid_->ClearRows();
       EnableDriverButtons(true);
     }
-    grid_->AddRow({Q(editor.DriverName()), YesNo(editor.Excluded())}, editor.DriverID());
+    grid_->AddRow({{Q(editor.DriverName()), YesNo(editor.Excluded())}, editor.DriverID()});
     ++count_;
     ShowCount();
-    grid_->SelectRows(grid_->rowCount() - 1, grid_->rowCount() - 1);
+    grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   });
 }
 
 int frmDriverList::FindDriverRow(std::int32_t id) const {
-  for (int row = 0; row < grid_->rowCount(); ++row)
+  for (int row = 0; row < grid_->RowCount(); ++row)
     if (grid_->RowData(row) == id) return row;
   return -1;
 }

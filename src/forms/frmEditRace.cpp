@@ -140,20 +140,14 @@ QString frmEditRace::Speed(const engine::Value& speed) const {
                                     context_.state.decimalSeparator));
 }
 
-void frmEditRace::ShowResult(int row, const scoring::RaceResult& result) {
+SelectionGrid::Row frmEditRace::RowOf(const scoring::RaceResult& result) const {
   auto text = [&](const engine::Value& value) { return Q(value.ToText(context_.state.decimalSeparator)); };
   const bool oldSimulation = context_.state.simType <= common::kNascarRacing2;
-  const QStringList cells = {text(result.finish),      text(result.start),
-                             Q(result.driver),         text(result.lapsRun),
-                             text(result.lapsLed),     text(result.points),
-                             text(result.bonus),       oldSimulation ? Speed(result.avgSpeed) : QString(),
-                             Speed(result.qualifying), Q(result.status)};
-  for (int c = 0; c < kColumns; ++c) {
-    grid_->SetCell(row, c, cells[c]);
-    if (result.excluded)
-      grid_->item(row, c)->setForeground(palette().brush(QPalette::Disabled, QPalette::Text));
-  }
-  grid_->SetRowData(row, result.id);
+  return {{text(result.finish), text(result.start), Q(result.driver), text(result.lapsRun),
+           text(result.lapsLed), text(result.points), text(result.bonus),
+           oldSimulation ? Speed(result.avgSpeed) : QString(), Speed(result.qualifying), Q(result.status)},
+          result.id,
+          result.excluded};
 }
 
 void frmEditRace::FillGrid() {
@@ -162,11 +156,10 @@ void frmEditRace::FillGrid() {
     const QSignalBlocker quiet(grid_);
     grid_->setUpdatesEnabled(false);
     grid_->ClearRows();
-    for (const scoring::RaceResult& result : results) {
-      grid_->AddRow({});
-      ShowResult(grid_->rowCount() - 1, result);
-    }
-    if (results.empty()) grid_->AddRow({});
+    std::vector<SelectionGrid::Row> rows;
+    for (const scoring::RaceResult& result : results) rows.push_back(RowOf(result));
+    if (rows.empty()) rows.emplace_back();
+    grid_->SetRows(std::move(rows));
     grid_->setUpdatesEnabled(true);
   }
   buttons_[kRemove]->setEnabled(!results.empty());
@@ -197,10 +190,10 @@ void frmEditRace::AddResult() {
     for (const scoring::RaceResult& result : scoring::ReadRaceResults(context_.session.League(), race_)) {
       if (result.id != added) continue;
       if (HasResults()) grid_->AddRow({});
-      ShowResult(grid_->rowCount() - 1, result);
+      grid_->SetRow(grid_->RowCount() - 1, RowOf(result));
     }
   });
-  grid_->SelectRows(grid_->rowCount() - 1, grid_->rowCount() - 1);
+  grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   grid_->scrollToBottom();
   buttons_[kRemove]->setEnabled(true);
   SelectionChanged();
@@ -222,7 +215,7 @@ void frmEditRace::EditResult(int row) {
     dialog.exec();
     if (dialog.Cancelled()) return;
     for (const scoring::RaceResult& result : scoring::ReadRaceResults(league, race_))
-      if (result.id == id) ShowResult(row, result);
+      if (result.id == id) grid_->SetRow(row, RowOf(result));
   });
 }
 
@@ -234,12 +227,11 @@ void frmEditRace::RemoveResults() {
     for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));
     scoring::RemoveResults(context_.session.League(), race_, ids);
     for (int row = grid_->LastSelected(); row >= first; --row) {
-      if (grid_->rowCount() > 1) {
-        grid_->removeRow(row);
+      if (grid_->RowCount() > 1) {
+        grid_->RemoveRow(row);
         continue;
       }
-      for (int c = 0; c < kColumns; ++c) grid_->SetCell(row, c, {});
-      grid_->SetRowData(row, 0);
+      grid_->SetRow(row, {});
       buttons_[kRemove]->setEnabled(false);
     }
   });

@@ -21,7 +21,7 @@ class frmEditRace : public QDialog {
  private:
   void ShowHeader(QGridLayout* layout);
   void FillGrid();
-  void ShowResult(int row, const scoring::RaceResult& result);
+  SelectionGrid::Row RowOf(const scoring::RaceResult& result) const;
   void SelectionChanged();
   void AddResult();
   void EditResult(int row);

@@ -60,7 +60,7 @@ frmOfflineSettings::frmOfflineSettings(FormContext& context, QWidget* parent)
   int rank = 0;
   for (const scoring::RankCriterion& criterion :
        scoring::ListRankCriteria(context.session.League(), context.state.simType))
-    grid_->AddRow({QString::number(++rank), Q(criterion.name)}, criterion.id);
+    grid_->AddRow({{QString::number(++rank), Q(criterion.name)}, criterion.id});
   grid_->SelectRows(0, 0);
   UpdateMoveButtons();
   grid_->setFocus();
@@ -69,7 +69,7 @@ frmOfflineSettings::frmOfflineSettings(FormContext& context, QWidget* parent)
 void frmOfflineSettings::UpdateMoveButtons() {
   const int first = grid_->FirstSelected();
   cmdMove_[0]->setEnabled(first > 0);
-  cmdMove_[1]->setEnabled(first >= 0 && first < grid_->rowCount() - 1);
+  cmdMove_[1]->setEnabled(first >= 0 && first < grid_->RowCount() - 1);
 }
 
 // The row beside the block goes to its other side.
@@ -77,7 +77,7 @@ void frmOfflineSettings::Move(int step) {
   const int first = grid_->FirstSelected();
   const int last = grid_->LastSelected();
   const int from = step < 0 ? first - 1 : last + 1;
-  if (first < 0 || from < 0 || from >= grid_->rowCount()) return;
+  if (first < 0 || from < 0 || from >= grid_->RowCount()) return;
   const QString name = grid_->Cell(from, 1);
   const int id = grid_->RowData(from);
   const int to = step < 0 ? last : first;
@@ -95,7 +95,7 @@ void frmOfflineSettings::Move(int step) {
 bool frmOfflineSettings::Store() {
   return Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
-    for (int row = 0; row < grid_->rowCount(); ++row) ids.push_back(grid_->RowData(row));
+    for (int row = 0; row < grid_->RowCount(); ++row) ids.push_back(grid_->RowData(row));
     scoring::StoreRankCriteria(context_.session.League(), context_.state.simType, ids);
     changed_ = false;
   });

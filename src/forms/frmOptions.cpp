@@ -65,7 +65,7 @@ QWidget* frmOptions::BuildPathsTab() {
   fgPaths_->setMinimumWidth(fgPaths_->columnWidth(0) + fgPaths_->columnWidth(1) + 20);
   for (int i = 0; i < app::kSimulations; ++i) {
     const auto index = static_cast<std::size_t>(i);
-    fgPaths_->AddRow({Q(app::Simulations()[index].name), Q(context_.state.simFolders[index])}, i + 1);
+    fgPaths_->AddRow({{Q(app::Simulations()[index].name), Q(context_.state.simFolders[index])}, i + 1});
   }
   cmdChange_ = new QPushButton(tr("Select Path"), page);
   cmdChange_->setObjectName(QStringLiteral("cmdChange"));

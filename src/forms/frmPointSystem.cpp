@@ -168,10 +168,10 @@ void frmPointSystem::Load() {
 
 void frmPointSystem::ShowPositions() {
   const auto rows = static_cast<int>(edit_.positions.size());
-  while (fgPoints_->rowCount() > rows) fgPoints_->removeRow(fgPoints_->rowCount() - 1);
+  while (fgPoints_->RowCount() > rows) fgPoints_->RemoveRow(fgPoints_->RowCount() - 1);
   for (int row = 0; row < rows; ++row) {
     const scoring::PositionPoints& position = edit_.positions[static_cast<std::size_t>(row)];
-    if (row == fgPoints_->rowCount()) fgPoints_->AddRow({});
+    if (row == fgPoints_->RowCount()) fgPoints_->AddRow({});
     fgPoints_->SetCell(row, 0, QString::number(row + 1));
     fgPoints_->SetCell(row, kPointsColumn, CellText(position.points));
     fgPoints_->SetCell(row, kPrizeColumn, CellText(position.prizeMoney));

@@ -220,8 +220,7 @@ void frmRaces::CloseLeagueFile() {
 
 void frmRaces::ShowNoRaces() {
   setWindowTitle(Q(common::kApplicationTitle));
-  grid_->ClearRows();
-  grid_->AddRow({});
+  grid_->SetRows({SelectionGrid::Row{}});
   for (QPushButton* button : buttons_) button->setEnabled(false);
   for (QAction* item : raceItems_)
     if (item != nullptr) item->setEnabled(false);
@@ -236,10 +235,12 @@ void frmRaces::FillRaceGrid() {
   {
     const QSignalBlocker quiet(grid_);
     grid_->setUpdatesEnabled(false);
-    grid_->ClearRows();
+    std::vector<SelectionGrid::Row> rows;
+    rows.reserve(races.size() + 1);
     for (const app::ListedRace& race : races)
-      grid_->AddRow({Q(race.name), Q(race.laps), Q(race.miles), Q(race.fileName)}, race.id);
-    if (races.empty()) grid_->AddRow({});
+      rows.push_back({{Q(race.name), Q(race.laps), Q(race.miles), Q(race.fileName)}, race.id});
+    if (rows.empty()) rows.emplace_back();
+    grid_->SetRows(std::move(rows));
     grid_->setUpdatesEnabled(true);
   }
   buttons_[kImportButton]->setEnabled(true);

@@ -131,51 +131,48 @@ void frmStats::RunReport() {
 void frmStats::ShowReport(const reports::ReportTable& table) {
   const char decimal = context_.state.decimalSeparator;
   // The grid's own first column is the position, too; it is not shown a second time.
+  const auto isNumber = [decimal](const QString& text) {
+    double number = 0;
+    return engine::ParseNumber(Utf8(text), decimal, number);
+  };
   std::vector<SelectionGrid::Column> columns = {{{}, 0, Qt::AlignHCenter}};
-  for (const reports::ReportColumn& column : table.columns)
+  for (const reports::ReportColumn& column : table.columns) {
     columns.push_back({Q(column.name), column.hidden ? 0 : column.width, AlignmentOf(column.alignment)});
-  std::vector<QStringList> texts;
-  texts.reserve(table.rows.size());
+    if (column.alignment == kGeneralAlignment) columns.back().standsRight = isNumber;
+  }
+  std::vector<SelectionGrid::Row> rows;
+  rows.reserve(table.rows.size());
   for (const std::vector<engine::Value>& values : table.rows) {
-    QStringList& row = texts.emplace_back(QString::number(texts.size() + 1));
+    QStringList& cells = rows.emplace_back().cells;
+    cells << QString::number(rows.size());
     for (std::size_t i = 0; i < values.size(); ++i)
-      row << Q(reports::CellText(table.columns[i], values[i], decimal));
+      cells << Q(reports::CellText(table.columns[i], values[i], decimal));
   }
 
   const QSignalBlocker quiet(fgCalcs_);
   fgCalcs_->setUpdatesEnabled(false);
-  fgCalcs_->SetColumns(columns);
-  FitColumns(texts);
-  fgCalcs_->setRowCount(static_cast<int>(texts.size()));
-  for (int row = 0; row < fgCalcs_->rowCount(); ++row) {
-    const QStringList& cells = texts[static_cast<std::size_t>(row)];
-    for (int column = 0; column < fgCalcs_->columnCount(); ++column) {
-      fgCalcs_->SetCell(row, column, cells[column]);
-      double number = 0;
-      if (column > 0 && table.columns[static_cast<std::size_t>(column) - 1].alignment == kGeneralAlignment &&
-          engine::ParseNumber(Utf8(cells[column]), decimal, number))
-        fgCalcs_->item(row, column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    }
-  }
+  fgCalcs_->SetColumns(std::move(columns));
+  FitColumns(rows);
+  fgCalcs_->SetRows(std::move(rows));
   fgCalcs_->setUpdatesEnabled(true);
   fgCalcs_->scrollToTop();
-  if (fgCalcs_->rowCount() > 0) fgCalcs_->SelectRows(0, 0);
+  if (fgCalcs_->RowCount() > 0) fgCalcs_->SelectRows(0, 0);
 }
 
 // A column has at least its own width, and room for its heading and for what stands below it.
-void frmStats::FitColumns(const std::vector<QStringList>& texts) {
+void frmStats::FitColumns(const std::vector<SelectionGrid::Row>& rows) {
   const QFontMetrics heading = fgCalcs_->horizontalHeader()->fontMetrics();
   const QFontMetrics metrics = fgCalcs_->fontMetrics();
   const int widest = metrics.averageCharWidth() * kWidestCharacters;
-  for (int column = 0; column < fgCalcs_->columnCount(); ++column) {
+  for (int column = 0; column < fgCalcs_->ColumnCount(); ++column) {
     if (fgCalcs_->isColumnHidden(column)) continue;
     // A long report says the same things over and over; each is measured once.
     QSet<QString> different;
-    for (const QStringList& row : texts) different.insert(row[column]);
+    for (const SelectionGrid::Row& row : rows) different.insert(row.cells[column]);
     int content = 0;
     for (const QString& text : different) content = std::max(content, metrics.horizontalAdvance(text));
-    const int needed = std::max(heading.horizontalAdvance(fgCalcs_->horizontalHeaderItem(column)->text()),
-                                std::min(content, widest));
+    const int needed =
+        std::max(heading.horizontalAdvance(fgCalcs_->Header(column)), std::min(content, widest));
     fgCalcs_->setColumnWidth(column, std::max(fgCalcs_->columnWidth(column), needed + kCellMargin));
   }
 }

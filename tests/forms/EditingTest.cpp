@@ -111,7 +111,7 @@ TEST_F(Editing, DriversAreAddedChangedMergedAndRemoved) {
       "Removing these drivers will also remove the points associated with these drivers.\r\nDo you want to "
       "continue?");
   EXPECT_EQ(Utf8(Find<QLabel>(list, "lblNumDrivers").text()), "0");
-  EXPECT_EQ(grid.rowCount(), 1);
+  EXPECT_EQ(grid.RowCount(), 1);
   for (const int index : {0, 2, 3, 4}) EXPECT_FALSE(Button(list, index).isEnabled()) << index;
 }
 
@@ -143,7 +143,7 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   Type(editor, "txtPoints_0", "6");
   Find<QLineEdit>(editor, "txtPoints_1").setFocus();
   QApplication::processEvents();
-  EXPECT_EQ(grid.rowCount(), 6);
+  EXPECT_EQ(grid.RowCount(), 6);
   Find<QCheckBox>(editor, "chkUseBonus").click();
   Type(editor, "txtBonus_2", "12");
 
@@ -194,7 +194,7 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   QTest::keyClick(&grid, Qt::Key_Insert);
   EXPECT_EQ(Ask("SELECT Qualifying FROM Stats WHERE Finish=3"), "300");  // 2.5 miles in 30 seconds
   EXPECT_EQ(Ask("SELECT Status FROM Stats WHERE Finish=3"), "won't run");
-  EXPECT_EQ(Utf8(grid.Cell(grid.rowCount() - 1, 8)), "30.000");
+  EXPECT_EQ(Utf8(grid.Cell(grid.RowCount() - 1, 8)), "30.000");
 
   OnModal([](QWidget& dialog) {
     EXPECT_EQ(TextOf(dialog, "txtInfo_8"), "30.000");
@@ -216,7 +216,7 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
 
   QTest::keyClick(&grid, Qt::Key_A, Qt::ControlModifier);
   QTest::keyClick(&grid, Qt::Key_Delete);
-  EXPECT_EQ(grid.rowCount(), 1);
+  EXPECT_EQ(grid.RowCount(), 1);
   EXPECT_FALSE(Button(editor, 1).isEnabled());
   EXPECT_FALSE(Button(editor, 2).isEnabled());
   QTest::keyClick(&grid, Qt::Key_Return);  // nothing to edit

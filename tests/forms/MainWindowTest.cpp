@@ -58,17 +58,17 @@ TEST_F(MainWindow, CommandsFollowTheState) {
                              "mnuRace_0",   "mnuRace_1",   "mnuRace_2",   "mnuRace_4",   "mnuRace_6",
                              "mnuTools_0",  "mnuTools_1",  "mnuTools_3",  "mnuFile_8"};
   for (const char* name : all) EXPECT_FALSE(Enabled(name)) << name;
-  EXPECT_EQ(Grid()->rowCount(), 1);
+  EXPECT_EQ(Grid()->RowCount(), 1);
 
   window_.OpenLeagueFile(League("empty.lgx", 0));
   EXPECT_EQ(Title(), "empty - Scorvane");
-  EXPECT_EQ(Grid()->rowCount(), 1);
+  EXPECT_EQ(Grid()->RowCount(), 1);
   for (const char* name : {"cmdButton_3", "mnuRace_0", "mnuFile_8"}) EXPECT_TRUE(Enabled(name)) << name;
   for (const char* name : {"cmdButton_0", "cmdButton_2", "mnuRace_1", "mnuRace_4"})
     EXPECT_FALSE(Enabled(name)) << name;
 
   window_.OpenLeagueFile(League("three.lgx", 3));
-  EXPECT_EQ(Grid()->rowCount(), 3);
+  EXPECT_EQ(Grid()->RowCount(), 3);
   EXPECT_EQ(Utf8(Grid()->Cell(0, 2)), "252");  // 2.5 miles, 101 laps: 252.5 goes to the even neighbour
   for (const char* name : {"cmdButton_0", "cmdButton_2", "mnuRace_1", "mnuRace_4"})
     EXPECT_TRUE(Enabled(name)) << name;
@@ -84,9 +84,9 @@ TEST_F(MainWindow, RemovesTheSelectedRaces) {
   Grid()->SelectRows(1, 1);
   ui_.answers = {common::Answer::No, common::Answer::Yes, common::Answer::Yes};
   QTest::keyClick(Grid(), Qt::Key_Delete);
-  EXPECT_EQ(Grid()->rowCount(), 3);
+  EXPECT_EQ(Grid()->RowCount(), 3);
   QTest::keyClick(Grid(), Qt::Key_Delete);
-  EXPECT_EQ(Grid()->rowCount(), 2);
+  EXPECT_EQ(Grid()->RowCount(), 2);
   EXPECT_EQ(Utf8(Grid()->Cell(1, 0)), "Track 3");
   ASSERT_EQ(ui_.messages.size(), 2U);
   EXPECT_EQ(ui_.messages[0].text,
@@ -98,7 +98,7 @@ TEST_F(MainWindow, RemovesTheSelectedRaces) {
   EXPECT_EQ(Grid()->FirstSelected(), 0);
   EXPECT_EQ(Grid()->LastSelected(), 1);
   QTest::mouseClick(window_.findChild<QPushButton*>(QStringLiteral("cmdButton_2")), Qt::LeftButton);
-  EXPECT_EQ(Grid()->rowCount(), 1);
+  EXPECT_EQ(Grid()->RowCount(), 1);
   EXPECT_EQ(Grid()->RowData(0), 0);
   EXPECT_FALSE(Enabled("cmdButton_2"));
   EXPECT_TRUE(Enabled("cmdButton_3"));
@@ -149,7 +149,7 @@ TEST_F(MainWindow, BadFilesLeaveAMessageAndAWorkingWindow) {
   EXPECT_EQ(Title(), "Scorvane");
   EXPECT_FALSE(Enabled("cmdButton_3"));
   window_.OpenLeagueFile(good);
-  EXPECT_EQ(Grid()->rowCount(), 2);
+  EXPECT_EQ(Grid()->RowCount(), 2);
 
   // Deleted behind the window's back: what the program has open goes on working, and closing it says nothing.
   std::filesystem::remove(good);

@@ -21,12 +21,12 @@ class StandingsView : public FormFixture {
   static std::string Caption(QWidget& view) { return Utf8(Find<QLabel>(view, "Label2").text()); }
   static Strings Row(const SelectionGrid& grid, int row) {
     Strings cells;
-    for (int column = 0; column < grid.columnCount(); ++column) cells.push_back(Utf8(grid.Cell(row, column)));
+    for (int column = 0; column < grid.ColumnCount(); ++column) cells.push_back(Utf8(grid.Cell(row, column)));
     return cells;
   }
   static int Column(const SelectionGrid& grid, const char* heading) {
-    for (int column = 0; column < grid.columnCount(); ++column)
-      if (grid.horizontalHeaderItem(column)->text() == QLatin1String(heading)) return column;
+    for (int column = 0; column < grid.ColumnCount(); ++column)
+      if (grid.Header(column) == QLatin1String(heading)) return column;
     return -1;
   }
   // Adds a report of one row with these SQL fields: name, width, alignment, format, hidden, field.
@@ -62,7 +62,7 @@ TEST_F(StandingsView, ShowsTheSeasonAsItWasPublished) {
   const char* const columns[] = {"Starts", "Wins", "Top 5", "Top 10", "Laps", "Laps Led"};
   int row = 0;
   for (; std::getline(published, line); ++row) {
-    ASSERT_LT(row, grid.rowCount());
+    ASSERT_LT(row, grid.RowCount());
     std::erase(line, '\r');
     Strings fields;
     std::stringstream stream(line);
@@ -88,7 +88,7 @@ TEST_F(StandingsView, ShowsTheSeasonAsItWasPublished) {
       EXPECT_EQ(Utf8(grid.Cell(place, Column(grid, columns[i]))), fields[i + 2])
           << columns[i] << ": " << line;
   }
-  EXPECT_EQ(row, grid.rowCount());
+  EXPECT_EQ(row, grid.RowCount());
   EXPECT_EQ(Utf8(grid.Cell(0, Column(grid, "Interval"))), "--");
   EXPECT_TRUE(grid.isColumnHidden(Column(grid, "Prize Money")));
   EXPECT_EQ(grid.FirstSelected(), 0);
@@ -125,8 +125,8 @@ TEST_F(StandingsView, TheKeyboardSwitchesTheReport) {
     EXPECT_EQ(Utf8(chooser.currentText()), names[static_cast<std::size_t>(i)]);
     const std::string id = chooser.currentData().toString().toStdString();
     Strings headings;
-    for (int column = 1; column < Grid(view).columnCount(); ++column)
-      headings.push_back(Utf8(Grid(view).horizontalHeaderItem(column)->text()));
+    for (int column = 1; column < Grid(view).ColumnCount(); ++column)
+      headings.push_back(Utf8(Grid(view).Header(column)));
     EXPECT_EQ(headings, test::Rows(*template_, "SELECT Name FROM ReportField WHERE ReportID=" + id +
                                                    " ORDER BY Sequence"));
     QTest::keyClick(&chooser, Qt::Key_Down);
@@ -157,7 +157,9 @@ TEST_F(StandingsView, ColumnsLookAsTheReportSays) {
   const Qt::Alignment expected[] = {Qt::AlignHCenter, Qt::AlignLeft, Qt::AlignRight,
                                     Qt::AlignLeft,    Qt::AlignLeft, Qt::AlignRight};
   for (int i = 0; i < 6; ++i)
-    EXPECT_EQ(Qt::Alignment(grid.item(0, i + 1)->textAlignment()) & Qt::AlignHorizontal_Mask, expected[i])
+    EXPECT_EQ(grid.model()->index(0, i + 1).data(Qt::TextAlignmentRole).value<Qt::Alignment>() &
+                  Qt::AlignHorizontal_Mask,
+              expected[i])
         << i;
   EXPECT_EQ(grid.horizontalHeader()->sectionResizeMode(2), QHeaderView::Interactive);
 }
@@ -171,7 +173,7 @@ TEST_F(StandingsView, KeepsWorkingWhenAReportDoesNot) {
   ASSERT_EQ(ui_.messages.size(), 1U);
   EXPECT_NE(ui_.messages[0].text.find("Nowhere"), std::string::npos) << ui_.messages[0];
   EXPECT_EQ(ui_.messages[0].icon, common::MessageIcon::Critical);
-  EXPECT_EQ(Grid(view).rowCount(), 0);
+  EXPECT_EQ(Grid(view).RowCount(), 0);
   QTest::keyClick(&Find<QComboBox>(view, "cboStat"), Qt::Key_Down);
   EXPECT_EQ(Utf8(Grid(view).Cell(0, 1)), "Jeff Gordon");
 
@@ -188,8 +190,8 @@ TEST_F(StandingsView, ATemplateWithoutReportsAndALeagueWithoutRaces) {
   {
     frmStats view(context_);
     EXPECT_EQ(Caption(view), "Results after 0 events:");
-    EXPECT_EQ(Grid(view).rowCount(), 0);
-    EXPECT_GT(Grid(view).columnCount(), 10);
+    EXPECT_EQ(Grid(view).RowCount(), 0);
+    EXPECT_GT(Grid(view).ColumnCount(), 10);
     EXPECT_EQ(Grid(view).FirstSelected(), -1);
   }
   template_->Execute("DELETE FROM Report");

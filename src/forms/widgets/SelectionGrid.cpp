@@ -1,5 +1,7 @@
 #include "forms/widgets/SelectionGrid.h"
 
+#include <QAbstractTableModel>
+#include <QApplication>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -10,7 +12,105 @@
 
 namespace scorvane::forms {
 
-SelectionGrid::SelectionGrid(const QString& name, QWidget* parent) : QTableWidget(parent) {
+// The rows as they were handed over. What a cell looks like is worked out when it is painted.
+class GridModel : public QAbstractTableModel {
+ public:
+  using QAbstractTableModel::QAbstractTableModel;
+
+  int rowCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+  }
+  int columnCount(const QModelIndex& parent = {}) const override {
+    return parent.isValid() ? 0 : static_cast<int>(columns_.size());
+  }
+
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
+    if (orientation == Qt::Vertical || section < 0 || section >= columnCount())
+      return QAbstractTableModel::headerData(section, orientation, role);
+    const SelectionGrid::Column& column = ColumnAt(section);
+    if (role == Qt::DisplayRole) return column.header;
+    if (role == Qt::TextAlignmentRole) return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
+    return {};
+  }
+
+  QVariant data(const QModelIndex& index, int role) const override {
+    if (!Has(index.row()) || index.column() >= columnCount()) return {};
+    const SelectionGrid::Row& row = RowAt(index.row());
+    const SelectionGrid::Column& column = ColumnAt(index.column());
+    switch (role) {
+      case Qt::DisplayRole:
+        return row.cells.value(index.column());
+      case Qt::TextAlignmentRole: {
+        const bool right = column.standsRight && column.standsRight(row.cells.value(index.column()));
+        return QVariant::fromValue((right ? Qt::AlignRight : column.alignment) | Qt::AlignVCenter);
+      }
+      case Qt::ForegroundRole:
+        if (row.muted) return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+        return {};
+      default:
+        return {};
+    }
+  }
+
+  void SetColumns(std::vector<SelectionGrid::Column> columns) {
+    beginResetModel();
+    rows_.clear();
+    columns_ = std::move(columns);
+    endResetModel();
+  }
+
+  void SetRows(std::vector<SelectionGrid::Row> rows) {
+    if (!rows_.empty()) {
+      beginRemoveRows({}, 0, rowCount() - 1);
+      rows_.clear();
+      endRemoveRows();
+    }
+    if (rows.empty()) return;
+    beginInsertRows({}, 0, static_cast<int>(rows.size()) - 1);
+    rows_ = std::move(rows);
+    endInsertRows();
+  }
+
+  void AddRow(SelectionGrid::Row row) {
+    beginInsertRows({}, rowCount(), rowCount());
+    rows_.push_back(std::move(row));
+    endInsertRows();
+  }
+
+  void RemoveRow(int row) {
+    if (!Has(row)) return;
+    beginRemoveRows({}, row, row);
+    rows_.erase(rows_.begin() + row);
+    endRemoveRows();
+  }
+
+  void SortRows(const std::function<bool(const SelectionGrid::Row&, const SelectionGrid::Row&)>& before) {
+    std::stable_sort(rows_.begin(), rows_.end(), before);
+    if (!rows_.empty()) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+  }
+
+  bool Has(int row) const { return row >= 0 && row < rowCount(); }
+  const SelectionGrid::Row& RowAt(int row) const { return rows_[static_cast<std::size_t>(row)]; }
+  const SelectionGrid::Column& ColumnAt(int column) const {
+    return columns_[static_cast<std::size_t>(column)];
+  }
+
+  // Changes a row and has it painted anew.
+  template <typename Change>
+  void ChangeRow(int row, const Change& change) {
+    if (!Has(row)) return;
+    change(rows_[static_cast<std::size_t>(row)]);
+    emit dataChanged(index(row, 0), index(row, columnCount() - 1));
+  }
+
+ private:
+  std::vector<SelectionGrid::Column> columns_;
+  std::vector<SelectionGrid::Row> rows_;
+};
+
+SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
+    : QTableView(parent), model_(new GridModel(this)) {
+  setModel(model_);
   setObjectName(name);
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::ContiguousSelection);
@@ -24,62 +124,68 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent) : QTableWidge
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setSectionsClickable(false);
-  connect(this, &QTableWidget::itemSelectionChanged, this, &SelectionGrid::SelectionChanged);
-  connect(this, &QTableWidget::cellDoubleClicked, this, [this](int row) { emit RowDoubleClicked(row); });
+  connect(this, &QTableView::doubleClicked, this,
+          [this](const QModelIndex& cell) { emit RowDoubleClicked(cell.row()); });
 }
 
-void SelectionGrid::SetColumns(const std::vector<Column>& columns) {
-  clear();
-  setRowCount(0);
-  setColumnCount(static_cast<int>(columns.size()));
-  for (int i = 0; i < columnCount(); ++i) {
-    const Column& column = columns[static_cast<std::size_t>(i)];
-    auto* header = new QTableWidgetItem(column.header);
-    header->setTextAlignment(column.alignment | Qt::AlignVCenter);
-    header->setData(Qt::UserRole, static_cast<int>(column.alignment));
-    setHorizontalHeaderItem(i, header);
-    setColumnHidden(i, column.twips == 0);
-    if (column.twips > 0) setColumnWidth(i, TwipsToPixels(column.twips, this));
+void SelectionGrid::SetColumns(std::vector<Column> columns) {
+  model_->SetColumns(std::move(columns));
+  for (int i = 0; i < ColumnCount(); ++i) {
+    const int twips = model_->ColumnAt(i).twips;
+    setColumnHidden(i, twips == 0);
+    if (twips > 0) setColumnWidth(i, TwipsToPixels(twips, this));
   }
 }
 
-void SelectionGrid::AddRow(const QStringList& cells, int rowData) {
-  const int row = rowCount();
-  insertRow(row);
-  for (int column = 0; column < columnCount(); ++column) SetCell(row, column, cells.value(column));
-  SetRowData(row, rowData);
+void SelectionGrid::SetRows(std::vector<Row> rows) {
+  model_->SetRows(std::move(rows));
 }
 
-void SelectionGrid::ClearRows() {
-  setRowCount(0);
+void SelectionGrid::AddRow(Row row) {
+  model_->AddRow(std::move(row));
+}
+
+void SelectionGrid::RemoveRow(int row) {
+  model_->RemoveRow(row);
+}
+
+void SelectionGrid::SortRows(const std::function<bool(const Row&, const Row&)>& before) {
+  model_->SortRows(before);
+}
+
+int SelectionGrid::RowCount() const {
+  return model_->rowCount();
+}
+
+int SelectionGrid::ColumnCount() const {
+  return model_->columnCount();
+}
+
+QString SelectionGrid::Header(int column) const {
+  return model_->ColumnAt(column).header;
 }
 
 int SelectionGrid::RowData(int row) const {
-  const QTableWidgetItem* cell = row < 0 ? nullptr : item(row, 0);
-  return cell == nullptr ? 0 : cell->data(Qt::UserRole).toInt();
-}
-
-void SelectionGrid::SetRowData(int row, int rowData) {
-  if (item(row, 0) == nullptr) SetCell(row, 0, {});
-  item(row, 0)->setData(Qt::UserRole, rowData);
+  return model_->Has(row) ? model_->RowAt(row).data : 0;
 }
 
 QString SelectionGrid::Cell(int row, int column) const {
-  const QTableWidgetItem* cell = item(row, column);
-  return cell == nullptr ? QString() : cell->text();
+  return model_->Has(row) ? model_->RowAt(row).cells.value(column) : QString();
+}
+
+void SelectionGrid::SetRow(int row, Row content) {
+  model_->ChangeRow(row, [&](Row& changed) { changed = std::move(content); });
+}
+
+void SelectionGrid::SetRowData(int row, int rowData) {
+  model_->ChangeRow(row, [&](Row& changed) { changed.data = rowData; });
 }
 
 void SelectionGrid::SetCell(int row, int column, const QString& text) {
-  QTableWidgetItem* cell = item(row, column);
-  const bool isNew = cell == nullptr;
-  if (isNew) {
-    cell = new QTableWidgetItem;
-    const int alignment = horizontalHeaderItem(column)->data(Qt::UserRole).toInt();
-    cell->setTextAlignment(Qt::Alignment(alignment) | Qt::AlignVCenter);
-  }
-  cell->setText(text);
-  // A cell that is complete is announced to the view once.
-  if (isNew) setItem(row, column, cell);
+  model_->ChangeRow(row, [&](Row& changed) {
+    while (changed.cells.size() <= column) changed.cells.emplace_back();
+    changed.cells[column] = text;
+  });
 }
 
 int SelectionGrid::FirstSelected() const {
@@ -97,7 +203,7 @@ int SelectionGrid::LastSelected() const {
 }
 
 int SelectionGrid::CurrentRow() const {
-  return FirstSelected() < 0 ? -1 : std::clamp(currentRow(), FirstSelected(), LastSelected());
+  return FirstSelected() < 0 ? -1 : std::clamp(currentIndex().row(), FirstSelected(), LastSelected());
 }
 
 int SelectionGrid::SelectionEnd() const {
@@ -106,13 +212,13 @@ int SelectionGrid::SelectionEnd() const {
 }
 
 void SelectionGrid::SelectRows(int first, int last) {
-  if (rowCount() == 0) return;
-  first = std::clamp(first, 0, rowCount() - 1);
-  last = std::clamp(last, 0, rowCount() - 1);
-  const int column = columnCount() > 1 && isColumnHidden(0) ? 1 : 0;
-  selectionModel()->setCurrentIndex(model()->index(first, column), QItemSelectionModel::NoUpdate);
-  const QItemSelection block(model()->index(std::min(first, last), 0),
-                             model()->index(std::max(first, last), columnCount() - 1));
+  if (RowCount() == 0) return;
+  first = std::clamp(first, 0, RowCount() - 1);
+  last = std::clamp(last, 0, RowCount() - 1);
+  const int column = ColumnCount() > 1 && isColumnHidden(0) ? 1 : 0;
+  selectionModel()->setCurrentIndex(model_->index(first, column), QItemSelectionModel::NoUpdate);
+  const QItemSelection block(model_->index(std::min(first, last), 0),
+                             model_->index(std::max(first, last), ColumnCount() - 1));
   selectionModel()->select(block, QItemSelectionModel::ClearAndSelect);
 }
 
@@ -121,21 +227,27 @@ void SelectionGrid::SelectRows(int first, int last) {
 bool SelectionGrid::viewportEvent(QEvent* event) {
   if (event->type() == QEvent::ToolTip) {
     const auto* help = static_cast<QHelpEvent*>(event);
-    const QTableWidgetItem* cell = itemAt(help->pos());
+    const QModelIndex cell = indexAt(help->pos());
+    const QString text = Cell(cell.row(), cell.column());
     constexpr int kCellMargin = 8;
-    const bool cut = cell != nullptr && fontMetrics().horizontalAdvance(cell->text()) >
-                                            columnWidth(cell->column()) - kCellMargin;
-    QToolTip::showText(help->globalPos(), cut ? cell->text() : QString(), this);
+    const bool cut =
+        cell.isValid() && fontMetrics().horizontalAdvance(text) > columnWidth(cell.column()) - kCellMargin;
+    QToolTip::showText(help->globalPos(), cut ? text : QString(), this);
     return true;
   }
-  return QTableWidget::viewportEvent(event);
+  return QTableView::viewportEvent(event);
+}
+
+void SelectionGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+  QTableView::selectionChanged(selected, deselected);
+  emit SelectionChanged();
 }
 
 void SelectionGrid::keyPressEvent(QKeyEvent* event) {
   switch (event->key()) {
     case Qt::Key_A:
       if (event->modifiers() != Qt::ControlModifier) break;
-      SelectRows(0, rowCount() - 1);
+      SelectRows(0, RowCount() - 1);
       emit SelectionChanged();
       return;
     case Qt::Key_Insert:
@@ -157,7 +269,7 @@ void SelectionGrid::keyPressEvent(QKeyEvent* event) {
     event->ignore();
     return;
   }
-  QTableWidget::keyPressEvent(event);
+  QTableView::keyPressEvent(event);
 }
 
 }  // namespace scorvane::forms

@@ -2,29 +2,49 @@
 // end.
 #pragma once
 
-#include <QTableWidget>
+#include <QTableView>
+#include <functional>
 #include <vector>
 
 namespace scorvane::forms {
 
-class SelectionGrid : public QTableWidget {
+class GridModel;
+
+class SelectionGrid : public QTableView {
   Q_OBJECT
  public:
   struct Column {
     QString header;
-    int twips = 0;
+    int twips = 0;  // its width; 0 hides it
     Qt::Alignment alignment = Qt::AlignLeft;
+    // Cells whose text it is true of stand right all the same.
+    std::function<bool(const QString&)> standsRight = {};
+  };
+  struct Row {
+    QStringList cells;  // those that are missing are empty
+    int data = 0;
+    bool muted = false;  // in the colour of what is disabled
   };
 
   explicit SelectionGrid(const QString& name, QWidget* parent = nullptr);
 
-  void SetColumns(const std::vector<Column>& columns);
-  // Adds a row with its cells and its row data.
-  void AddRow(const QStringList& cells, int rowData = 0);
-  void ClearRows();
+  // The grid is without rows after it.
+  void SetColumns(std::vector<Column> columns);
+  void SetRows(std::vector<Row> rows);
+  void AddRow(Row row);
+  void RemoveRow(int row);
+  void ClearRows() { SetRows({}); }
+  // Rows that are alike keep their order.
+  void SortRows(const std::function<bool(const Row&, const Row&)>& before);
+  int RowCount() const;
+  int ColumnCount() const;
+  QString Header(int column) const;
+
+  // Of a row that is not there, 0 and empty text.
   int RowData(int row) const;
-  void SetRowData(int row, int rowData);
   QString Cell(int row, int column) const;
+  void SetRow(int row, Row content);
+  void SetRowData(int row, int rowData);
   void SetCell(int row, int column, const QString& text);
 
   // The row that the keyboard moves and, of a block, the end it does not move; -1 without a selection.
@@ -46,6 +66,10 @@ class SelectionGrid : public QTableWidget {
  protected:
   void keyPressEvent(QKeyEvent* event) override;
   bool viewportEvent(QEvent* event) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+ private:
+  GridModel* model_;
 };
 
 }  // namespace scorvane::forms
