@@ -40,7 +40,10 @@ constexpr int kRecentSeparator = 16;
 frmRaces::frmRaces(FormContext& context) : context_(context) {
   setObjectName(QStringLiteral("frmRaces"));
   setWindowTitle(Q(common::kApplicationTitle));
-  resize(screen()->availableSize() / 2);
+  // Half the screen and in its middle: without a place, some desktops put it into a corner beside the splash.
+  const QRect desktop = screen()->availableGeometry();
+  resize(desktop.size() / 2);
+  move(desktop.center() - QRect({}, size()).center());
 
   auto* center = new QWidget(this);
   auto* layout = new QVBoxLayout(center);

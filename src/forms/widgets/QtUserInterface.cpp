@@ -5,6 +5,7 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QUrl>
 
@@ -14,9 +15,13 @@
 namespace scorvane::forms {
 namespace {
 
+// The dialog that waits for the user, else the main window. It need not be active yet: at start-up the desktop
+// may still be placing it, or the splash may be.
 QWidget* FrontWindow() {
-  QWidget* modal = QApplication::activeModalWidget();
-  return modal != nullptr ? modal : QApplication::activeWindow();
+  if (QWidget* modal = QApplication::activeModalWidget()) return modal;
+  for (QWidget* window : QApplication::topLevelWidgets())
+    if (window->isVisible() && qobject_cast<QMainWindow*>(window) != nullptr) return window;
+  return QApplication::activeWindow();
 }
 
 QMessageBox::Icon Icon(common::MessageIcon icon) {
