@@ -43,6 +43,8 @@ StagedFiles StageFiles(engine::Database& league, common::ProcessState& state, co
         static_cast<int>(paths.size()));
   }
   StagedFiles staged;
+  // One unit for all: what an error leaves unlisted is not staged either, and the disk is waited for once.
+  engine::UnitOfWork work(league);
   int number = 0;
   for (const std::string& path : paths) {
     if (progress) {
@@ -56,6 +58,7 @@ StagedFiles StageFiles(engine::Database& league, common::ProcessState& state, co
       ++staged.failed;
     }
   }
+  work.Commit();
   return staged;
 }
 
