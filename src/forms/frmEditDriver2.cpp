@@ -69,6 +69,7 @@ frmEditDriver2::frmEditDriver2(FormContext& context, QWidget* parent) : QDialog(
   cboReasonOut_->setEditable(true);
   cboReasonOut_->lineEdit()->setMaxLength(kReasonLength);
   cboReasonOut_->setAccessibleName(tr("Reason Out:"));
+  cboReasonOut_->lineEdit()->setAccessibleName(cboReasonOut_->accessibleName());
   for (const std::string_view reason : scoring::ReasonsOut(context.state.simType))
     cboReasonOut_->addItem(Q(reason));
   form->addRow(tr("Reason Out:"), cboReasonOut_);

@@ -45,6 +45,7 @@ frmExport::frmExport(FormContext& context, reports::PageSubject subject, QWidget
   setObjectName(QStringLiteral("frmExport"));
   setWindowTitle(tr("Export as HTML"));
   auto* tabs = new QTabWidget(this);
+  tabs->setAccessibleName(tr("Parts of the page"));
   tabs->setObjectName(QStringLiteral("ts"));
   tabs->addTab(BuildTextTab(), tr("Text"));
   tabs->addTab(BuildTableTab(), tr("Table"));

@@ -30,6 +30,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   setObjectName(QStringLiteral("frmOptions"));
   setWindowTitle(tr("Options"));
   auto* tabs = new QTabWidget(this);
+  tabs->setAccessibleName(tr("Pages of options"));
   tabs->setObjectName(QStringLiteral("ts"));
   tabs->addTab(BuildPathsTab(), tr("Paths"));
   tabs->addTab(BuildHtmlTab(), tr("HTML"));

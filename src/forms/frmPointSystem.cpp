@@ -20,7 +20,8 @@ constexpr int kPrizeColumn = 2;
 constexpr int kPointDigits = 3;
 constexpr int kPrizeDigits = 9;
 constexpr int kMostPositions = 999;
-constexpr int kBonusColumns = 3;
+constexpr int kBonusColumns = 5;
+constexpr int kTightSpacing = 4;  // so that the window fits the smallest screens
 
 QString CellText(const std::optional<std::int32_t>& value) {
   return value ? QString::number(*value) : QString();
@@ -62,6 +63,7 @@ QWidget* frmPointSystem::BuildPositions() {
   static constexpr const char* kLabels[] = {"Total Positions:", "Fill positions", "through",
                                             "with an initial value of", "and an interval of"};
   auto* tool = new QGridLayout;
+  tool->setVerticalSpacing(kTightSpacing);
   int line = 0;
   for (std::size_t i = 0; i < txtPoints_.size(); ++i) {
     auto* box = new EntryBox(QStringLiteral("txtPoints_%1").arg(i), EntryBox::Digits(), frame);
@@ -75,7 +77,7 @@ QWidget* frmPointSystem::BuildPositions() {
     txtPoints_[i] = box;
     positionControls_.insert(positionControls_.end(), {label, box});
     connect(box, &EntryBox::Left, this, [this, i] { LeaveBox(static_cast<Box>(i)); });
-    if (i == kTotal) tool->setRowMinimumHeight(line++, 10);
+    if (i == kTotal) tool->setRowMinimumHeight(line++, kTightSpacing);
   }
   connect(txtPoints_[kTotal], &QLineEdit::textEdited, this, &frmPointSystem::MarkDirty);
   auto* label = new QLabel(tr("Column to fill:"), frame);

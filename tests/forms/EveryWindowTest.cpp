@@ -1,0 +1,146 @@
+// What holds for every window: it fits a small screen, names its controls to a screen reader, has no letter
+// twice, and the keyboard walks it as the eye does.
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QMenuBar>
+#include <QTabBar>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "forms/FormFixture.h"
+#include "forms/frmAddRaces.h"
+#include "forms/frmDriverList.h"
+#include "forms/frmEditColumns.h"
+#include "forms/frmEditDriver.h"
+#include "forms/frmEditDriver2.h"
+#include "forms/frmEditRace.h"
+#include "forms/frmExport.h"
+#include "forms/frmLGXProperties.h"
+#include "forms/frmOfflineSettings.h"
+#include "forms/frmOptions.h"
+#include "forms/frmPickDriver.h"
+#include "forms/frmPointSystem.h"
+#include "forms/frmRaces.h"
+#include "forms/frmStats.h"
+
+namespace scorvane::forms {
+namespace {
+
+class EveryWindow : public FormFixture {
+ protected:
+  void SetUp() override {
+    OpenLeague(common::kNascarRacing3);
+    ImportSeason();
+  }
+
+  // Shows one window after the other.
+  void ForEach(const std::function<void(QWidget&)>& look) {
+    auto show = [&](QWidget& window) {
+      SCOPED_TRACE(Utf8(window.objectName()));
+      Show(window);
+      look(window);
+    };
+    frmRaces races(context_);
+    show(races);
+    frmLGXProperties properties(context_, nullptr);
+    properties.NewDialog(true);
+    show(properties);
+    frmAddRaces import(context_, nullptr);
+    show(import);
+    frmStats stats(context_, nullptr);
+    show(stats);
+    frmOptions options(context_, nullptr);
+    show(options);
+    frmDriverList drivers(context_, nullptr);
+    show(drivers);
+    frmEditDriver driver(context_, nullptr);
+    driver.DriverID(1);
+    driver.Mode(frmEditDriver::kEdit);
+    show(driver);
+    frmPickDriver pick(context_, nullptr);
+    show(pick);
+    frmPointSystem points(context_, nullptr);
+    show(points);
+    frmEditRace race(context_, {1, false}, nullptr);
+    show(race);
+    frmEditDriver2 result(context_, nullptr);
+    show(result);
+    frmOfflineSettings offline(context_, nullptr);
+    show(offline);
+    frmEditColumns columns(context_, 1, QStringLiteral("Point Standings"), nullptr);
+    show(columns);
+    frmExport page(context_, {reports::PageSubject::kReport, 1}, nullptr);
+    show(page);
+  }
+
+  static bool TakesTab(const QWidget& widget) {
+    return widget.isVisible() && widget.isEnabled() && (widget.focusPolicy() & Qt::TabFocus) != 0;
+  }
+};
+
+TEST_F(EveryWindow, FitsASmallScreen) {
+  constexpr int kTitleBar = 30;
+  ForEach([](QWidget& window) {
+    EXPECT_LE(window.minimumSizeHint().width(), 640);
+    EXPECT_LE(window.minimumSizeHint().height(), 480 - kTitleBar);
+    EXPECT_LE(window.minimumHeight(), 480 - kTitleBar);
+  });
+}
+
+TEST_F(EveryWindow, NamesItsControlsToAScreenReader) {
+  ForEach([](QWidget& window) {
+    for (QWidget* control : window.findChildren<QWidget*>()) {
+      if (!TakesTab(*control)) continue;
+      const QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(control);
+      ASSERT_NE(reader, nullptr);
+      EXPECT_FALSE(reader->text(QAccessible::Name).isEmpty())
+          << Utf8(control->objectName()) << " " << control->metaObject()->className();
+    }
+  });
+}
+
+TEST_F(EveryWindow, HasNoLetterTwice) {
+  ForEach([](QWidget& window) {
+    // Its captions are given; Alt goes from one to the other.
+    if (window.objectName() == QLatin1String("frmLGXProperties")) return;
+    std::map<std::string, std::string> owners;
+    auto claim = [&](const QString& caption) {
+      const std::string letter = Utf8(QKeySequence::mnemonic(caption).toString());
+      if (letter.empty()) return;
+      const auto [owner, isFree] = owners.emplace(letter, Utf8(caption));
+      EXPECT_TRUE(isFree) << letter << ": " << owner->second << " and " << Utf8(caption);
+    };
+    for (const auto* button : window.findChildren<QAbstractButton*>())
+      if (button->isVisible()) claim(button->text());
+    for (const auto* label : window.findChildren<QLabel*>())
+      if (label->isVisible() && label->buddy() != nullptr) claim(label->text());
+    for (const auto* tabs : window.findChildren<QTabBar*>())
+      for (int i = 0; i < tabs->count(); ++i) claim(tabs->tabText(i));
+    for (const auto* menu : window.findChildren<QMenuBar*>())
+      for (const QAction* action : menu->actions()) claim(action->text());
+  });
+}
+
+TEST_F(EveryWindow, IsWalkedAsTheEyeWalksIt) {
+  ForEach([](QWidget& window) {
+    const QWidget* before = nullptr;
+    for (const QWidget* at = window.nextInFocusChain(); at != &window; at = at->nextInFocusChain()) {
+      if (!TakesTab(*at) || at->focusProxy() != nullptr) continue;
+      const QPoint place = at->mapTo(&window, QPoint());
+      if (before != nullptr) {
+        // Never back up and to the left at once.
+        const QPoint last = before->mapTo(&window, QPoint());
+        EXPECT_FALSE(place.y() + at->height() <= last.y() && place.x() + at->width() <= last.x())
+            << Utf8(before->objectName()) << " before " << Utf8(at->objectName());
+      }
+      before = at;
+    }
+  });
+}
+
+}  // namespace
+}  // namespace scorvane::forms
