@@ -244,6 +244,7 @@ void frmRaces::FillRaceGrid() {
       rows.push_back({{Q(race.name), Q(race.laps), Q(race.miles), Q(race.fileName)}, race.id});
     if (rows.empty()) rows.emplace_back();
     grid_->SetRows(std::move(rows));
+    grid_->FitColumn(0);
     grid_->setUpdatesEnabled(true);
   }
   buttons_[kImportButton]->setEnabled(true);

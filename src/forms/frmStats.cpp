@@ -3,7 +3,6 @@
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QScreen>
-#include <QSet>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <string>
@@ -26,8 +25,6 @@ constexpr int kHtmlButton = 0;
 constexpr int kColumnsButton = 1;
 constexpr int kPositionTwips = 300;
 constexpr int kGeneralAlignment = 9;
-constexpr int kWidestCharacters = 40;  // of a cell; what is longer is elided until the user widens its column
-constexpr int kCellMargin = 14;
 
 Qt::Alignment AlignmentOf(int code) {
   if (code >= 3 && code <= 5) return Qt::AlignHCenter;
@@ -152,29 +149,11 @@ void frmStats::ShowReport(const reports::ReportTable& table) {
   const QSignalBlocker quiet(fgCalcs_);
   fgCalcs_->setUpdatesEnabled(false);
   fgCalcs_->SetColumns(std::move(columns));
-  FitColumns(rows);
   fgCalcs_->SetRows(std::move(rows));
+  for (int column = 0; column < fgCalcs_->ColumnCount(); ++column) fgCalcs_->FitColumn(column);
   fgCalcs_->setUpdatesEnabled(true);
   fgCalcs_->scrollToTop();
   if (fgCalcs_->RowCount() > 0) fgCalcs_->SelectRows(0, 0);
-}
-
-// A column has at least its own width, and room for its heading and for what stands below it.
-void frmStats::FitColumns(const std::vector<SelectionGrid::Row>& rows) {
-  const QFontMetrics heading = fgCalcs_->horizontalHeader()->fontMetrics();
-  const QFontMetrics metrics = fgCalcs_->fontMetrics();
-  const int widest = metrics.averageCharWidth() * kWidestCharacters;
-  for (int column = 0; column < fgCalcs_->ColumnCount(); ++column) {
-    if (fgCalcs_->isColumnHidden(column)) continue;
-    // A long report says the same things over and over; each is measured once.
-    QSet<QString> different;
-    for (const SelectionGrid::Row& row : rows) different.insert(row.cells[column]);
-    int content = 0;
-    for (const QString& text : different) content = std::max(content, metrics.horizontalAdvance(text));
-    const int needed =
-        std::max(heading.horizontalAdvance(fgCalcs_->Header(column)), std::min(content, widest));
-    fgCalcs_->setColumnWidth(column, std::max(fgCalcs_->columnWidth(column), needed + kCellMargin));
-  }
 }
 
 void frmStats::EditReportColumns() {

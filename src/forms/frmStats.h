@@ -25,7 +25,6 @@ class frmStats : public QDialog {
   void Load();
   void RunReport();
   void ShowReport(const reports::ReportTable& table);
-  void FitColumns(const std::vector<SelectionGrid::Row>& rows);
   void EditReportColumns();
   void ExportStandingsHtml();
   std::int32_t ReportID() const;

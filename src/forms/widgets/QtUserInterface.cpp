@@ -15,8 +15,8 @@
 namespace scorvane::forms {
 namespace {
 
-// The dialog that waits for the user, else the main window. It need not be active yet: at start-up the desktop
-// may still be placing it, or the splash may be.
+// The dialog that waits for the user, else the main window. It need not be active yet: at start-up the
+// desktop may still be placing it, or the splash may be.
 QWidget* FrontWindow() {
   if (QWidget* modal = QApplication::activeModalWidget()) return modal;
   for (QWidget* window : QApplication::topLevelWidgets())

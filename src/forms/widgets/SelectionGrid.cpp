@@ -5,12 +5,19 @@
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QSet>
 #include <QToolTip>
 #include <algorithm>
 
 #include "forms/widgets/Twips.h"
 
 namespace scorvane::forms {
+namespace {
+
+constexpr int kWidestCharacters = 40;  // of a cell; what is longer is elided until the user widens its column
+constexpr int kFittingMargin = 14;
+
+}  // namespace
 
 // The rows as they were handed over. What a cell looks like is worked out when it is painted.
 class GridModel : public QAbstractTableModel {
@@ -139,6 +146,19 @@ void SelectionGrid::SetColumns(std::vector<Column> columns) {
 
 void SelectionGrid::SetRows(std::vector<Row> rows) {
   model_->SetRows(std::move(rows));
+}
+
+void SelectionGrid::FitColumn(int column) {
+  if (isColumnHidden(column)) return;
+  const QFontMetrics metrics = fontMetrics();
+  // A long list says the same things over and over; each is measured once.
+  QSet<QString> different;
+  for (int row = 0; row < RowCount(); ++row) different.insert(Cell(row, column));
+  int content = 0;
+  for (const QString& text : different) content = std::max(content, metrics.horizontalAdvance(text));
+  const int needed = std::max(horizontalHeader()->fontMetrics().horizontalAdvance(Header(column)),
+                              std::min(content, metrics.averageCharWidth() * kWidestCharacters));
+  setColumnWidth(column, std::max(columnWidth(column), needed + kFittingMargin));
 }
 
 void SelectionGrid::AddRow(Row row) {

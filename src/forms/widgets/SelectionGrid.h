@@ -31,6 +31,8 @@ class SelectionGrid : public QTableView {
   // The grid is without rows after it.
   void SetColumns(std::vector<Column> columns);
   void SetRows(std::vector<Row> rows);
+  // Widens a column until its heading and what stands below it have room, within reason. It never narrows it.
+  void FitColumn(int column);
   void AddRow(Row row);
   void RemoveRow(int row);
   void ClearRows() { SetRows({}); }
