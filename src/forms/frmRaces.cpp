@@ -354,7 +354,8 @@ void frmRaces::ShowOptions() {
 }
 
 void frmRaces::ViewReadMe() {
-  const std::string path = common::JoinPath(platform::ApplicationFolder(), "ReadMe.htm");
+  std::string path = common::JoinPath(platform::ApplicationFolder(), "ReadMe.htm");
+  if (!common::FileExists(path)) path = common::JoinPath(platform::InstalledFolder(), "ReadMe.htm");
   if (!common::FileExists(path) || !context_.ui.ShellOpen(path)) {
     context_.ui.ShowMessage({"The ReadMe.htm file is missing.", "Error", common::MessageIcon::Exclamation});
   }

@@ -90,7 +90,7 @@ void FillFromInstalledTemplate(const fs::path& folder) {
   std::error_code error;
   const fs::path target = folder / kTemplateName;
   if (fs::exists(target, error)) return;
-  const fs::path installed = fs::path(ProgramFolder()).parent_path() / "share" / "scorvane" / kTemplateName;
+  const fs::path installed = fs::path(InstalledFolder()) / kTemplateName;
   const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(::getpid()));
   if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
   fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
@@ -146,6 +146,10 @@ char LocaleDecimalSeparator() {
 std::string ProgramFolder() {
   std::error_code error;
   return fs::read_symlink("/proc/self/exe", error).parent_path().string();
+}
+
+std::string InstalledFolder() {
+  return (fs::path(ProgramFolder()).parent_path() / "share" / "scorvane").string();
 }
 
 std::string ApplicationFolder() {

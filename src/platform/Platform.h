@@ -44,6 +44,10 @@ std::string ProgramFolder();
 // Kirrelon.dat; else the user's data folder, made when it is not there. Without a separator at its end.
 std::string ApplicationFolder();
 
+// The folder of what comes with the program and is only read (the template and the help page of an
+// installation). Without a separator at its end.
+std::string InstalledFolder();
+
 // A drive as the simulations know it: its letter, C to Z, and the folder that it is here, without a separator
 // at its end unless it is a root.
 struct Drive {

@@ -66,6 +66,18 @@ class CliTest(unittest.TestCase):
         return tuple(self.sql(f"SELECT Count(*) AS N FROM {table}")[0]["N"]
                      for table in ("Race", "Stats", "Driver", "STNRace", "STNStats"))
 
+    def test_installed_program_keeps_its_template_in_the_users_folder(self):
+        build = os.path.dirname(PROGRAM)
+        subprocess.run(["cmake", "--install", build, "--prefix", self.path("usr")], check=True, capture_output=True)
+        environment = {**os.environ, "XDG_DATA_HOME": self.path("data"), "HOME": self.folder}
+        environment.pop("SCORVANE_HOME", None)
+        program = self.path("usr/bin/scorvane-cli")
+        for command in (["create", self.league, "--sim", "nr3"], ["import", self.league, SEASON[0]]):
+            subprocess.run([program, *command], check=True, capture_output=True, env=environment)
+        self.assertEqual(os.listdir(self.path("data/scorvane")), ["Kirrelon.dat"])
+        self.assertEqual(sorted(os.listdir(self.path("usr/share/scorvane"))), ["Kirrelon.dat", "ReadMe", "ReadMe.htm"])
+        self.assertEqual(len(rows("races", self.league)), 1)
+
     # ---- the season
 
     def test_season_comes_out_as_published(self):
