@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "app/SimFolders.h"
+#include "common/Formats.h"
 #include "forms/widgets/Filters.h"
 #include "forms/widgets/Text.h"
 
@@ -61,13 +62,14 @@ QWidget* frmOptions::BuildPathsTab() {
   label->setObjectName(QStringLiteral("lblPaths"));
   label->setBuddy(fgPaths_);
   fgPaths_->setAccessibleName(label->text());
-  fgPaths_->SetColumns({{tr("NASCAR Sim"), 2200, Qt::AlignLeft}, {tr("Path"), 5000, Qt::AlignLeft}});
+  fgPaths_->SetColumns({{tr("NASCAR Sim"), 1750, Qt::AlignLeft}, {tr("Path"), 5000, Qt::AlignLeft}});
   fgPaths_->horizontalHeader()->setStretchLastSection(true);
-  fgPaths_->setMinimumWidth(fgPaths_->columnWidth(0) + fgPaths_->columnWidth(1) + 20);
   for (int i = 0; i < app::kSimulations; ++i) {
     const auto index = static_cast<std::size_t>(i);
     fgPaths_->AddRow({{Q(app::Simulations()[index].name), Q(context_.state.simFolders[index])}, i + 1});
   }
+  fgPaths_->FitColumn(0);
+  fgPaths_->setMinimumWidth(fgPaths_->columnWidth(0) + fgPaths_->columnWidth(1) + 20);
   cmdChange_ = new QPushButton(tr("Select Path"), page);
   cmdChange_->setObjectName(QStringLiteral("cmdChange"));
   cmdChange_->setToolTip(tr("Select a path for the selected NASCAR Racing sim"));
@@ -93,6 +95,7 @@ QWidget* frmOptions::BuildPathsTab() {
   connect(fgPaths_, &SelectionGrid::SelectionChanged, this,
           [this] { cmdChange_->setEnabled(fgPaths_->OneRowSelected()); });
   connect(fgPaths_, &SelectionGrid::RowDoubleClicked, cmdChange_, &QPushButton::click);
+  connect(fgPaths_, &SelectionGrid::EnterPressed, cmdChange_, &QPushButton::click);
   connect(cmdChange_, &QPushButton::clicked, this, &frmOptions::SelectPath);
   connect(clear, &QPushButton::clicked, this, &frmOptions::ClearPaths);
   fgPaths_->SelectRows(0, 0);
@@ -165,7 +168,7 @@ void frmOptions::BrowseImage() {
   request.filter = kImageFilter;
   request.filterIndex = 1;
   const std::vector<std::string> chosen = context_.ui.OpenFiles(request);
-  if (!chosen.empty()) txtBGImage_->setText(Q(chosen.front()));
+  if (!chosen.empty() && !common::TrimBlanks(chosen.front()).empty()) txtBGImage_->setText(Q(chosen.front()));
 }
 
 void frmOptions::Confirm() {

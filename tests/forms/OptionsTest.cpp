@@ -63,12 +63,36 @@ TEST_F(OptionsDialog, FoldersAreChosenCheckedAndCleared) {
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderLegends), "");
 }
 
+TEST_F(OptionsDialog, TheGridPicksByMouseAndKeyAndTheCloseBoxChecksNothing) {
+  frmOptions dialog(context_);
+  Show(dialog);
+  auto& grid = Find<SelectionGrid>(dialog, "fgPaths");
+  ui_.foldersToPick = {"/", "/nowhere"};
+  const QPoint legends = grid.visualRect(grid.model()->index(1, 0)).center();
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, legends);
+  QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, legends);
+  QTest::keyClick(&grid, Qt::Key_Down);
+  QTest::keyClick(&grid, Qt::Key_Return);
+  EXPECT_EQ(Utf8(grid.Cell(1, 1)), "/");
+  EXPECT_EQ(Utf8(grid.Cell(2, 1)), "/nowhere/");
+  dialog.close();
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_FALSE(dialog.Cancelled());
+
+  frmOptions left(context_);
+  Show(left);
+  QTest::keyClick(&left, Qt::Key_Escape);
+  EXPECT_FALSE(left.isVisible());
+  EXPECT_TRUE(left.Cancelled());
+}
+
 TEST_F(OptionsDialog, PageDefaultsAndSwitchesAreStored) {
   frmOptions dialog(context_);
   EXPECT_FALSE(Find<QPushButton>(dialog, "cmdBGImage").isEnabled());
   Find<QCheckBox>(dialog, "chkBGImage").click();
   EXPECT_TRUE(Find<QPushButton>(dialog, "cmdBGImage").isEnabled());
-  ui_.filesToOpen = {{"/pictures/track.gif"}};
+  ui_.filesToOpen = {{"/pictures/track.gif"}, {" "}};
+  Find<QPushButton>(dialog, "cmdBGImage").click();
   Find<QPushButton>(dialog, "cmdBGImage").click();
   EXPECT_EQ(ui_.dialogs.back().title, "Select Background Image");
   EXPECT_EQ(ui_.dialogs.back().filterIndex, 1);
