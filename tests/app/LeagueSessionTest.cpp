@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "app/SimFolders.h"
 #include "common/ScriptedUserInterface.h"
 #include "common/SettingsStore.h"
@@ -94,6 +96,32 @@ TEST_F(NewSimulations, FoldersComeFromTheTemplate) {
   EXPECT_TRUE(LacksSimFolder(state_, common::kNascarRacing2003));
   EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2002));
   EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2));
+}
+
+// The folder of the tests has the reader beside them, as the program has.
+TEST_F(NewSimulations, AnOldLeagueIsConvertedAfterAskingAndKept) {
+  namespace fs = std::filesystem;
+  const std::string path = folder_.File("club.lgx");
+  const std::string kept = folder_.File("club (original).lgx");
+  fs::copy_file(SCORVANE_SOURCE_DIR "/tests/data/legacy/league-2000.lgx", path);
+  const auto size = fs::file_size(path);
+  ASSERT_TRUE(session_.OpenLeagueFile(League(0)));
+  ui_.answers = {common::Answer::No, common::Answer::Yes};
+  EXPECT_FALSE(session_.OpenLeagueFile(path));
+  EXPECT_EQ(session_.League().Name(), League(0)) << "the league that was open stays open";
+  EXPECT_EQ(fs::file_size(path), size);
+  EXPECT_FALSE(fs::exists(kept));
+
+  ASSERT_TRUE(session_.OpenLeagueFile(path));
+  EXPECT_EQ(fs::file_size(kept), size);
+  ASSERT_EQ(ui_.messages.size(), 3U);
+  EXPECT_EQ(ui_.messages[1].title, "Old League File");
+  EXPECT_EQ(ui_.messages[2].text,
+            "The league has been converted. The original is kept as\r\n\"" + kept + "\".");
+  EXPECT_FALSE(session_.League().OpenRecordset("SELECT * FROM Stats").AtEnd());
+  ASSERT_TRUE(session_.OpenLeagueFile(League(0)));
+  ASSERT_TRUE(session_.OpenLeagueFile(path));
+  EXPECT_EQ(ui_.messages.size(), 3U) << "once is enough";
 }
 
 }  // namespace
