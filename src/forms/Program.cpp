@@ -14,9 +14,10 @@
 namespace scorvane::forms {
 
 int RunProgram(const QApplication& application, const std::function<void(frmRaces&)>& started) {
-  // The format is named: to find it out, every image plugin would be loaded.
+  // The format is named: to find it out, every image plugin would be loaded. Every window hands all sizes to
+  // the display, so the largest, which only the desktop's menus show, is not among them.
   QIcon icon;
-  for (const int size : {16, 24, 32, 48, 64, 128, 256})
+  for (const int size : {16, 24, 32, 48, 64, 128})
     icon.addPixmap(QPixmap(QStringLiteral(":/scorvane/scorvane-%1.png").arg(size), "PNG"));
   QApplication::setWindowIcon(icon);
   QGuiApplication::setDesktopFileName(QStringLiteral("scorvane"));

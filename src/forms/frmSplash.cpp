@@ -36,7 +36,7 @@ QPixmap Picture(qreal scale) {
       painter.fillRect(column * kSquare, kHeight - (3 - row) * kSquare, kSquare, kSquare, color);
     }
   }
-  const QPixmap icon(QStringLiteral(":/scorvane/scorvane-256.png"), "PNG");
+  const QPixmap icon(QStringLiteral(":/scorvane/scorvane-%1.png").arg(scale > 1 ? 256 : 128), "PNG");
   if (!icon.isNull()) painter.drawPixmap(QRect(28, 36, 96, 96), icon);
   QFont font(QStringLiteral("Arial"));
   font.setPixelSize(46);

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kWidestCharacters = 40;  // of a cell; what is longer is elided until the user widens its column
 constexpr int kFittingMargin = 14;
+constexpr qsizetype kMeasuredTexts = 50;
 
 }  // namespace
 
@@ -151,11 +152,16 @@ void SelectionGrid::SetRows(std::vector<Row> rows) {
 void SelectionGrid::FitColumn(int column) {
   if (isColumnHidden(column)) return;
   const QFontMetrics metrics = fontMetrics();
-  // A long list says the same things over and over; each is measured once.
+  // Only the longest texts are measured: hundreds of them are nearly as wide as the widest.
   QSet<QString> different;
   for (int row = 0; row < RowCount(); ++row) different.insert(Cell(row, column));
+  QStringList longest = different.values();
+  const auto measured = std::min<qsizetype>(longest.size(), kMeasuredTexts);
+  std::partial_sort(longest.begin(), longest.begin() + measured, longest.end(),
+                    [](const QString& x, const QString& y) { return x.size() > y.size(); });
   int content = 0;
-  for (const QString& text : different) content = std::max(content, metrics.horizontalAdvance(text));
+  for (const QString& text : longest.first(measured))
+    content = std::max(content, metrics.horizontalAdvance(text));
   const int needed = std::max(horizontalHeader()->fontMetrics().horizontalAdvance(Header(column)),
                               std::min(content, metrics.averageCharWidth() * kWidestCharacters));
   setColumnWidth(column, std::max(columnWidth(column), needed + kFittingMargin));
