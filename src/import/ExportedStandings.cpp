@@ -35,9 +35,9 @@ class Stager {
     fmt::format_to(std::back_inserter(sql_), ",{},", race.Laps);
     AppendLocalized(race.RaceTime);
     sql_ += ',';
-    AppendLocalized(race.AvgSpeed);
+    AppendLocalized(FitStatistic(race.AvgSpeed, kSpeedCharacters));
     sql_ += ',';
-    AppendLocalized(race.VictoryMargin);
+    AppendLocalized(FitStatistic(race.VictoryMargin, kMarginCharacters));
     fmt::format_to(std::back_inserter(sql_), ",{},{},", race.Cautions, race.LeadChanges);
     AppendLiteral(race.Weather);
     sql_ += ')';

@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <system_error>
+
+#include "common/Formats.h"
 
 namespace scorvane::import {
 namespace {
@@ -38,6 +41,15 @@ std::string ReadFileContent(const std::string& path) {
     throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
   if (content.empty()) throw FileFault("The file is empty.");
   return content;
+}
+
+std::string FitStatistic(std::string text, std::size_t characters) {
+  if (text.size() <= characters || text.empty() || text.front() < '0' || text.front() > '9') return text;
+  const auto end = text.find_first_not_of("0123456789.,:");
+  if (end == std::string::npos) return text;
+  const std::string number = text.substr(0, end);
+  const std::string unit(common::TrimBlanks(std::string_view(text).substr(end)));
+  return number.size() + unit.size() <= characters ? number + unit : number;
 }
 
 }  // namespace scorvane::import

@@ -1,6 +1,7 @@
 // Result files as the readers take them in.
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 
@@ -15,5 +16,15 @@ class FileFault : public std::runtime_error {
 // The content of the result file at `path`. Throws FileFault when it cannot be read, is empty, or is so large
 // that it can be none.
 std::string ReadFileContent(const std::string& path);
+
+// A statistic of a race in a field of so many characters: when it is too long for it, without the blanks
+// before its unit, then without its unit ("101.512 sec" becomes "101.512sec", "1:02.345 sec" "1:02.345"). A
+// text that is longer still, or begins with no digit, stays as it is.
+std::string FitStatistic(std::string text, std::size_t characters);
+
+// What the fields of a race have room for.
+inline constexpr std::size_t kRaceTimeCharacters = 15;
+inline constexpr std::size_t kSpeedCharacters = 10;
+inline constexpr std::size_t kMarginCharacters = 10;
 
 }  // namespace scorvane::import

@@ -188,6 +188,8 @@ class Reader {
     enum Statistic { kRaceTime, kAvgSpeed, kVictoryMargin, kCautions, kLeadChanges, kWeather };
     static constexpr std::array<std::string_view, 6> kLabels = {
         "Race time", "Average speed", "Margin of victory", "Caution flags", "# of lead changes", "Weather"};
+    static constexpr std::array<std::size_t, 3> kRoom = {kRaceTimeCharacters, kSpeedCharacters,
+                                                         kMarginCharacters};
     std::array<std::string, 6> values;
     for (int i = 0; i < kStatisticLines; ++i) {
       const std::string_view line = ReadSection("before the race statistics");
@@ -202,7 +204,7 @@ class Reader {
         std::replace(value.begin(), value.end(), state_.simType == common::kNascarRacing2 ? '\xA9' : '^',
                      kDegreeSign.front());
       } else if (statistic <= kVictoryMargin) {
-        value = common::LocalizeDecimal(value, state_.decimalSeparator);
+        value = FitStatistic(common::LocalizeDecimal(value, state_.decimalSeparator), kRoom[statistic]);
       }
       values[statistic] = common::FromWindows1252(value);
     }

@@ -70,6 +70,13 @@ TEST_F(ExportedStandings, StagesARace) {
   EXPECT_TRUE(ui_.messages.empty());
 }
 
+TEST_F(ExportedStandings, AMarginTooLongForItsFieldLosesItsUnit) {
+  page_.race[2][4] = "-1:02.345";
+  ASSERT_EQ(Read(page_), 1);
+  EXPECT_EQ(test::Single(*league_, "SELECT VictoryMargin FROM STNRace"), "1:02.345");
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
 TEST_F(ExportedStandings, RealPagesScoreAsTheySay) {
   state_.tracks.reset();
   state_.simFolders[4] = kRealPages;

@@ -10,6 +10,7 @@
 
 #include "common/ScriptedUserInterface.h"
 #include "db/LeagueFixture.h"
+#include "import/FileContent.h"
 #include "scoring/OnlineImport.h"
 #include "scoring/PointSystem.h"
 
@@ -53,6 +54,16 @@ class StandingsFile : public test::LeagueFixture {
   common::ProcessState state_;
   common::ScriptedUserInterface ui_;
 };
+
+TEST(FitStatistic, DropsWhatTheFieldHasNoRoomFor) {
+  const std::pair<const char*, const char*> cases[] = {{"144.735mph", "144.735mph"},
+                                                       {"144.735 mph", "144.735mph"},
+                                                       {"102.345 seconds", "102.345"},
+                                                       {"1:02,345 sec", "1:02,345"},
+                                                       {"far too long a text", "far too long a text"},
+                                                       {"", ""}};
+  for (const auto& [text, fitted] : cases) EXPECT_EQ(FitStatistic(text, 10), fitted);
+}
 
 TEST_F(StandingsFile, StagesARaceWithQualifyingTimes) {
   EXPECT_EQ(ReadSample("nr3.stn", 1), 1);
