@@ -153,10 +153,16 @@ void LeagueSession::CloseLeagueFile() {
   const bool worthCompacting = league_->FreePages() > 0;
   league_.reset();
   if (!worthCompacting) return;
-  const std::string compact = common::GetFolder(path) + kCompactName;
+  // Who has opened the league meanwhile, or compacts another one in this folder, goes first. What has the
+  // name already is not ours to remove: it may be all that an earlier failure left of a league.
+  const std::string folder = common::GetFolder(path);
+  const std::string compact = folder + kCompactName;
+  const auto folderLock = platform::FileLock::TryLock(folder);
+  const auto lock = platform::FileLock::TryLock(path);
   std::error_code error;
+  if (!folderLock || !lock || std::filesystem::exists(std::filesystem::symlink_status(compact, error)))
+    return;
   try {
-    std::filesystem::remove(compact, error);  // left by an earlier failure
     engine_.CompactDatabase(path, compact);
     platform::ReplaceFile(compact, path);
   } catch (const std::exception&) {

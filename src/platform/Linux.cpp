@@ -104,9 +104,16 @@ void FillFromInstalledTemplate(const fs::path& folder) {
 }  // namespace
 
 std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path) {
-  Handle handle(path, O_RDONLY);
-  if (!handle.IsOpen() || ::flock(handle.Get(), LOCK_EX | LOCK_NB) != 0) return nullptr;
-  return std::unique_ptr<FileLock>(new FileLock(handle.Release()));
+  for (;;) {
+    Handle handle(path, O_RDONLY);
+    if (!handle.IsOpen() || ::flock(handle.Get(), LOCK_EX | LOCK_NB) != 0) return nullptr;
+    // Another file may have taken the name between the opening and the lock: then that one is meant.
+    struct stat held{};
+    struct stat named{};
+    if (::fstat(handle.Get(), &held) != 0 || ::stat(path.c_str(), &named) != 0) return nullptr;
+    if (held.st_dev == named.st_dev && held.st_ino == named.st_ino)
+      return std::unique_ptr<FileLock>(new FileLock(handle.Release()));
+  }
 }
 
 FileLock::~FileLock() {

@@ -10,7 +10,8 @@
 
 namespace scorvane::platform {
 
-// Keeps other processes of this program from opening a file for as long as it lives.
+// Keeps other processes of this program from opening a file for as long as it lives. A folder can be held,
+// too.
 class FileLock {
  public:
   // Null when another holder has the file, or when it cannot be opened.

@@ -98,6 +98,31 @@ TEST_F(NewSimulations, FoldersComeFromTheTemplate) {
   EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2));
 }
 
+// A league may have the name that compaction uses: the program that failed between two steps left it so.
+TEST_F(NewSimulations, ClosingNeverTakesAFileThatIsThere) {
+  namespace fs = std::filesystem;
+  const std::string left = folder_.File("TmpPoints.mdb");
+  fs::copy_file(League(0), left);
+  for (const std::string& path : {left, League(1)}) {
+    ASSERT_TRUE(session_.OpenLeagueFile(path));
+    session_.League().Execute("DELETE * FROM PointSystem");
+    session_.League().Execute("DELETE * FROM Settings WHERE SettingsID>200");
+    session_.CloseLeagueFile();
+    EXPECT_TRUE(fs::exists(left));
+    EXPECT_TRUE(session_.OpenLeagueFile(path));
+    session_.CloseLeagueFile();
+  }
+  // Without it, closing gives the space back.
+  fs::remove(left);
+  ASSERT_TRUE(session_.OpenLeagueFile(League(1)));
+  for (const char* table : {"Bonus", "RankCriteria"})
+    session_.League().Execute(std::string("DELETE * FROM ") + table);
+  const auto size = fs::file_size(League(1));
+  session_.CloseLeagueFile();
+  EXPECT_LT(fs::file_size(League(1)), size);
+  EXPECT_FALSE(fs::exists(left));
+}
+
 // The folder of the tests has the reader beside them, as the program has.
 TEST_F(NewSimulations, AnOldLeagueIsConvertedAfterAskingAndKept) {
   namespace fs = std::filesystem;

@@ -78,6 +78,21 @@ class CliTest(unittest.TestCase):
         self.assertEqual(sorted(os.listdir(self.path("usr/share/scorvane"))), ["Kirrelon.dat", "ReadMe", "ReadMe.htm"])
         self.assertEqual(len(rows("races", self.league)), 1)
 
+    def test_leagues_closed_at_once_in_one_folder_stay_apart(self):
+        for name in ("A", "B"):
+            cli("create", self.path(f"{name}.lgx"), "--sim", "nr3")
+            cli("import", self.path(f"{name}.lgx"), *SEASON[:4])
+            cli("sql", self.path(f"{name}.lgx"), f"UPDATE Race SET Name='{name}'")
+        for _ in range(25):
+            for name in ("A", "B"):
+                cli("import", self.path(f"{name}.lgx"), *SEASON[4:6])
+            closing = [subprocess.Popen([PROGRAM, "sql", self.path(f"{name}.lgx"), "DELETE * FROM Race WHERE RaceID>4"],
+                                        stdout=subprocess.DEVNULL) for name in ("A", "B")]
+            for process in closing:
+                self.assertEqual(process.wait(), 0)
+            for name in ("A", "B"):
+                self.assertEqual(rows("sql", self.path(f"{name}.lgx"), "SELECT DISTINCT Name FROM Race"), [{"Name": name}])
+
     # ---- the season
 
     def test_season_comes_out_as_published(self):
