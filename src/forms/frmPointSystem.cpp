@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "engine/Value.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -19,7 +20,9 @@ constexpr int kPointsColumn = 1;
 constexpr int kPrizeColumn = 2;
 constexpr int kPointDigits = 3;
 constexpr int kPrizeDigits = 9;
+constexpr int kBonusCharacters = 6;  // a 16-bit number with its sign
 constexpr int kMostPositions = 999;
+constexpr double kMost = 999999999;
 constexpr int kBonusColumns = 5;
 constexpr int kTightSpacing = 4;  // so that the window fits the smallest screens
 
@@ -129,7 +132,7 @@ QWidget* frmPointSystem::BuildBonuses() {
   for (const scoring::BonusPoints& bonus : edit_.bonuses) {
     auto* box = new EntryBox(QStringLiteral("txtBonus_%1").arg(bonus.id - 1), EntryBox::Digits(), pairs);
     box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000")));
-    box->setMaxLength(kPointDigits + 1);
+    box->setMaxLength(kBonusCharacters);
     auto* label = new QLabel(pairs);
     label->setTextFormat(Qt::PlainText);
     label->setText(Q(bonus.name) + QLatin1Char(':'));
@@ -174,7 +177,7 @@ void frmPointSystem::ShowPositions() {
   for (int row = 0; row < rows; ++row) {
     const scoring::PositionPoints& position = edit_.positions[static_cast<std::size_t>(row)];
     if (row == fgPoints_->RowCount()) fgPoints_->AddRow({});
-    fgPoints_->SetCell(row, 0, QString::number(row + 1));
+    fgPoints_->SetCell(row, 0, QString::number(position.position > 0 ? position.position : row + 1));
     fgPoints_->SetCell(row, kPointsColumn, CellText(position.points));
     fgPoints_->SetCell(row, kPrizeColumn, CellText(position.prizeMoney));
   }
@@ -199,27 +202,35 @@ void frmPointSystem::SelectionChanged() {
   const QString value = fgPoints_->Cell(first, column);
   txtPoints_[kFrom]->setText(QString::number(first + 1));
   txtPoints_[kThrough]->setText(QString::number(last + 1));
+  // What is typed is limited; what stands in the table is shown whole.
+  const int limit = FillsPrizeMoney() ? kPrizeDigits : kPointDigits;
+  txtPoints_[kInitial]->setMaxLength(std::max(limit, static_cast<int>(value.size())));
   txtPoints_[kInitial]->setText(value);
   const int step = last > first ? value.toInt() - fgPoints_->Cell(first + 1, column).toInt() : 0;
-  txtPoints_[kInterval]->setText(step > 0 ? QString::number(step) : QString());
+  const QString interval = step > 0 ? QString::number(step) : QString();
+  txtPoints_[kInterval]->setMaxLength(std::max(limit, static_cast<int>(interval.size())));
+  txtPoints_[kInterval]->setText(interval);
 }
 
 void frmPointSystem::ColumnChosen() {
-  for (const Box box : {kInitial, kInterval})
-    txtPoints_[box]->setMaxLength(FillsPrizeMoney() ? kPrizeDigits : kPointDigits);
   SelectionChanged();
 }
 
 int frmPointSystem::Whole(Box box) const {
-  return txtPoints_[box]->text().toInt();
+  return static_cast<int>(std::clamp(engine::LeadingNumber(Utf8(txtPoints_[box]->text())), -kMost, kMost));
 }
 
 void frmPointSystem::LeaveBox(Box box) {
   int value = Whole(box);
+  // A text that is no number at all was pasted by mistake; it does not cost the table its rows.
+  const QString text = txtPoints_[box]->text().trimmed();
+  if (box == kTotal && !text.isEmpty() && !text.at(0).isDigit())
+    value = static_cast<int>(edit_.positions.size());
   if (box == kTotal || box == kFrom || box == kThrough) value = std::clamp(value, 1, kMostPositions);
   txtPoints_[box]->setText(QString::number(value));
   if (box != kTotal) return;
   edit_.positions.resize(static_cast<std::size_t>(value));
+  for (scoring::PositionPoints& position : edit_.positions) position.position = 0;
   ShowPositions();
 }
 
@@ -231,19 +242,38 @@ void frmPointSystem::Fill() {
   MarkDirty();
 }
 
+// The bonus boxes as numbers; a text that is none gets its message and the keyboard.
+bool frmPointSystem::ReadBonuses(scoring::PointSystemEdit& edited) {
+  for (std::size_t i = 0; i < txtBonus_.size(); ++i) {
+    const std::string text = Utf8(txtBonus_[i]->text().trimmed());
+    double points = 0;
+    if (!text.empty() && !engine::ParseNumber(text, context_.state.decimalSeparator, points)) {
+      context_.ui.ShowMessage(
+          {"\"" + text + "\" is no number of points.", "Point System", common::MessageIcon::Exclamation});
+      txtBonus_[i]->setFocus();
+      return false;
+    }
+    edited.bonuses[i].points = static_cast<int>(std::clamp(points, -kMost, kMost));
+  }
+  return true;
+}
+
 scoring::PointSystemEdit frmPointSystem::Edited() const {
   scoring::PointSystemEdit edited = edit_;
   edited.usePositions = chkUsePositions_->isChecked();
   edited.useBonus = chkUseBonus_->isChecked();
-  for (std::size_t i = 0; i < txtBonus_.size(); ++i) edited.bonuses[i].points = txtBonus_[i]->text().toInt();
   return edited;
 }
 
 bool frmPointSystem::Save() {
+  // The box may not have been left yet.
+  if (Whole(kTotal) != static_cast<int>(edit_.positions.size())) LeaveBox(kTotal);
+  scoring::PointSystemEdit edited = Edited();
+  if (!ReadBonuses(edited)) return false;
   // An error leaves the dialog open, with what was typed.
   return Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    scoring::SavePointSystem(context_.session.League(), Edited());
+    scoring::SavePointSystem(context_.session.League(), edited);
     context_.state.useCustomPointSystem = chkUsePositions_->isChecked();
     context_.state.useCustomBonusSystem = chkUseBonus_->isChecked();
     dirty_ = false;

@@ -38,6 +38,7 @@ class frmPointSystem : public QDialog {
   void EnableFrames();
   // What the boxes and the grid hold; a box left empty counts as 0.
   scoring::PointSystemEdit Edited() const;
+  bool ReadBonuses(scoring::PointSystemEdit& edited);
   bool Save();
   // True when the dialog may close: nothing has changed, or the user has said what to do with the changes.
   bool MayDiscard();

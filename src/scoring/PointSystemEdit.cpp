@@ -29,7 +29,7 @@ PointSystemEdit ReadPointSystem(engine::Database& league) {
   edit.useBonus = engine::LeadingNumber(common::GetSettingValue(league, common::kUseCustomBonusSystem)) != 0;
   for (auto rows = league.OpenRecordset("SELECT * FROM PointSystem ORDER BY Position"); !rows.AtEnd();
        rows.MoveNext())
-    edit.positions.push_back({Cell(rows["Points"]), Cell(rows["PrizeMoney"])});
+    edit.positions.push_back({Cell(rows["Points"]), Cell(rows["PrizeMoney"]), rows["Position"].ToLong()});
   for (auto rows = league.OpenRecordset("SELECT * FROM Bonus"); !rows.AtEnd(); rows.MoveNext()) {
     edit.bonuses.push_back(
         {rows["BonusID"].ToLong(), rows["Name"].ToText(), Cell(rows["Points"]).value_or(0)});
@@ -53,10 +53,12 @@ void SavePointSystem(engine::Database& league, const PointSystemEdit& edit) {
   SaveFlag(league, common::kUseCustomBonusSystem, edit.useBonus);
   for (const BonusPoints& bonus : edit.bonuses) common::SetBonusPoints(league, bonus.id, bonus.points);
   league.Execute("DELETE * FROM PointSystem");
-  int place = 0;
+  std::int32_t place = 0;
   for (const PositionPoints& position : edit.positions) {
+    ++place;
     league.Execute(fmt::format("INSERT INTO PointSystem (Position, Points, PrizeMoney) VALUES ({},{},{})",
-                               ++place, position.points.value_or(0), position.prizeMoney.value_or(0)));
+                               position.position > 0 ? position.position : place, position.points.value_or(0),
+                               position.prizeMoney.value_or(0)));
   }
   unit.Commit();
 }

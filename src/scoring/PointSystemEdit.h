@@ -13,6 +13,7 @@ namespace scorvane::scoring {
 struct PositionPoints {
   std::optional<std::int32_t> points;  // none: an empty cell, stored as 0
   std::optional<std::int32_t> prizeMoney;
+  std::int32_t position = 0;  // 0: its place in the table
 };
 
 struct BonusPoints {

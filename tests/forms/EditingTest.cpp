@@ -161,6 +161,56 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   EXPECT_TRUE(state_.useCustomPointSystem);
 }
 
+// Large values, gaps and slips of the hand cost nothing.
+TEST_F(Editing, PointSystemKeepsWhatItShows) {
+  engine::Database& league = OpenLeague(0);
+  league.Execute("UPDATE PointSystem SET Points=1750 WHERE Position=1");
+  league.Execute("UPDATE Bonus SET Points=12345 WHERE BonusID=1");
+  frmPointSystem editor(context_);
+  Show(editor);
+  auto& grid = Find<SelectionGrid>(editor, "fgPoints");
+  Find<QCheckBox>(editor, "chkUsePositions").click();
+  Find<QCheckBox>(editor, "chkUseBonus").click();
+  EXPECT_EQ(TextOf(editor, "txtPoints_3"), "1750");
+  Find<QPushButton>(editor, "cmdFill").click();
+
+  // Another window in front while a number is half typed.
+  auto& total = Find<QLineEdit>(editor, "txtPoints_0");
+  total.setFocus();
+  Type(editor, "txtPoints_0", "4");
+  {
+    QWidget other;
+    Show(other);
+    EXPECT_EQ(grid.RowCount(), 43);
+  }
+  editor.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&editor));
+  total.setText(QStringLiteral("pasted"));
+  Find<QLineEdit>(editor, "txtPoints_1").setFocus();
+  EXPECT_EQ(total.text(), QStringLiteral("43"));
+
+  auto& bonus = Find<QLineEdit>(editor, "txtBonus_2");
+  bonus.setText(QStringLiteral("ten"));
+  Button(editor, 1).click();
+  EXPECT_TRUE(editor.isVisible());
+  EXPECT_EQ(ui_.messages.back().text, "\"ten\" is no number of points.");
+  bonus.setText(QStringLiteral("10"));
+  Button(editor, 1).click();
+  EXPECT_FALSE(editor.isVisible());
+  EXPECT_EQ(test::Rows(league, "SELECT Position, Points FROM PointSystem WHERE Position<4"),
+            (std::vector<std::string>{"1|1750", "2|170", "3|165"}));
+  EXPECT_EQ(test::Rows(league, "SELECT Points FROM Bonus WHERE BonusID IN (1,3) ORDER BY BonusID"),
+            (std::vector<std::string>{"12345", "10"}));
+
+  league.Execute("DELETE * FROM PointSystem WHERE Position=2");
+  frmPointSystem again(context_);
+  Show(again);
+  Find<QCheckBox>(again, "chkUseBonus").click();
+  Button(again, 1).click();
+  EXPECT_EQ(test::Rows(league, "SELECT Position, Points FROM PointSystem WHERE Position<4"),
+            (std::vector<std::string>{"1|1750", "3|165"}));
+}
+
 TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   engine::Database& league = OpenLeague(0, 0, 0, common::kLapTime);
   league.Execute("INSERT INTO Race (Name, FileName, Length, Laps) VALUES ('Daytona','d.stn','2.5',200)");

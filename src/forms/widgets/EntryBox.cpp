@@ -54,7 +54,8 @@ void EntryBox::focusInEvent(QFocusEvent* event) {
 
 void EntryBox::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  if (event->reason() != Qt::PopupFocusReason) emit Left();
+  // A menu or another window in front is not leaving: the keyboard comes back.
+  if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) emit Left();
 }
 
 }  // namespace scorvane::forms
