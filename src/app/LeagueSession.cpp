@@ -18,6 +18,7 @@
 #include "db/MDBBuild.h"
 #include "db/OldFile.h"
 #include "db/Upgrade.h"
+#include "engine/Names.h"
 #include "import/Tracks.h"
 #include "platform/Platform.h"
 
@@ -36,7 +37,7 @@ int SettingNumber(engine::Database& league, int id, int lowest, int highest) {
 
 bool SettingFlag(engine::Database& league, int id) {
   const std::string value = common::GetSettingValue(league, id);
-  return value == "True" || engine::LeadingNumber(value) != 0;
+  return engine::SameName(value, "True") || engine::LeadingNumber(value) != 0;
 }
 
 }  // namespace

@@ -14,7 +14,9 @@ std::vector<ListedRace> ListRaces(engine::Database& league) {
     race.laps = rows["Laps"].ToText();
     race.fileName = rows["FileName"].ToText();
     if (!rows["Length"].IsNull() && !rows["Laps"].IsNull()) {
-      const double miles = rows["Length"].ToDouble() * rows["Laps"].ToDouble();
+      // In the precision of the length: 2.66 miles are not a little more than that, and 125 laps of it no
+      // more than 332.5.
+      const auto miles = static_cast<float>(rows["Length"].ToDouble() * rows["Laps"].ToDouble());
       race.miles = fmt::format("{:.0f}", engine::RoundHalfEven(miles));
     }
     races.push_back(std::move(race));

@@ -5,7 +5,6 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
-#include "engine/Names.h"
 
 namespace scorvane::app {
 
@@ -21,8 +20,9 @@ void RecentFiles::Load(engine::Database& templateDb) {
 }
 
 void RecentFiles::Add(const std::string& path) {
-  const auto known = std::find_if(paths_.begin(), paths_.end(),
-                                  [&](const std::string& other) { return engine::SameName(other, path); });
+  const auto known = std::find_if(paths_.begin(), paths_.end(), [&](const std::string& other) {
+    return common::LowerCase(other) == common::LowerCase(path);
+  });
   const auto last = known == paths_.end() ? paths_.end() - 1 : known;
   std::rotate(paths_.begin(), last, last + 1);
   paths_.front() = path;

@@ -98,7 +98,10 @@ void frmLGXProperties::NewDialog(bool isNew) {
   const common::ProcessState& state = context_.state;
   const int simType = isNew ? common::DefaultSimType(state) : state.simType;
   cboTitle_->setCurrentIndex(cboTitle_->findData(simType));
-  cboDroppedRaces_->setCurrentIndex(isNew ? 0 : std::min<int>(state.droppedRaces, kMostDroppedRaces));
+  // More than the list offers may have been set otherwise; it is kept.
+  if (!isNew && state.droppedRaces > kMostDroppedRaces)
+    cboDroppedRaces_->addItem(QString::number(state.droppedRaces), int{state.droppedRaces});
+  cboDroppedRaces_->setCurrentIndex(isNew ? 0 : cboDroppedRaces_->findData(int{state.droppedRaces}));
   cboLeagueType_->setCurrentIndex(isNew ? 0 : cboLeagueType_->findData(state.leagueType));
   optLapMethod_->button(isNew ? int{common::kLapSpeed} : state.lapReportingMethod)->setChecked(true);
   accept_->setText(isNew ? tr("Create") : tr("OK"));
@@ -127,7 +130,7 @@ engine::Database* frmLGXProperties::CurrentDB() const {
 app::LeagueProperties frmLGXProperties::Properties() const {
   return {static_cast<std::int16_t>(cboTitle_->currentData().toInt()),
           static_cast<std::int16_t>(cboLeagueType_->currentData().toInt()),
-          static_cast<std::int16_t>(cboDroppedRaces_->currentIndex()), LapReportingMethod()};
+          static_cast<std::int16_t>(cboDroppedRaces_->currentData().toInt()), LapReportingMethod()};
 }
 
 void frmLGXProperties::TakeOver() {

@@ -78,7 +78,7 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
     if (context_.session.IsOpen()) Import();
   });
   connect(grid_, &SelectionGrid::DeletePressed, this, [this] {
-    if (context_.session.IsOpen() && HasRaces()) RemoveRaces();
+    if (context_.session.IsOpen()) RemoveRaces();
   });
   connect(grid_, &SelectionGrid::EnterPressed, this, [this] {
     if (grid_->OneRowSelected() && HasRaces()) EditRace();
@@ -329,7 +329,7 @@ void frmRaces::RemoveRaces() {
   if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
-    for (int row = grid_->LastSelected(); row >= grid_->FirstSelected(); --row)
+    for (int row = grid_->LastSelected(); row >= grid_->FirstSelected() && HasRaces(); --row)
       ids.push_back(grid_->RowData(row));
     app::RemoveRaces(context_.session.League(), ids);
   });
@@ -347,6 +347,7 @@ void frmRaces::Calculate() {
 
 void frmRaces::ShowOptions() {
   Guarded(context_.ui, [&] {
+    const PlainCursor plain;
     frmOptions dialog(context_, this);
     dialog.exec();
     if (!dialog.Cancelled()) dialog.StoreOptions();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "app/RaceList.h"
 #include "app/RecentFiles.h"
 #include "common/ScriptedUserInterface.h"
 #include "common/SettingsStore.h"
@@ -70,6 +71,9 @@ TEST_F(MainWindow, CommandsFollowTheState) {
   window_.OpenLeagueFile(League("three.lgx", 3));
   EXPECT_EQ(Grid()->RowCount(), 3);
   EXPECT_EQ(Utf8(Grid()->Cell(0, 2)), "252");  // 2.5 miles, 101 laps: 252.5 goes to the even neighbour
+  session_.League().Execute("UPDATE Race SET Length='2.66', Laps=125");
+  EXPECT_EQ(app::ListRaces(session_.League())[0].miles, "332")
+      << "332.5, though 2.66 is stored as a little more";
   for (const char* name : {"cmdButton_0", "cmdButton_2", "mnuRace_1", "mnuRace_4"})
     EXPECT_TRUE(Enabled(name)) << name;
 
@@ -93,7 +97,7 @@ TEST_F(MainWindow, RemovesTheSelectedRaces) {
             "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?");
   EXPECT_EQ(ui_.messages[0].title, "Confirmation");
 
-  // All of them at once: the grid keeps an empty row, and a further Delete asks nothing.
+  // All of them at once: the grid keeps an empty row, and a further Delete removes nothing.
   QTest::keyClick(Grid(), Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(Grid()->FirstSelected(), 0);
   EXPECT_EQ(Grid()->LastSelected(), 1);
@@ -102,6 +106,7 @@ TEST_F(MainWindow, RemovesTheSelectedRaces) {
   EXPECT_EQ(Grid()->RowData(0), 0);
   EXPECT_FALSE(Enabled("cmdButton_2"));
   EXPECT_TRUE(Enabled("cmdButton_3"));
+  ui_.answers = {common::Answer::Yes};
   QTest::keyClick(Grid(), Qt::Key_Delete);
   QTest::keyClick(Grid(), Qt::Key_Return);
   EXPECT_EQ(test::Single(session_.League(), "SELECT Count(*) FROM Race"), "0");

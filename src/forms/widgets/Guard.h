@@ -17,6 +17,22 @@ class WaitCursor {
   ~WaitCursor() { QApplication::restoreOverrideCursor(); }
 };
 
+// The plain pointer, while somebody is asked something in the middle of a wait.
+class PlainCursor {
+ public:
+  PlainCursor() : waiting_(QApplication::overrideCursor() != nullptr) {
+    if (waiting_) QApplication::changeOverrideCursor(Qt::ArrowCursor);
+  }
+  PlainCursor(const PlainCursor&) = delete;
+  PlainCursor& operator=(const PlainCursor&) = delete;
+  ~PlainCursor() {
+    if (waiting_) QApplication::changeOverrideCursor(Qt::WaitCursor);
+  }
+
+ private:
+  bool waiting_;
+};
+
 // Runs a command; false, after the message, when it throws.
 template <typename Command>
 bool Guarded(common::UserInterface& ui, Command command) {

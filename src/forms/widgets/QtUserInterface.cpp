@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QUrl>
 
+#include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "forms/widgets/frmProgress.h"
 
@@ -53,6 +54,7 @@ QMessageBox::StandardButtons QtButtons(common::Buttons buttons) {
 }
 
 int ShowBox(const common::Message& message, QMessageBox::StandardButtons buttons) {
+  const PlainCursor plain;
   QMessageBox box(Icon(message.icon), Q(message.title), Q(message.text), buttons, FrontWindow());
   box.setObjectName(QStringLiteral("MessageBox"));
   box.setTextFormat(Qt::PlainText);
