@@ -43,7 +43,7 @@ StagedFiles StageFiles(engine::Database& league, common::ProcessState& state, co
         static_cast<int>(paths.size()));
   }
   StagedFiles staged;
-  // One unit for all: what an error leaves unlisted is not staged either, and the disk is waited for once.
+  // One unit for all, so that the disk is waited for once.
   engine::UnitOfWork work(league);
   int number = 0;
   for (const std::string& path : paths) {

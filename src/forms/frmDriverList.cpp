@@ -75,11 +75,14 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
     if (grid_->OneRowSelected()) EditDriver(grid_->CurrentRow());
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, [this](int row) { EditDriver(row); });
-  connect(grid_->horizontalHeader(), &QHeaderView::sectionClicked, this, [this](int section) {
+  const auto sort = [this](int section) {
     constexpr Qt::KeyboardModifiers kKeys = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier;
     const auto held = static_cast<unsigned>(int(QApplication::keyboardModifiers() & kKeys));
     if (std::popcount(held) != 1) SortByColumn(section);
-  });
+  };
+  connect(grid_->horizontalHeader(), &QHeaderView::sectionClicked, this, sort);
+  // The second of two quick clicks.
+  connect(grid_->horizontalHeader(), &QHeaderView::sectionDoubleClicked, this, sort);
   connect(buttons_[kEdit], &QPushButton::clicked, this, [this] { EditDriver(grid_->CurrentRow()); });
   connect(buttons_[kAdd], &QPushButton::clicked, this, &frmDriverList::AddDriver);
   connect(buttons_[kRemove], &QPushButton::clicked, this, [this] { RemoveDrivers(true); });
@@ -140,7 +143,7 @@ void frmDriverList::SetExclude(bool exclude) {
 }
 
 void frmDriverList::RemoveDrivers(bool ask) {
-  if (count_ == 0) return;
+  if (count_ == 0 || grid_->FirstSelected() < 0) return;
   const bool one = grid_->OneRowSelected();
   const common::Message question{one ? "Removing this driver will also remove the points associated with the "
                                        "driver.\r\nDo you want to continue?"
@@ -179,6 +182,8 @@ void frmDriverList::EditDriver(int row) {
       grid_->SetCell(row, 1, YesNo(editor.Excluded()));
       return;
     }
+    // Only the merged driver's row, whatever else is selected.
+    grid_->SelectRows(row, row);
     RemoveDrivers(false);
     const int survivor = FindDriverRow(editor.DriverID());
     if (survivor >= 0) grid_->SelectRows(survivor, survivor);

@@ -49,6 +49,8 @@ frmEditColumns::frmEditColumns(FormContext& context, std::int32_t reportId, cons
                               {kCancel, tr("Cancel"), QString()}},
                              4);
 
+  // Ctrl-Up and Ctrl-Down work wherever the keyboard is.
+  for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
   connect(lstColumns_, &QListWidget::itemChanged, this, [this] { UpdateButtons(); });
   connect(lstColumns_, &QListWidget::currentRowChanged, this, [this] { UpdateButtons(); });
   connect(buttons_[kUp], &QPushButton::clicked, this, [this] { Move(-1); });
@@ -63,7 +65,7 @@ frmEditColumns::frmEditColumns(FormContext& context, std::int32_t reportId, cons
 }
 
 bool frmEditColumns::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == lstColumns_ && event->type() == QEvent::KeyPress) {
+  if (event->type() == QEvent::KeyPress) {
     const auto* key = static_cast<QKeyEvent*>(event);
     const bool moves = key->key() == Qt::Key_Up || key->key() == Qt::Key_Down;
     if (moves && (key->modifiers() & Qt::ControlModifier) != 0) {

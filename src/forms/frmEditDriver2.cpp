@@ -67,6 +67,9 @@ frmEditDriver2::frmEditDriver2(FormContext& context, QWidget* parent) : QDialog(
   cboReasonOut_ = new QComboBox(this);
   cboReasonOut_->setObjectName(QStringLiteral("cboReasonOut"));
   cboReasonOut_->setEditable(true);
+  // What is typed or stored is kept as it is spelled.
+  cboReasonOut_->setCompleter(nullptr);
+  cboReasonOut_->setInsertPolicy(QComboBox::NoInsert);
   cboReasonOut_->lineEdit()->setMaxLength(kReasonLength);
   cboReasonOut_->setAccessibleName(tr("Reason Out:"));
   cboReasonOut_->lineEdit()->setAccessibleName(cboReasonOut_->accessibleName());

@@ -220,8 +220,8 @@ void frmEditRace::EditResult(int row) {
 }
 
 void frmEditRace::RemoveResults() {
-  if (!HasResults()) return;
   const int first = grid_->FirstSelected();
+  if (!HasResults() || first < 0) return;
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));

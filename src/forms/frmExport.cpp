@@ -1,15 +1,18 @@
 #include "forms/frmExport.h"
 
+#include <QFocusEvent>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QTabWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <filesystem>
 
 #include "common/Paths.h"
+#include "engine/Value.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Filters.h"
 #include "forms/widgets/Guard.h"
@@ -37,6 +40,26 @@ void SetPageText(QPlainTextEdit* box, const std::string& text) {
   box->setPlainText(Q(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
   box->selectAll();
 }
+
+int LayoutValue(const QLineEdit* box) {
+  return static_cast<int>(
+      engine::RoundHalfEven(std::clamp<double>(engine::LeadingNumber(Utf8(box->text())), 0, kWidest)));
+}
+
+// A box of several lines that selects all of its text when the keyboard comes to it, as the boxes of one line
+// do.
+class PageTextBox : public QPlainTextEdit {
+ public:
+  using QPlainTextEdit::QPlainTextEdit;
+
+ protected:
+  void focusInEvent(QFocusEvent* event) override {
+    QPlainTextEdit::focusInEvent(event);
+    if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason) return;
+    // After the mouse press that brought the focus has set the cursor.
+    QTimer::singleShot(0, this, &QPlainTextEdit::selectAll);
+  }
+};
 
 }  // namespace
 
@@ -74,7 +97,7 @@ ColorSquare* frmExport::Square(int index, const QString& name) {
 }
 
 QPlainTextEdit* frmExport::TextBox(const char* name, const QString& label) {
-  auto* box = new QPlainTextEdit(this);
+  auto* box = new PageTextBox(this);
   box->setObjectName(QString::fromLatin1(name));
   box->setAccessibleName(label);
   box->setTabChangesFocus(true);
@@ -265,7 +288,7 @@ void frmExport::ApplyRules() {
 }
 
 void frmExport::LeaveLayoutBox(std::size_t index) {
-  const int value = std::clamp(txtLayout_[index]->text().toInt(), 0, kWidest);
+  const int value = LayoutValue(txtLayout_[index]);
   txtLayout_[index]->setText(QString::number(value));
 }
 
@@ -289,7 +312,7 @@ reports::PageLook frmExport::Look() const {
   for (std::size_t i = 0; i < lblColor_.size(); ++i) look.colors[i] = lblColor_[i]->Color();
   for (std::size_t k = 0; k < chkRowColors_.size(); ++k) look.switches[k] = chkRowColors_[k]->isChecked();
   for (std::size_t k = 0; k < txtLayout_.size(); ++k)
-    look.layout[k] = static_cast<std::int16_t>(std::clamp(txtLayout_[k]->text().toInt(), 0, kWidest));
+    look.layout[k] = static_cast<std::int16_t>(LayoutValue(txtLayout_[k]));
   look.font = Utf8(cboFontList_->currentText());
   look.fontSize = static_cast<std::int16_t>(std::max(0, cboFontSize_->currentIndex()));
   return look;

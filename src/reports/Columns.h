@@ -22,7 +22,7 @@ std::vector<ColumnChoice> ReadColumnChoices(engine::Database& templateDb, std::i
 // At least one column is shown.
 bool CanSave(const std::vector<ColumnChoice>& columns);
 
-// Stores the choice in the order given. Throws EngineError; nothing is stored then.
+// Stores the choice in the order given. Throws EngineError; what was stored before it stays.
 void SaveColumnChoices(engine::Database& templateDb, const std::vector<ColumnChoice>& columns);
 
 }  // namespace scorvane::reports

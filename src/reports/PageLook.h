@@ -42,7 +42,7 @@ struct PageLook {
 // the default.
 PageLook ReadPageLook(engine::Database& league);
 
-// Stores a look in the league's settings: all of it or, with false, nothing.
+// Stores a look in the league's settings: false when one of them could not be stored; those before it are.
 bool SavePageLook(engine::Database& league, const PageLook& look);
 
 // Gives a page its look.

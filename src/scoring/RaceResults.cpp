@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "common/Formats.h"
 #include "common/SqlText.h"
 #include "engine/EngineError.h"
@@ -44,8 +46,10 @@ std::string QuotedNumber(double number, char decimal) {
   return common::QuoteSQL(engine::Value(static_cast<float>(number)), decimal);
 }
 
-std::string QuotedText(const ResultEntry& entry, ResultEntry::Field field) {
-  const std::string text(common::TrimBlanks(entry.fields[field]));
+// A stored average speed is a text in the user's notation, whichever separator was typed.
+std::string QuotedAverageSpeed(const ResultEntry& entry, char decimal) {
+  std::string text(common::TrimBlanks(entry.fields[ResultEntry::kAvgSpeed]));
+  std::replace(text.begin(), text.end(), '.', decimal);
   return common::QuoteSQL(text.empty() ? "0" : text);
 }
 
@@ -166,7 +170,7 @@ std::int32_t AddResult(engine::Database& league, const common::ProcessState& sta
                     race.id, FindOrAddDriver(league, name), number(ResultEntry::kFinish),
                     number(ResultEntry::kStart), number(ResultEntry::kLapsRun), number(ResultEntry::kLapsLed),
                     reason, number(ResultEntry::kPoints), number(ResultEntry::kBonus), qualifying,
-                    QuotedText(entry, ResultEntry::kAvgSpeed), number(ResultEntry::kWinnings)));
+                    QuotedAverageSpeed(entry, decimal), number(ResultEntry::kWinnings)));
   }
   const std::int32_t id = common::GetMaxID(league, ResultTable(race), race.staged ? "STNStatsID" : "StatsID");
   unit.Commit();
@@ -181,7 +185,7 @@ void UpdateResult(engine::Database& league, const common::ProcessState& state, R
   const std::string qualifying =
       QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal);
   const std::string averageSpeed =
-      race.staged ? number(ResultEntry::kAvgSpeed) : QuotedText(entry, ResultEntry::kAvgSpeed);
+      race.staged ? number(ResultEntry::kAvgSpeed) : QuotedAverageSpeed(entry, decimal);
   engine::UnitOfWork unit(league);
   const std::string driver = race.staged ? "DriverName=" + common::QuoteSQL(name)
                                          : fmt::format("DriverID={}", FindOrAddDriver(league, name));

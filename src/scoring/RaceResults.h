@@ -81,7 +81,8 @@ ResultEntry ReadResultEntry(engine::Database& league, const common::ProcessState
                             std::int32_t resultId, float length);
 
 // Stores a new result and yields its key; a driver of a stored race who is new is added. Qualifying is taken
-// as ReadResultEntry gives it. Throws EngineError; nothing is stored then.
+// as ReadResultEntry gives it. Throws EngineError; then no result is stored, though a driver whom it brought
+// may be.
 std::int32_t AddResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
                        const ResultEntry& entry, float length);
 void UpdateResult(engine::Database& league, const common::ProcessState& state, RaceKey race,

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QHeaderView>
 #include <QRadioButton>
 #include <functional>
 
@@ -159,6 +160,51 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   EXPECT_EQ(Ask("SELECT Count(*) FROM PointSystem"), "6");
   EXPECT_EQ(Ask("SELECT Points FROM Bonus WHERE BonusID=3"), "12");
   EXPECT_TRUE(state_.useCustomPointSystem);
+}
+
+// Hands that select otherwise than the program expects.
+TEST_F(Editing, OnlyWhatIsMeantIsRemoved) {
+  engine::Database& league = OpenLeague(0);
+  league.Execute("INSERT INTO Race (Name) VALUES ('One')");
+  for (const char* name : {"Ann", "Bob", "Carl", "Dan"}) {
+    league.Execute(std::string("INSERT INTO Driver (Name) VALUES ('") + name + "')");
+    league.Execute("INSERT INTO Stats (RaceID, DriverID, Points) SELECT 1, Max(DriverID), 5 FROM Driver");
+  }
+  frmDriverList list(context_);
+  Show(list);
+  auto& grid = Find<SelectionGrid>(list, "fgDList");
+  const auto place = [&grid](int row) { return grid.visualRect(grid.model()->index(row, 0)).center(); };
+  // A merge that begins with a block selected removes the merged driver alone.
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, place(1));
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, Qt::ShiftModifier, place(3));
+  ui_.answers = {common::Answer::Yes};
+  OnModal([](QWidget& editor) {
+    Type(editor, "txtName", "Ann");
+    Click(editor, 0);
+  });
+  QTest::mouseDClick(grid.viewport(), Qt::LeftButton, Qt::ShiftModifier, place(3));
+  EXPECT_EQ(test::Rows(league, "SELECT Name FROM Driver"), (std::vector<std::string>{"Ann", "Bob", "Carl"}));
+  EXPECT_EQ(Ask("SELECT Count(*) FROM Stats"), "4");
+
+  // A click below the rows leaves the selection; two quick clicks on a heading are two.
+  grid.SelectRows(1, 1);
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, {5, grid.viewport()->height() - 3});
+  EXPECT_EQ(grid.FirstSelected(), 1);
+  QWidget* heading = grid.horizontalHeader()->viewport();
+  QTest::mouseClick(heading, Qt::LeftButton, {}, {10, 5});
+  EXPECT_EQ(Utf8(grid.Cell(0, 0)), "Ann");
+  QTest::mouseDClick(heading, Qt::LeftButton, {}, {10, 5});
+  EXPECT_EQ(Utf8(grid.Cell(0, 0)), "Carl");
+
+  // A reason is kept as it is typed, though the list knows a longer one.
+  frmEditDriver2 result(context_);
+  Show(result);
+  auto& reason = Find<QComboBox>(result, "cboReasonOut");
+  reason.setFocus();
+  reason.lineEdit()->clear();
+  QTest::keyClicks(&reason, QStringLiteral("engin"));
+  QTest::keyClick(&reason, Qt::Key_Tab);
+  EXPECT_EQ(reason.currentText(), QStringLiteral("engin"));
 }
 
 // Large values, gaps and slips of the hand cost nothing.

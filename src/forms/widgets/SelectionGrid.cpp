@@ -264,6 +264,12 @@ bool SelectionGrid::viewportEvent(QEvent* event) {
   return QTableView::viewportEvent(event);
 }
 
+// A click beside the rows changes nothing: there is always a row to work on.
+QItemSelectionModel::SelectionFlags SelectionGrid::selectionCommand(const QModelIndex& index,
+                                                                    const QEvent* event) const {
+  return index.isValid() ? QTableView::selectionCommand(index, event) : QItemSelectionModel::NoUpdate;
+}
+
 void SelectionGrid::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
   QTableView::selectionChanged(selected, deselected);
   emit SelectionChanged();
