@@ -16,7 +16,7 @@ class Silent : public common::UserInterface {
   common::Answer Ask(const common::Message& message, common::Buttons) override {
     throw std::runtime_error(message.text);
   }
-  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
+  std::vector<std::string> OpenFiles(common::FileRequest&) override { return {}; }
   std::string SaveFile(const common::FileRequest&) override { return {}; }
   std::string PickFolder(const std::string&, const std::string&) override { return {}; }
   bool PickColor(std::uint32_t&) override { return false; }

@@ -45,7 +45,7 @@ class CountingInterface : public common::UserInterface {
     ++messages;
   }
   common::Answer Ask(const common::Message&, common::Buttons) override { return common::Answer::Cancel; }
-  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
+  std::vector<std::string> OpenFiles(common::FileRequest&) override { return {}; }
   std::string SaveFile(const common::FileRequest&) override { return {}; }
   std::string PickFolder(const std::string&, const std::string&) override { return {}; }
   bool PickColor(std::uint32_t&) override { return false; }

@@ -42,7 +42,7 @@ using namespace scorvane;
 class SampleInterface : public forms::QtUserInterface {
  public:
   std::vector<std::string> files;
-  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return files; }
+  std::vector<std::string> OpenFiles(common::FileRequest&) override { return files; }
 };
 
 QPalette DarkPalette() {

@@ -35,6 +35,13 @@ int SettingNumber(engine::Database& league, int id, int lowest, int highest) {
   return number >= lowest && number <= highest ? static_cast<int>(number) : lowest;
 }
 
+// A rule's condition without what makes no difference to it.
+std::string Condition(const engine::Value& query) {
+  std::string text = common::LowerCase(query.ToText());
+  std::erase(text, ' ');
+  return text;
+}
+
 bool SettingFlag(engine::Database& league, int id) {
   const std::string value = common::GetSettingValue(league, id);
   return engine::SameName(value, "True") || engine::LeadingNumber(value) != 0;
@@ -99,6 +106,7 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
     throw;
   }
   if (use == Use::Everything && state_.simType >= common::kNascarRacing4) import::BuildTrackCatalogue(state_);
+  if (old) TellReplacedRules();
   return true;
 }
 
@@ -123,17 +131,35 @@ bool LeagueSession::KnowsSimFolder() {
 // The league's rules carry the template's query texts. What is the same already is not written again, so that
 // a file that is only looked at stays as it is.
 void LeagueSession::RefreshBonusQueries() {
-  std::map<std::int32_t, engine::Value> present;
-  for (auto rows = league_->OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd(); rows.MoveNext())
-    present[rows.At(0).ToLong()] = rows.At(1);
-  for (auto rows = templateDb_.OpenRecordset("SELECT BonusID, Query FROM Bonus"); !rows.AtEnd();
+  struct Rule {
+    engine::Value query;
+    std::string name;
+  };
+  std::map<std::int32_t, Rule> present;
+  for (auto rows = league_->OpenRecordset("SELECT BonusID, Query, Name FROM Bonus"); !rows.AtEnd();
+       rows.MoveNext())
+    present[rows.At(0).ToLong()] = {rows.At(1), rows.At(2).ToText()};
+  replacedRules_ = {};
+  for (auto rows = templateDb_.OpenRecordset("SELECT BonusID, Query, Name FROM Bonus"); !rows.AtEnd();
        rows.MoveNext()) {
     const std::int32_t id = rows.At(0).ToLong();
     const auto found = present.find(id);
-    if (found == present.end() || found->second == rows.At(1)) continue;
+    if (found == present.end() || found->second.query == rows.At(1)) continue;
+    if (Condition(found->second.query) != Condition(rows.At(1))) {
+      replacedRules_ += fmt::format("\r\n\"{}\" is now paid for what \"{}\" asks for.", found->second.name,
+                                    rows.At(2).ToText());
+    }
     league_->Execute(fmt::format("UPDATE Bonus SET Query={} WHERE BonusID={}",
                                  common::QuoteSQL(rows.At(1), state_.decimalSeparator), id));
   }
+}
+
+void LeagueSession::TellReplacedRules() {
+  if (replacedRules_.empty()) return;
+  ui_.ShowMessage({"The league's bonus rules now go by Scorvane's own rules of the same number." +
+                       replacedRules_ +
+                       "\r\nPlease look at the point system before races are imported or recalculated.",
+                   "Old League File", common::MessageIcon::Exclamation});
 }
 
 void LeagueSession::CopyPageDefaults() {

@@ -44,6 +44,10 @@ class LeagueSession {
   // was.
   void CloseLeagueFile();
 
+  // After a conversion: says which bonus rules have become others, because this opening gave them the
+  // condition that the template has under their number. Says nothing when none has.
+  void TellReplacedRules();
+
   bool IsOpen() const { return league_ != nullptr; }
   // The open league file; there must be one.
   engine::Database& League() { return *league_; }
@@ -62,6 +66,7 @@ class LeagueSession {
   common::UserInterface& ui_;
   std::function<void()> askForSimFolder_;
   std::unique_ptr<engine::Database> league_;
+  std::string replacedRules_;  // a line for each that the opening of the league replaced
 };
 
 // Reads the league's settings that the whole program shares into the state; a setting that is missing or no

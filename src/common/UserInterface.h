@@ -46,8 +46,9 @@ class UserInterface {
 
   virtual void ShowMessage(const Message& message) = 0;
   virtual Answer Ask(const Message& message, Buttons buttons) = 0;
-  // The chosen paths, empty when cancelled.
-  virtual std::vector<std::string> OpenFiles(const FileRequest& request) = 0;
+  // The chosen paths, empty when cancelled. The request's folder becomes the one that the dialog opened in,
+  // with a separator at its end.
+  virtual std::vector<std::string> OpenFiles(FileRequest& request) = 0;
   // The chosen path, empty when cancelled. Whether a file of that name may be replaced is the caller's
   // question.
   virtual std::string SaveFile(const FileRequest& request) = 0;

@@ -344,7 +344,7 @@ std::int64_t Database::FreePages() const {
 
 // ---- units of work
 
-UnitOfWork::UnitOfWork(Database& database) : database_(database) {
+UnitOfWork::UnitOfWork(Database& database, OnError onError) : database_(database), onError_(onError) {
   Database::Impl& impl = *database_.impl_;
   impl.NeedTransaction();
   if (impl.units == 0) impl.Run(impl.readOnly ? "BEGIN" : "BEGIN IMMEDIATE");
@@ -372,6 +372,12 @@ void UnitOfWork::Commit() {
 }
 
 UnitOfWork::~UnitOfWork() {
+  if (open_ && onError_ == OnError::TakeBack) {
+    Database::Impl& impl = *database_.impl_;
+    sqlite3_exec(impl.connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    impl.unitLost = --impl.units > 0;
+    return;
+  }
   try {
     Commit();
   } catch (const EngineError&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell

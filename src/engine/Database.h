@@ -116,12 +116,14 @@ class DBEngine {
   Workspace workspace_;
 };
 
-// One transaction around many statements. It commits when its scope ends, also when an error ends it, so that
-// the statements before the error stay in effect; a power cut leaves all of it or nothing. Units nest: the
-// outermost commits.
+// One transaction around many statements; a power cut leaves all of it or nothing. It ends with Commit or,
+// when an error ends its scope first, as it was told to. Units nest: the outermost commits.
 class UnitOfWork {
  public:
-  explicit UnitOfWork(Database& database);
+  // What becomes of the statements before the error: in effect, or gone with those of all units around this
+  // one.
+  enum class OnError { Keep, TakeBack };
+  explicit UnitOfWork(Database& database, OnError onError = OnError::Keep);
   UnitOfWork(const UnitOfWork&) = delete;
   UnitOfWork& operator=(const UnitOfWork&) = delete;
   ~UnitOfWork();
@@ -131,6 +133,7 @@ class UnitOfWork {
 
  private:
   Database& database_;
+  const OnError onError_;
   bool open_ = true;
 };
 

@@ -208,8 +208,8 @@ void frmAddRaces::AddFiles() {
     request.filter = app::ResultFileFilter(context_.state.simType);
     request.folder = app::ResultFolder(context_.state);
     request.several = true;
-    defaultFolder_ = request.folder;
     const std::vector<std::string> chosen = context_.ui.OpenFiles(request);
+    defaultFolder_ = request.folder;
     if (!chosen.empty()) ReadFiles(chosen);
   });
   if (lstRaces_->count() > 0 && lstRaces_->selectedItems().isEmpty()) lstRaces_->setCurrentRow(0);

@@ -103,9 +103,9 @@ bool frmOfflineSettings::Store() {
 
 void frmOfflineSettings::reject() {
   if (changed_) {
-    const common::Answer answer = context_.ui.Ask({"Do you want to save the changes you've made?",
-                                                   "Unsaved Information", common::MessageIcon::Question},
-                                                  common::Buttons::YesNoCancel);
+    const common::Answer answer = context_.ui.Ask(
+        {"Do you want to save the changes you've made?", "Unsaved Information", common::MessageIcon::None},
+        common::Buttons::YesNoCancel);
     if (answer == common::Answer::Cancel) return;
     if (answer == common::Answer::Yes && !Store()) return;
   }

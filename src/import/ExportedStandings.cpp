@@ -29,7 +29,7 @@ class Stager {
         "VictoryMargin, Cautions, LeadChanges, Weather) VALUES (";
     common::AppendQuoted(sql_, race.Track);
     sql_ += ',';
-    common::AppendQuoted(sql_, race.FileName);
+    common::AppendQuoted(sql_, FileNameOfRace(race.FileName));
     sql_ += ',';
     AppendDecimal(race.Length);
     fmt::format_to(std::back_inserter(sql_), ",{},", race.Laps);

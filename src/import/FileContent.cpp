@@ -1,5 +1,6 @@
 #include "import/FileContent.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include <system_error>
 
 #include "common/Formats.h"
+#include "common/Paths.h"
 
 namespace scorvane::import {
 namespace {
@@ -41,6 +43,21 @@ std::string ReadFileContent(const std::string& path) {
     throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
   if (content.empty()) throw FileFault("The file is empty.");
   return content;
+}
+
+std::string FileNameOfRace(std::string_view path) {
+  std::string name = common::GetFileTitle(path);
+  const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
+  auto characters = static_cast<std::size_t>(
+      std::count_if(name.begin(), name.end(), [&](char c) { return !continues(c); }));
+  std::size_t stem = common::GetFileTitle(path, true).size();
+  for (; characters > kFileNameCharacters && stem > 1; --characters) {
+    std::size_t last = stem - 1;
+    while (last > 0 && continues(name[last])) --last;
+    name.erase(last, stem - last);
+    stem = last;
+  }
+  return name;
 }
 
 std::string FitStatistic(std::string text, std::size_t characters) {

@@ -9,7 +9,6 @@
 
 #include "common/Encoding.h"
 #include "common/Formats.h"
-#include "common/Paths.h"
 #include "common/SqlText.h"
 #include "import/FileContent.h"
 #include "scoring/DriverIdentity.h"
@@ -109,7 +108,7 @@ class Reader {
     CheckWholeNumber("number of laps", laps);
 
     // An apostrophe in the file's name would end the literal.
-    std::string fileName = common::GetFileTitle(path_);
+    std::string fileName = FileNameOfRace(path_);
     for (auto at = fileName.find('\''); at != std::string::npos; at = fileName.find('\'', at + 2))
       fileName.insert(at, 1, '\'');
 

@@ -36,8 +36,9 @@ class Merger {
         "DELETE * FROM STNStats A WHERE (SELECT Count(B.STNStatsID) AS NumRaces "
         "FROM STNStats AS B WHERE ((B.DriverName)=A.DriverName);)>1");
     league_.Execute(
-        "UPDATE STNRace INNER JOIN STNStats ON STNRace.STNRaceID = STNStats.STNRaceID "
-        "SET STNStats.AvgSpeed = Val([STNRace].[AvgSpeed]);");
+        fmt::format("UPDATE STNRace INNER JOIN STNStats ON STNRace.STNRaceID = STNStats.STNRaceID "
+                    "SET STNStats.AvgSpeed = Val({});",
+                    SpeedText()));
     NumberStarts();
     NumberFinishes(SortClause());
     ApplyBonusPoints(league_, state_, mergedId_, true);
@@ -50,6 +51,13 @@ class Merger {
     if (state_.simType != common::kNascarLegends || state_.useCustomPointSystem) return 0;
     const auto first = league_.OpenRecordset("SELECT TOP 1 STNRaceID FROM STNRace");
     return first.AtEnd() ? 0 : PointStep(league_, first.At(0).ToLong(), true).value_or(0);
+  }
+
+  // The files' speeds as Val reads them: it knows the point only.
+  std::string SpeedText() const {
+    const char decimal = state_.decimalSeparator;
+    return decimal == '.' ? "[STNRace].[AvgSpeed]"
+                          : fmt::format("Replace([STNRace].[AvgSpeed],'{}','.')", decimal);
   }
 
   void NumberStarts() {

@@ -139,14 +139,19 @@ TEST_F(NewSimulations, AnOldLeagueIsConvertedAfterAskingAndKept) {
 
   ASSERT_TRUE(session_.OpenLeagueFile(path));
   EXPECT_EQ(fs::file_size(kept), size);
-  ASSERT_EQ(ui_.messages.size(), 3U);
+  ASSERT_EQ(ui_.messages.size(), 4U);
   EXPECT_EQ(ui_.messages[1].title, "Old League File");
   EXPECT_EQ(ui_.messages[2].text,
             "The league has been converted. The original is kept as\r\n\"" + kept + "\".");
+  EXPECT_EQ(ui_.messages[3].text,
+            "The league's bonus rules now go by Scorvane's own rules of the same number.\r\n"
+            "\"Win\" is now paid for what \"Led a Lap\" asks for.\r\n"
+            "\"Led a lap\" is now paid for what \"Most Led\" asks for.\r\n"
+            "Please look at the point system before races are imported or recalculated.");
   EXPECT_FALSE(session_.League().OpenRecordset("SELECT * FROM Stats").AtEnd());
   ASSERT_TRUE(session_.OpenLeagueFile(League(0)));
   ASSERT_TRUE(session_.OpenLeagueFile(path));
-  EXPECT_EQ(ui_.messages.size(), 3U) << "once is enough";
+  EXPECT_EQ(ui_.messages.size(), 4U) << "once is enough";
 }
 
 }  // namespace

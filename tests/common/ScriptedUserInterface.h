@@ -37,6 +37,7 @@ class ScriptedUserInterface : public UserInterface {
   // Answers, taken from the front. A cancelled dialog is an empty path, or no colour.
   std::deque<Answer> answers;
   std::deque<std::vector<std::string>> filesToOpen;
+  std::string opensIn;  // where the dialogs for files to open begin; empty for where they are asked to
   std::deque<std::string> filesToSave;
   std::deque<std::string> foldersToPick;
   std::deque<std::pair<bool, std::uint32_t>> colorsToPick;
@@ -63,8 +64,9 @@ class ScriptedUserInterface : public UserInterface {
     return Take(answers, Answer::Cancel, message.text);
   }
 
-  std::vector<std::string> OpenFiles(const FileRequest& request) override {
+  std::vector<std::string> OpenFiles(FileRequest& request) override {
     dialogs.push_back(request);
+    if (!opensIn.empty()) request.folder = opensIn;
     return Take(filesToOpen, {}, request.filter);
   }
 

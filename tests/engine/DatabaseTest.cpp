@@ -152,6 +152,25 @@ TEST(UnitOfWork, KeepsWhatWasDoneBeforeAnError) {
   EXPECT_EQ(TextOf(test.Db(), "SELECT Count(*) FROM Driver WHERE Handicap=7"), "3");
 }
 
+TEST(UnitOfWork, TakesBackWhatWasDoneBeforeAnErrorWhenToldTo) {
+  TestDatabase test;
+  try {
+    UnitOfWork unit(test.Db(), UnitOfWork::OnError::TakeBack);
+    test.Db().Execute("UPDATE Driver SET Handicap=7");
+    UnitOfWork inner(test.Db());
+    test.Db().Execute("INSERT INTO Driver (DriverID, Name) VALUES (1, 'twice')");
+  } catch (const EngineError&) {
+  }
+  {
+    UnitOfWork unit(test.Db(), UnitOfWork::OnError::TakeBack);
+    test.Db().Execute("UPDATE Driver SET Handicap=8 WHERE DriverID=1");
+    unit.Commit();
+  }
+  EXPECT_EQ(TextOf(test.Db(), "SELECT Count(*) FROM Driver WHERE Handicap=7"), "0");
+  test.Reopen();
+  EXPECT_EQ(TextOf(test.Db(), "SELECT Count(*) FROM Driver WHERE Handicap>6"), "1");
+}
+
 TEST(UnitOfWork, SchemaChangesBelongToIt) {
   TestDatabase test;
   UnitOfWork unit(test.Db());

@@ -65,6 +65,14 @@ TEST(FitStatistic, DropsWhatTheFieldHasNoRoomFor) {
   for (const auto& [text, fitted] : cases) EXPECT_EQ(FitStatistic(text, 10), fitted);
 }
 
+TEST(FileNameOfRace, FitsItsField) {
+  const std::string stem = "1998-05-17 Thursday Night Thunder Round 12 Caf";
+  EXPECT_EQ(FileNameOfRace("a folder/" + stem + ".stn"), stem + ".stn");
+  EXPECT_EQ(FileNameOfRace("/" + stem + "\u00E9\u00E9, final.stn"), stem + ".stn");
+  EXPECT_EQ(FileNameOfRace(stem.substr(1) + "\u00E9\u00E9.stn"), stem.substr(1) + "\u00E9.stn");
+  EXPECT_EQ(FileNameOfRace(std::string(60, 'x')), std::string(50, 'x'));
+}
+
 TEST_F(StandingsFile, StagesARaceWithQualifyingTimes) {
   EXPECT_EQ(ReadSample("nr3.stn", 1), 1);
   EXPECT_EQ(test::Rows(*league_, kRaceFields),

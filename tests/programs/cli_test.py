@@ -212,6 +212,11 @@ class CliTest(unittest.TestCase):
             self.assertEqual(first["Cy Late"], 3)
             self.refused("import", self.league, *options, files[0], files[0], says="no unique drivers")
             self.assertEqual(self.counts()[:3] + self.counts()[4:], (1, 3, 3, 0))
+            # A ranking that cannot be done changes nothing.
+            self.sql("INSERT INTO RankCriteria (Priority, Query, N4) VALUES (99, 'Nonsense(', True)")
+            self.refused("import", self.league, *options, *files, says="syntax error")
+            self.assertEqual(self.counts()[:3] + self.counts()[4:], (1, 3, 3, 0))
+            self.sql("DELETE * FROM RankCriteria WHERE Priority=99")
             # The laps led decide now.
             listed = rows("criteria", self.league, "--order", "4")
             self.assertEqual(listed, rows("criteria", self.league))

@@ -183,6 +183,7 @@ TEST_F(OfflineMerge, NumbersTravelInTheUsersNotation) {
   ASSERT_TRUE(MergeOfflineEvent(*league_, state_, ui_));
   EXPECT_EQ(league_->OpenRecordset("SELECT Length FROM Race").At(0).ToSingle(), 1.533F);
   EXPECT_EQ(league_->OpenRecordset("SELECT Qualifying FROM Stats").At(0).ToSingle(), 125.5F);
+  EXPECT_EQ(test::Single(*league_, "SELECT AvgSpeed FROM Stats"), "118,25");
 }
 
 TEST_F(OfflineMerge, ACriterionThatIsNoneLeavesTheLeagueAlone) {

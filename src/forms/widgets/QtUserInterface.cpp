@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QUrl>
 
+#include "common/Paths.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "forms/widgets/frmProgress.h"
@@ -125,10 +126,11 @@ common::Answer QtUserInterface::Ask(const common::Message& message, common::Butt
   }
 }
 
-std::vector<std::string> QtUserInterface::OpenFiles(const common::FileRequest& request) {
+std::vector<std::string> QtUserInterface::OpenFiles(common::FileRequest& request) {
   QFileDialog dialog(FrontWindow());
   dialog.setFileMode(request.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
   Prepare(dialog, request, folder_);
+  request.folder = common::JoinPath(Utf8(dialog.directory().absolutePath()), "");
   std::vector<std::string> paths;
   if (dialog.exec() != QDialog::Accepted) return paths;
   folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();

@@ -12,7 +12,7 @@ class QtUserInterface : public common::UserInterface {
  public:
   void ShowMessage(const common::Message& message) override;
   common::Answer Ask(const common::Message& message, common::Buttons buttons) override;
-  std::vector<std::string> OpenFiles(const common::FileRequest& request) override;
+  std::vector<std::string> OpenFiles(common::FileRequest& request) override;
   std::string SaveFile(const common::FileRequest& request) override;
   std::string PickFolder(const std::string& title, const std::string& folder) override;
   bool PickColor(std::uint32_t& color) override;

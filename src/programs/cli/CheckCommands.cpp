@@ -21,7 +21,8 @@ void Convert(const CommonOptions& common, const std::string& from, const std::st
   db::ConvertOldFile(context.engine, from, to, db::OldFileReader());
   try {
     // Opened once, it is brought up to date.
-    const Context opened(common, to);
+    Context opened(common, to);
+    opened.Session().TellReplacedRules();
   } catch (...) {
     std::error_code error;
     std::filesystem::remove(to, error);

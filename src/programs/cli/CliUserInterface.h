@@ -11,7 +11,7 @@ class CliUserInterface : public common::UserInterface {
   void ShowMessage(const common::Message& message) override;
   // Where nobody is there: No, or Cancel where that can be answered.
   common::Answer Ask(const common::Message& message, common::Buttons buttons) override;
-  std::vector<std::string> OpenFiles(const common::FileRequest&) override { return {}; }
+  std::vector<std::string> OpenFiles(common::FileRequest&) override { return {}; }
   std::string SaveFile(const common::FileRequest&) override { return {}; }
   std::string PickFolder(const std::string&, const std::string&) override { return {}; }
   bool PickColor(std::uint32_t&) override { return false; }

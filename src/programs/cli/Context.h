@@ -30,6 +30,7 @@ class Context {
   common::ProcessState state;
 
   engine::Database& Template() { return *template_; }
+  app::LeagueSession& Session() { return *session_; }
   engine::Database& League() { return session_->League(); }
 
  private:

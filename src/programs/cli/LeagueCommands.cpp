@@ -62,8 +62,8 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   Context context(common, options.path, options.simFolder);
   engine::Database& league = context.League();
 
-  // One transaction for the command: a power cut leaves all of it or nothing.
-  engine::UnitOfWork unit(league);
+  // One transaction for the command: a power cut or an error leaves all of it or nothing.
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::TakeBack);
   league.Execute("DELETE * FROM STNRace");
   scoring::LoadPointSystem(context.Template(), league, context.state);
   import::ResultFileOptions reading;
