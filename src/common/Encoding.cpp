@@ -46,6 +46,9 @@ char32_t TakeCharacter(std::string_view& text) {
     if ((next & 0xC0U) != 0x80) return kInvalid;
     character = (character << 6U) | (next & 0x3FU);
   }
+  constexpr std::array<char32_t, 4> kSmallest = {0, 0x80, 0x800, 0x10000};
+  const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
+  if (character < kSmallest[more] || character > 0x10FFFF || surrogate) return kInvalid;
   text.remove_prefix(more);
   return character;
 }
@@ -61,6 +64,13 @@ std::string FromWindows1252(std::string_view bytes) {
     AppendUtf8(text, byte >= 0x80 && byte < 0xA0 ? kUpperControls[byte - 0x80U] : char16_t{byte});
   }
   return text;
+}
+
+std::string FromPageBytes(std::string_view bytes) {
+  for (std::string_view rest = bytes; !rest.empty();) {
+    if (TakeCharacter(rest) == kInvalid) return FromWindows1252(bytes);
+  }
+  return std::string(bytes);
 }
 
 std::string ToWindows1252(std::string_view utf8) {

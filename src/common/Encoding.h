@@ -8,6 +8,9 @@
 namespace scorvane::common {
 
 std::string FromWindows1252(std::string_view bytes);
+// A page as the simulation writes it, or as an HTML editor may have saved it since: what can be read as UTF-8
+// is that, because letters of Windows-1252 next to each other hardly ever can.
+std::string FromPageBytes(std::string_view bytes);
 // A character outside the code page becomes "?".
 std::string ToWindows1252(std::string_view utf8);
 

@@ -99,7 +99,7 @@ void CHTMLParser::Normalise(std::string_view content) {
     if (c == '\r' && i + 1 < content.size() && content[i + 1] == '\n') ++i;
     flat += c == '\r' || c == '\n' || c == '\t' ? ' ' : c;
   }
-  text_ = common::FromWindows1252(TrimBlanks(flat));
+  text_ = common::FromPageBytes(TrimBlanks(flat));
   folded_ = text_;
   for (char& c : folded_) c = engine::LowerAscii(c);
 }
