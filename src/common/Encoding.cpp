@@ -66,11 +66,15 @@ std::string FromWindows1252(std::string_view bytes) {
   return text;
 }
 
-std::string FromPageBytes(std::string_view bytes) {
-  for (std::string_view rest = bytes; !rest.empty();) {
-    if (TakeCharacter(rest) == kInvalid) return FromWindows1252(bytes);
+bool IsUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    if (TakeCharacter(bytes) == kInvalid) return false;
   }
-  return std::string(bytes);
+  return true;
+}
+
+std::string FromPageBytes(std::string_view bytes) {
+  return IsUtf8(bytes) ? std::string(bytes) : FromWindows1252(bytes);
 }
 
 std::string ToWindows1252(std::string_view utf8) {

@@ -90,11 +90,14 @@ class Checker {
          [](const engine::Recordset& row) {
            return fmt::format("The driver {} is there {} times.", row.At(0).ToText(), row.At(1).ToText());
          });
-    Each("SELECT RaceID, DriverID, Count(*) FROM Stats GROUP BY RaceID, DriverID HAVING Count(*) > 1",
-         [](const engine::Recordset& row) {
-           return fmt::format("Driver {} has {} results in race {}.", row.At(1).ToText(), row.At(2).ToText(),
-                              row.At(0).ToText());
-         });
+    Each(
+        "SELECT Stats.RaceID, Driver.Name, Count(*) FROM Stats INNER JOIN Driver ON "
+        "Driver.DriverID=Stats.DriverID GROUP BY Stats.RaceID, Stats.DriverID, Driver.Name HAVING Count(*) > "
+        "1",
+        [](const engine::Recordset& row) {
+          return fmt::format("{} has {} results in race {}.", row.At(1).ToText(), row.At(2).ToText(),
+                             row.At(0).ToText());
+        });
     Each("SELECT RaceID FROM Race WHERE Length Is Null OR Laps Is Null", [](const engine::Recordset& row) {
       return fmt::format("Race {} has no length or no laps.", row.At(0).ToText());
     });

@@ -109,6 +109,9 @@ class Builder {
         complete_ = NumberOf(value, "end") == rows_;
       }
       return true;
+    } catch (const Json::exception&) {
+      fault = "what was read of it makes no sense, so the file seems to be damaged.";
+      return false;
     } catch (const std::exception& e) {
       fault = e.what();
       return false;

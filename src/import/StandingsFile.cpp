@@ -50,6 +50,15 @@ std::string_view Cut(std::string_view line, Column column) {
   return TrimBlanks(Cut(line, column.start, column.width));
 }
 
+// The file in the code page of the simulation, a byte a column: an editor may have saved it as UTF-8 since,
+// which moves what stands behind a letter like "é".
+std::string InColumns(std::string content) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  if (!common::IsUtf8(content)) return content;
+  if (content.starts_with(kMark)) content.erase(0, kMark.size());
+  return common::ToWindows1252(content);
+}
+
 // Reads one file into the staging tables.
 class Reader {
  public:
@@ -296,7 +305,7 @@ std::int32_t ReadStandingsFile(engine::Database& league, common::ProcessState& s
                                common::UserInterface& ui, const std::string& path, int qualifying) {
   std::string failure;
   try {
-    const std::string content = ReadFileContent(path);
+    const std::string content = InColumns(ReadFileContent(path));
     engine::UnitOfWork unit(league);
     Reader reader(league, state, path, qualifying, content);
     try {

@@ -84,13 +84,15 @@ fs::path UserDataFolder() {
   return HomeFolder() / ".local" / "share";
 }
 
-// Copies the installed template, which may be read-only, to a folder that has none yet. Without one to copy
-// the program says so itself when it opens its template.
-void FillFromInstalledTemplate(const fs::path& folder) {
+// Copies the program's template, which may be read-only, to a folder that has none yet: the one of the
+// installation or the one beside the program. Without one to copy the program says so itself when it opens
+// its template.
+void FillFromProgramsTemplate(const fs::path& folder) {
   std::error_code error;
   const fs::path target = folder / kTemplateName;
   if (fs::exists(target, error)) return;
-  const fs::path installed = fs::path(InstalledFolder()) / kTemplateName;
+  fs::path installed = fs::path(InstalledFolder()) / kTemplateName;
+  if (!fs::exists(installed, error)) installed = fs::path(ProgramFolder()) / kTemplateName;
   const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(::getpid()));
   if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
   fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
@@ -168,7 +170,7 @@ std::string ApplicationFolder() {
   const fs::path folder = UserDataFolder() / "scorvane";
   std::error_code error;
   fs::create_directories(folder, error);
-  FillFromInstalledTemplate(folder);
+  FillFromProgramsTemplate(folder);
   return folder.string();
 }
 

@@ -35,6 +35,9 @@ constexpr const char* kDescription =
     "  scorvane-cli standings season.lgx\n"
     "  scorvane-cli export season.lgx --report \"Point Standings\" -o standings.htm";
 
+constexpr const char* kCommonOptions =
+    "Every command takes --template FILE, --decimal CHAR and --format table|csv|json.";
+
 constexpr const char* kFooter =
     "Exit status: 0 done, 1 the operation failed, 2 wrong use.\n"
     "`scorvane-cli COMMAND --help` explains a command.";
@@ -84,8 +87,7 @@ class CommandLine {
     app_.add_option_function<std::string>(
             "--decimal",
             [this](const std::string& text) {
-              if (text.size() != 1 || (text[0] >= '0' && text[0] <= '9') || text[0] == '-' || text[0] == '\'')
-                throw CLI::ValidationError("--decimal", "it takes one character, such as . or ,");
+              if (text != "." && text != ",") throw CLI::ValidationError("--decimal", "it takes . or ,");
               common_.decimal = text[0];
             },
             "The decimal separator (default: the user's locale)")
@@ -99,6 +101,7 @@ class CommandLine {
 
   int Run(int argc, char** argv) {
     try {
+      CheckCommand(argc, argv);
       app_.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
       return app_.exit(e) == 0 ? 0 : kWrongUse;
@@ -114,9 +117,28 @@ class CommandLine {
   }
 
  private:
+  // The first word that is no option must be a command; the parser would only say that one is missing.
+  void CheckCommand(int argc, char** argv) const {
+    for (int i = 1; i < argc; ++i) {
+      const std::string_view word = argv[i];
+      if (word == "--template" || word == "--decimal" || word == "--format") {
+        ++i;
+      } else if (!word.starts_with('-')) {
+        std::string known;
+        for (const CLI::App* command : app_.get_subcommands({})) {
+          if (command->check_name(std::string(word))) return;
+          known += (known.empty() ? "" : ", ") + command->get_name();
+        }
+        throw CLI::ParseError(fmt::format("There is no command '{}'. The commands are: {}.", word, known),
+                              kWrongUse);
+      }
+    }
+  }
+
   CLI::App* Add(const char* name, const char* help, std::function<void()> run) {
     CLI::App* command = app_.add_subcommand(name, help);
     command->callback([this, run = std::move(run)] { run_ = run; });
+    command->footer(kCommonOptions);
     return command;
   }
 
@@ -201,11 +223,15 @@ class CommandLine {
     driver->add_option("--handicap", driver_.handicap, "add: the driver's handicap")->type_name("N");
     driver->add_flag("--yes", driver_.yes, "remove: do not ask");
     driver->footer(
-        "add NAME, rename NAME NEW, exclude NAME..., include NAME..., rookie NAME on|off,\n"
-        "handicap NAME N, merge NAME INTO (NAME's results go to INTO), remove NAME...");
-    AddForLeague("remove-excluded-results",
-                 "Remove the results of excluded drivers and recalculate every race",
-                 [this] { cli::RemoveExcluded(common_, league_); });
+        std::string("add NAME, rename NAME NEW, exclude NAME..., include NAME..., rookie NAME on|off,\n"
+                    "handicap NAME N (kept for you: the scoring does not use it),\n"
+                    "merge NAME INTO (NAME's results go to INTO), remove NAME...\n") +
+        kCommonOptions);
+    AddForLeague(
+        "remove-excluded-results",
+        "Remove the results of excluded drivers and recalculate every race (hand edits of points are "
+        "lost)",
+        [this] { cli::RemoveExcluded(common_, league_); });
 
     CLI::App* points = AddForLeague("points", "List or replace the league's own point system", [this] {
       points_.path = league_;
@@ -220,6 +246,17 @@ class CommandLine {
     });
     bonus->add_option("--set", points_.sets, "Points of a rule")->type_name("ID=POINTS");
     AddChoice(bonus, "--use", points_.use, kSwitches, "Score with these rules: on or off");
+
+    CLI::App* race = AddForLeague("race", "Remove races with their results", [this] {
+      race_.path = league_;
+      cli::EditRaces(common_, race_);
+    });
+    race->add_option("ACTION", race_.action, "What to do")
+        ->required()
+        ->check(CLI::IsMember({"remove"}))
+        ->type_name("");
+    race->add_option("RACEID", race_.ids, "The races' numbers, as `races` lists them")->required();
+    race->add_flag("--yes", race_.yes, "remove: do not ask");
 
     CLI::App* result = AddForLeague("result", "Add, edit or remove a driver's result in a race", [this] {
       result_.path = league_;
@@ -276,11 +313,12 @@ class CommandLine {
     CLI::Option* all =
         page->add_option("--all", folder_, "Every report, every race and an index page, into a folder")
             ->type_name("FOLDER");
-    report->excludes(race)->excludes(all);
-    race->excludes(report)->excludes(all);
     CLI::Option* output =
         page->add_option("-o,--output", export_.output, "The page; an older one is replaced")
             ->type_name("FILE");
+    output->excludes(all);
+    report->excludes(race)->excludes(all);
+    race->excludes(report)->excludes(all);
     page->parse_complete_callback([report, race, all, output] {
       if (report->count() + race->count() + all->count() == 0)
         throw CLI::ValidationError("export", "--report NAME, --race RACEID or --all FOLDER is required");
@@ -328,6 +366,7 @@ class CommandLine {
   cli::ExportOptions export_;
   cli::DriverOptions driver_;
   cli::PointOptions points_;
+  cli::RaceOptions race_;
   cli::ResultOptions result_;
   std::vector<std::int32_t> raceIds_;
   std::vector<std::int32_t> criteria_;

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -73,7 +75,19 @@ std::string IntervalFormat(const std::string& format) {
   }
 }
 
+// Whether a file begins as no text does: a league or the template, whose name was given for the page's.
+bool IsNoText(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
+  std::array<char, 16> start{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(start.data(), start.size());
+  return std::string_view(start.data(), static_cast<std::size_t>(file.gcount())).find('\0') !=
+         std::string_view::npos;
+}
+
 bool WriteFile(const std::string& path, const std::string& bytes) {
+  if (IsNoText(path)) return false;
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();

@@ -179,6 +179,17 @@ TEST_F(StandingsFile, TakesEitherLineEndAndAnyFileName) {
             (std::vector<std::string>{"O'Brien's | race.stn|500|3:01:10", "unix.stn|500|3:01:10"}));
 }
 
+TEST_F(StandingsFile, AnEditorMayHaveSavedItAsUtf8) {
+  const auto file = [](const std::string& name) {
+    std::string driver = kDriver;
+    return kTitle + kTrack + kHead + driver.replace(driver.find("Jeff Gordon"), 11, name) + kStatistics;
+  };
+  EXPECT_EQ(Read(file("J\xE9rg \xC4rdon ")), 1);
+  EXPECT_EQ(Read("\xEF\xBB\xBF" + file("Jérg Ärdon ")), 2);
+  const std::string row = "1|2|Jérg Ärdon|500|123|185|10|123.554|Running|Null";
+  EXPECT_EQ(Results(), (std::vector<std::string>{row, row}));
+}
+
 TEST_F(StandingsFile, RefusesWhatIsNoRaceFinal) {
   EXPECT_EQ(ReadSample("practice.stn", 0), 0);
   const std::string path = SCORVANE_SOURCE_DIR "/tests/data/standings/practice.stn";

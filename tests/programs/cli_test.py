@@ -297,7 +297,12 @@ class CliTest(unittest.TestCase):
         self.assertTrue(content.endswith(b"</HTML>\r\n"))
         self.refused("export", self.league, "--report", "Nothing", "-o", page, says="Point Standings")
         self.refused("export", self.league, "--race", 9, "-o", page, says="no race 9")
-        self.refused("export", self.league, "--race", 1, "-o", self.path("no/folder.htm"), says="could not be written")
+        self.refused("export", self.league, "--race", 1, "-o", self.path("no/folder.htm"), says="no such folder")
+        self.refused("export", self.league, "--race", 1, "-o", self.path(""), says="it is a folder")
+        self.refused("export", self.league, "--report", "Rookie Standings", "-o", page, says="nothing to show")
+        # Neither a league nor the template is a page to replace.
+        self.refused("export", self.league, "--race", 1, "-o", self.league, says="no page")
+        self.assertEqual(len(rows("races", self.league)), 2)
 
     def test_look_columns_and_a_whole_site(self):
         self.create()
@@ -328,6 +333,8 @@ class CliTest(unittest.TestCase):
         self.assertEqual(len([name for name in pages if name.startswith("event-")]), 3)
         for name in pages:
             self.assertIn(f'href="{name}"', index)
+        cli("race", self.league, "remove", 1, "--yes")
+        self.assertIn("3 older event-*.htm pages", cli("export", self.league, "--all", site, *own).stdout)
         with open(os.path.join(site, "point-standings.htm"), encoding="cp1252") as file:
             page = file.read()
         self.assertIn("border=7", page)
@@ -344,7 +351,10 @@ class CliTest(unittest.TestCase):
         self.create()
         cli("import", self.league, *SEASON[:3])
         before = self.points()
-        cli("driver", self.league, "merge", "mark martin", "Jeff Gordon")
+        self.assertIn("Both took part in 3 races",
+                      cli("driver", self.league, "merge", "mark martin", "Jeff Gordon").stdout)
+        check = cli("check", self.league, check=1).stdout
+        self.assertIn("Jeff Gordon has 2 results in race 1", check)
         after = self.points()
         self.assertEqual(after["Jeff Gordon"], before["Jeff Gordon"] + before["Mark Martin"])
         self.assertNotIn("Mark Martin", after)
@@ -356,7 +366,7 @@ class CliTest(unittest.TestCase):
         self.assertIn('Dale "DJ" Jarrett', drivers)
         self.assertEqual([name for name in drivers if drivers[name]["Exclude"]], ["Jeff Gordon", "Rusty Wallace"])
         # Their results go, and the others move up in every race.
-        cli("remove-excluded-results", self.league)
+        self.assertIn("(9 of 129)", cli("remove-excluded-results", self.league).stdout)
         for race in (1, 2, 3):
             results = rows("results", self.league, race)
             self.assertEqual([row["Finish"] for row in results], list(range(1, len(results) + 1)))
@@ -378,13 +388,14 @@ class CliTest(unittest.TestCase):
     def test_points_bonuses_and_results_are_edited(self):
         self.create()
         cli("import", self.league, SEASON[0])
-        cli("points", self.league, "--set", self.write("p.csv", "Position,Points,PrizeMoney\n1,10,5000\n2,6\n"),
+        cli("points", self.league, "--set", self.write("p.csv", "Position;Points;PrizeMoney\n1;10;5000\n2;6\n"),
             "--use", "on")
         cli("bonus", self.league, "--set", "1=0", "--set", "2=0", "--set", "3=4", "--use", "on")
         cli("recalculate", self.league)
         first = rows("results", self.league, 1)[:3]
         self.assertEqual([(row["Points"], row["Bonus"], row["PrizeMoney"]) for row in first],
                          [(14, 4, 5000), (6, 0, 0), (0, 0, None)])
+        cli("points", self.league, "--set", self.write("p.csv", "1,10,5000\n2,6\n"))
         self.refused("points", self.league, "--set", self.write("q.csv", "1,10\n3,6\n"), says="q.csv:2")
         self.refused("points", self.league, "--set", self.write("q.csv", "1,ten\n"), says="ten")
         self.refused("points", self.league, "--set", self.write("q.csv", "1,99999\n"), says="overflow")
@@ -394,15 +405,27 @@ class CliTest(unittest.TestCase):
         cli("result", self.league, "add", 1, "New O'Driver", "--finish", 44, "--start", 44, "--qualifying", "180.5",
             "--reason", "won't run")
         cli("settings", self.league, 17, 1)
-        cli("result", self.league, "edit", 1, "New O'Driver", "--points", 3, "--qualifying", "50")
+        cli("result", self.league, "edit", 1, "New O'Driver", "--points", 3, "--qualifying", "50,0",
+            "--decimal", ",")
         added = rows("results", self.league, 1)[-1]
         self.assertEqual((added["Driver"], added["Points"], added["Status"], added["Qualifying"]),
                          ("New O'Driver", 3, "won't run", 180))  # 2.5 miles in 50 seconds
         self.refused("result", self.league, "add", 1, "X", "--finish", 45, says="--start")
         self.refused("result", self.league, "edit", 1, "New O'Driver", "--points", "1;2", says="1;2")
+        self.refused("result", self.league, "edit", 1, "New O'Driver", "--winnings", "1000.50", says="whole number")
+        self.refused("result", self.league, "edit", 1, "New O'Driver", says="Nothing to change")
+        self.assertIn("2 results", cli("result", self.league, "add", 1, "Mark Martin", "--finish", 45, "--start",
+                                       45).stdout)
+        self.sql("DELETE * FROM Stats WHERE Finish=45")
         self.refused("result", self.league, "remove", 1, "New O'Driver", says="--yes")
         cli("result", self.league, "remove", 1, "New O'Driver", "--yes")
         self.assertEqual(len(rows("results", self.league, 1)), 43)
+        self.assertIn("2 races come from a file named 01-daytona.stn",
+                      cli("import", self.league, SEASON[0], SEASON[1]).stdout)
+        self.refused("race", self.league, "remove", 2, says="--yes")
+        self.refused("race", self.league, "remove", 2, 9, "--yes", says="no race 9")
+        cli("race", self.league, "remove", 2, "--yes")
+        self.assertEqual([row["RaceID"] for row in rows("races", self.league)], [1, 3])
 
     # ---- wrong use and bad input
 
@@ -411,6 +434,7 @@ class CliTest(unittest.TestCase):
                      ["create", self.league, "--sim", "0", "--drop", "11"], ["races"],
                      ["export", self.league, "-o", "x"], ["races", self.league, "--format", "xml"]):
             self.assertTrue(cli(*args, check=2).stderr, args)
+        self.assertIn("no command 'nonsense'", cli("--format", "csv", "nonsense", check=2).stderr)
         self.assertIn("standings", cli("--help").stdout)
         self.assertIn("--qualifying", cli("import", "--help").stdout)
         self.assertEqual(os.listdir(self.folder), [])

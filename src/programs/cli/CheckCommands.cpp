@@ -44,7 +44,7 @@ void Check(const CommonOptions& common, const std::string& path) {
   table.columns = {{"Fault"}};
   for (const std::string& fault : faults) table.rows.push_back({engine::Value(fault)});
   if (common.format != OutputFormat::Table || !faults.empty()) Print(table, common.format, common.decimal);
-  if (!faults.empty()) throw CommandError(fmt::format("{} has {} fault(s).", path, faults.size()));
+  if (!faults.empty()) throw CommandError(fmt::format("{} is not in order.", path));
   if (common.format == OutputFormat::Table) fmt::print("{} is in order.\n", path);
 }
 

@@ -104,6 +104,14 @@ struct PointOptions {
 void Points(const CommonOptions& common, const PointOptions& options);
 void Bonus(const CommonOptions& common, const PointOptions& options);
 
+struct RaceOptions {
+  std::string path;
+  std::string action;  // remove
+  std::vector<std::int32_t> ids;
+  bool yes = false;
+};
+void EditRaces(const CommonOptions& common, const RaceOptions& options);
+
 struct ResultOptions {
   std::string path;
   std::string action;  // add, edit, remove

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "app/RaceList.h"
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
@@ -50,6 +51,10 @@ void NeedConsent(Context& context, bool yes, const std::string& question) {
   const common::Message message{question, common::kApplicationTitle, common::MessageIcon::Question};
   if (context.ui.Ask(message, common::Buttons::YesNo) != common::Answer::Yes)
     throw CommandError("Nothing was changed. --yes answers the question beforehand.");
+}
+
+std::int32_t Count(engine::Database& league, const std::string& query) {
+  return league.OpenRecordset(query).At(0).ToLong();
 }
 
 void Rename(engine::Database& league, const std::string& from, const std::string& to) {
@@ -98,7 +103,16 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
     const drivers::Driver from = NeedDriver(league, names[0]);
     const drivers::Driver into = NeedDriver(league, names[1]);
     if (from.id == into.id) throw CommandError("A driver cannot be merged with itself.");
+    const std::int32_t shared = Count(
+        league, fmt::format("SELECT Count(*) AS N FROM Stats AS A INNER JOIN Stats AS B ON A.RaceID=B.RaceID "
+                            "WHERE A.DriverID={} AND B.DriverID={}",
+                            from.id, into.id));
     drivers::MergeDrivers(league, from.id, into.id);
+    if (shared > 0) {
+      fmt::print(
+          "Both took part in {} race{}: {} has two results there now. `result remove` takes one away.\n",
+          shared, shared == 1 ? "" : "s", into.name);
+    }
   } else {
     NeedNames(options, 1, kAny, "one NAME or more");
     std::vector<std::int32_t> ids;
@@ -115,10 +129,13 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
 
 void RemoveExcluded(const CommonOptions& common, const std::string& path) {
   Context context(common, path);
+  constexpr const char* kResults = "SELECT Count(*) AS N FROM Stats";
+  const std::int32_t before = Count(context.League(), kResults);
   drivers::RemoveExcludedResults(context.Template(), context.League(), context.state, context.ui);
   fmt::print(
-      "The results of excluded drivers have been removed from all races,\n"
-      "and the remaining results have been recalculated.\n");
+      "The results of excluded drivers have been removed from all races ({} of {}),\n"
+      "and the remaining results have been recalculated.\n",
+      before - Count(context.League(), kResults), before);
 }
 
 // ---- points
@@ -136,7 +153,9 @@ std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
     if (common::TrimBlanks(line).empty()) continue;
     std::vector<std::string> cells;
     std::stringstream stream(line);
-    for (std::string cell; std::getline(stream, cell, ',');) cells.push_back(cell);
+    // Where numbers have a decimal comma, spreadsheets write semicolons.
+    const char separator = line.find(';') == std::string::npos ? ',' : ';';
+    for (std::string cell; std::getline(stream, cell, separator);) cells.push_back(cell);
     if (number == 1 && cells[0].find_first_not_of("0123456789 ") != std::string::npos) continue;
     const std::string where = fmt::format("{}:{}: ", path, number);
     if (cells.size() < 2 || cells.size() > 3)
@@ -192,7 +211,18 @@ void Bonus(const CommonOptions& common, const PointOptions& options) {
   Print(TableOf(rows), common.format, common.decimal);
 }
 
-// ---- results
+// ---- races and results
+
+void EditRaces(const CommonOptions& common, const RaceOptions& options) {
+  Context context(common, options.path);
+  engine::Database& league = context.League();
+  for (const std::int32_t id : options.ids) NeedRace(league, id);
+  NeedConsent(context, options.yes,
+              fmt::format("This will remove {} race{} with all results and cannot be undone. Do you want to "
+                          "continue?",
+                          options.ids.size(), options.ids.size() == 1 ? "" : "s"));
+  app::RemoveRaces(league, options.ids);
+}
 
 namespace {
 
@@ -204,14 +234,18 @@ std::int32_t NeedResult(const std::vector<scoring::RaceResult>& results, engine:
   throw CommandError(fmt::format("{} has no result in this race.", driver));
 }
 
-void TakeFields(const ResultOptions& options, scoring::ResultEntry& entry) {
+void TakeFields(const ResultOptions& options, char decimal, scoring::ResultEntry& entry) {
   for (std::size_t i = 0; i < options.fields.size(); ++i) {
     const std::optional<std::string>& typed = options.fields[i];
     if (!typed) continue;
-    if (i != scoring::ResultEntry::kName) {
+    if (i == scoring::ResultEntry::kAvgSpeed || i == scoring::ResultEntry::kQualifying) {
       double number = 0;
-      if (!engine::ParseNumber(*typed, '.', number) || number < 0)
+      if (!(engine::ParseNumber(*typed, '.', number) || engine::ParseNumber(*typed, decimal, number)) ||
+          number < 0)
         throw CommandError(fmt::format("'{}' is no number that a result can have.", *typed));
+    } else if (i != scoring::ResultEntry::kName &&
+               WholeNumber(*typed, "A number of a result but a speed") < 0) {
+      throw CommandError(fmt::format("'{}' is no number that a result can have.", *typed));
     }
     entry.fields[i] = *typed;
   }
@@ -219,6 +253,15 @@ void TakeFields(const ResultOptions& options, scoring::ResultEntry& entry) {
   for (std::size_t i = 0; i < entry.fields.size(); ++i)
     entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
   if (!scoring::IsComplete(entry)) throw CommandError("A result needs a driver, --finish and --start.");
+}
+
+// A driver may have several results in a race, but hardly ever is meant to.
+void SayResultsOf(engine::Database& league, std::int32_t raceId, const scoring::ResultEntry& entry) {
+  const drivers::Driver driver = NeedDriver(league, entry.fields[scoring::ResultEntry::kName]);
+  const std::int32_t results = Count(
+      league,
+      fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={} AND DriverID={}", raceId, driver.id));
+  if (results > 1) fmt::print("{} has {} results in this race now.\n", driver.name, results);
 }
 
 }  // namespace
@@ -235,13 +278,21 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
   if (options.action == "add") {
     scoring::ResultEntry entry;
     entry.fields[scoring::ResultEntry::kName] = options.drivers[0];
-    TakeFields(options, entry);
+    TakeFields(options, common.decimal, entry);
     scoring::AddResult(league, context.state, race, entry, length);
+    SayResultsOf(league, options.raceId, entry);
   } else if (options.action == "edit") {
+    const bool changes = options.reason || std::any_of(options.fields.begin(), options.fields.end(),
+                                                       [](const std::optional<std::string>& field) {
+                                                         return field.has_value();
+                                                       });
+    if (!changes)
+      throw CommandError("Nothing to change: `scorvane-cli result --help` lists what a result has.");
     const std::int32_t id = NeedResult(results, league, options.drivers[0]);
     scoring::ResultEntry entry = scoring::ReadResultEntry(league, context.state, race, id, length);
-    TakeFields(options, entry);
+    TakeFields(options, common.decimal, entry);
     scoring::UpdateResult(league, context.state, race, id, entry, length);
+    SayResultsOf(league, options.raceId, entry);
   } else {
     std::vector<std::int32_t> ids;
     for (const std::string& name : options.drivers) ids.push_back(NeedResult(results, league, name));

@@ -49,6 +49,8 @@ void CheckSetting(int id, const std::string& value) {
 
 void Create(const CommonOptions& common, const CreateOptions& options) {
   Context context(common);
+  if (common::TrimBlanks(common::GetFileTitle(options.path)).empty())
+    throw CommandError(fmt::format("'{}' names no file.", options.path));
   const std::string path = app::WithLeagueExtension(options.path);
   if (common::FileExists(path) && !options.replace)
     throw CommandError(fmt::format("\"{}\" already exists! --replace replaces it.", path));
@@ -103,11 +105,17 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
     return;
   }
   const std::int32_t before = count();
+  const std::int32_t last = common::GetMaxID(league, "Race", "RaceID");
   scoring::ImportStagedRaces(league, context.state, context.ui);
   const std::int32_t after = count();
   unit.Commit();
   const std::int32_t added = after - before;
   fmt::print("Imported {} race{}; the league has {}.\n", added, added == 1 ? "" : "s", after);
+  for (auto rows = league.OpenRecordset(fmt::format(
+           "SELECT FileName, Count(*) AS N FROM Race GROUP BY FileName HAVING Count(*)>1 AND Max(RaceID)>{}",
+           last));
+       !rows.AtEnd(); rows.MoveNext())
+    fmt::print("{} races come from a file named {} now.\n", rows.At(1).ToLong(), rows.At(0).ToText());
 }
 
 void Criteria(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& order) {

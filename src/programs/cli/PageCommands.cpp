@@ -85,10 +85,38 @@ std::string IndexPage(const std::string& heading, const std::string& caption,
       "body {{ font: 16px/1.5 system-ui, sans-serif; max-width: 46rem; margin: 2rem auto; padding: 0 1rem; "
       "}}\n"
       "h1 {{ margin-bottom: 0; }} p {{ margin-top: 0; opacity: .75; }} small {{ opacity: .75; }}\n"
-      "ul, ol {{ columns: 18rem auto; }} li {{ break-inside: avoid; }}\n"
+      "ul, ol {{ columns: 18rem auto; column-gap: 3rem; }} li {{ break-inside: avoid; }}\n"
       "</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{1}</p>\n<h2>Standings</h2>\n<ul>\n{2}</ul>\n"
       "<h2>Races</h2>\n<ol>\n{3}</ol>\n{4}\n</body>\n</html>\n",
       Escaped(heading), Escaped(caption), LinkList(reports), LinkList(races), reports::StandingsFooter());
+}
+
+// Why a page that was asked for is not there.
+std::string WhyNoPage(Context& context, const reports::PageSubject& subject, const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  if (subject.kind == reports::PageSubject::kReport) {
+    const auto report = reports::RunReport(context.League(), context.Template(), subject.id);
+    if (!report || report->rows.empty()) return "the report has nothing to show";
+  }
+  if (fs::is_directory(path, error)) return "it is a folder";
+  const fs::path folder = fs::path(path).parent_path();
+  if (!folder.empty() && !fs::is_directory(folder, error)) return "there is no such folder";
+  if (fs::exists(path, error)) return "what is there is no page, or may not be changed";
+  return "the folder may not be written to, the disk is full, or the race has no results";
+}
+
+// Pages of races that an earlier export left and this one has not written.
+int CountOldPages(const std::string& folder, const std::vector<Link>& links) {
+  int old = 0;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string name = entry.path().filename().string();
+    const bool ours = name.starts_with("event-") && name.ends_with(".htm");
+    if (ours && std::none_of(links.begin(), links.end(), [&](const Link& link) { return link.file == name; }))
+      ++old;
+  }
+  return old;
 }
 
 }  // namespace
@@ -114,9 +142,8 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
   texts.caption = options.caption.value_or(texts.caption);
   if (!reports::WritePage(league, context.Template(), context.state, subject, texts,
                           reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
-    throw CommandError(
-        fmt::format("Error creating HTML file... '{}' could not be written, or there is nothing to show.",
-                    options.output));
+    throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written: {}.",
+                                   options.output, WhyNoPage(context, subject, options.output)));
   }
   fmt::print("Wrote {}.\n", options.output);
 }
@@ -172,6 +199,10 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
     throw CommandError(fmt::format("'{}' could not be written.", common::JoinPath(folder, "index.htm")));
   fmt::print("Wrote {} report pages, {} race pages and index.htm into {}.\n", reportLinks.size(),
              raceLinks.size(), folder);
+  if (const int old = CountOldPages(folder, raceLinks); old > 0) {
+    fmt::print("{} older event-*.htm page{} there {} no longer linked.\n", old, old == 1 ? "" : "s",
+               old == 1 ? "is" : "are");
+  }
 }
 
 // ---- the look
