@@ -80,7 +80,8 @@ std::string IndexPage(const std::string& heading, const std::string& caption,
       ":root {{ color-scheme: light dark; }}\n"
       "body {{ font: 16px/1.5 system-ui, sans-serif; max-width: 46rem; margin: 2rem auto; padding: 0 1rem; "
       "}}\n"
-      "h1 {{ margin-bottom: 0; }} p {{ margin-top: 0; opacity: .75; }} small {{ opacity: .75; }}\n"
+      "h1 {{ margin-bottom: 0; }} p {{ margin-top: 0; opacity: .75; }} small {{ opacity: .75; display: "
+      "inline-block; }}\n"
       "ul, ol {{ columns: 18rem auto; column-gap: 3rem; }} li {{ break-inside: avoid; }}\n"
       "</style>\n</head>\n<body>\n<h1>{0}</h1>\n<p>{1}</p>\n<h2>Standings</h2>\n<ul>\n{2}</ul>\n"
       "<h2>Races</h2>\n<ol>\n{3}</ol>\n{4}\n</body>\n</html>\n",
