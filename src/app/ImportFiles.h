@@ -1,8 +1,6 @@
-// Result files on their way into the staging tables: which files a league takes, where they lie, what becomes
-// of each.
+// Importing result files: what the import dialog and the command line do with the files that were chosen.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -14,38 +12,60 @@
 
 namespace scorvane::app {
 
-// The file dialog's filter for the league's simulation.
+// What the files of the league's simulation are called in a file dialog.
 std::string ResultFileFilter(std::int16_t simType);
 
-// Where the league's simulation leaves its result files, with a separator at its end; empty when the
-// simulation's folder is not known.
+// The folder that the league's simulation writes its result files into, with a separator at its end; empty
+// when it is not known.
 std::string ResultFolder(const common::ProcessState& state);
 
-// Empties the staging tables and loads the point table. Throws EngineError.
+// The paths with each folder among them in turn replaced by the result files in it, in natural order: race2
+// before race10.
+std::vector<std::string> ExpandFolders(const std::vector<std::string>& paths, std::int16_t simType);
+
+// Before files are staged: clears what an earlier import left, loads the points to score with and the tracks.
+// Throws EngineError.
 void PrepareImport(engine::Database& league, engine::Database& templateDb, common::ProcessState& state);
 
 struct StagedFile {
   std::string path;
-  std::int32_t raceId = 0;  // the key of the staged race
+  std::int32_t raceId = 0;
 };
 
 struct StagedFiles {
-  std::vector<StagedFile> files;  // those that were read
+  std::vector<StagedFile> files;
   std::size_t failed = 0;
+  std::vector<std::string> texts;  // of the messages that were shown, about files that failed or were edited
 };
 
-// Stages the files one by one, several of them behind a progress dialog.
+// Reads the files into the staging tables. Messages about single files are shown when all are read, the first
+// twenty and how many more there are. Throws EngineError; then nothing is staged.
 StagedFiles StageFiles(engine::Database& league, common::ProcessState& state, common::UserInterface& ui,
                        const std::vector<std::string>& paths, const import::ResultFileOptions& options);
 
-// What is said of files that failed when the alerts about each one are off.
+// What the dialog says when alerts are off and some files failed.
 common::Message FailedFilesWarning(std::size_t failed);
 
-// Removes staged races with their results. Throws EngineError; the races before the failing one are removed.
+// A staged file that is in the league already, by its name or its rows, or twice among the staged ones.
+struct Duplicate {
+  StagedFile file;
+  std::string reason;  // a sentence without its file: "the league has it already: race 3, Daytona"
+};
+std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::ProcessState& state,
+                                      const std::vector<StagedFile>& staged);
+
 void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>& ids);
 
-// Makes races of what is staged: of an on-line league one each, of an off-line league one in all. Throws
-// EngineError; what was done before it stays.
-void ImportStaged(engine::Database& league, common::ProcessState& state, common::UserInterface& ui);
+struct ImportOutcome {
+  bool done = false;            // false: an off-line event with nobody to rank, about which a message was shown
+  std::int32_t races = 0;       // added
+  std::int32_t drivers = 0;     // ranked in the last of them
+  std::int32_t leagueRaces = 0;  // that the league has now
+  std::vector<std::string> notes;  // sentences about what the administrator may not have meant
+};
+
+// Takes the staged races into the league: each as a race or, off-line, all merged into one event. Throws
+// EngineError; then the league is as it was.
+ImportOutcome ImportStaged(engine::Database& league, common::ProcessState& state, common::UserInterface& ui);
 
 }  // namespace scorvane::app

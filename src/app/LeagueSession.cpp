@@ -6,7 +6,6 @@
 #include <cmath>
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -15,6 +14,7 @@
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "common/SqlText.h"
+#include "db/LeftCopy.h"
 #include "db/MDBBuild.h"
 #include "db/OldFile.h"
 #include "db/Upgrade.h"
@@ -27,7 +27,6 @@ namespace {
 
 constexpr int kFirstPageDefault = 100;
 constexpr int kLastPageDefault = 109;
-constexpr const char* kCompactName = "TmpPoints.mdb";
 
 // A setting as a whole number within the bounds.
 int SettingNumber(engine::Database& league, int id, int lowest, int highest) {
@@ -76,31 +75,12 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
     ui_.ShowMessage({"The league has been converted. The original is kept as\r\n\"" + kept + "\".",
                      "Old League File", common::MessageIcon::Information});
   }
-  engine::OpenOptions options;
-  options.exclusive = true;
-  league_ = engine_.DefaultWorkspace().OpenDatabase(path, options);
+  league_ = OpenShared(path, use);
   try {
-    std::optional<engine::UnitOfWork> work(std::in_place, *league_);
-    db::UpgradeLeagueFile(*league_, templateDb_);
-    db::EnsureDefaultSettings(*league_);
-    ReadLeagueSettings(*league_, state_);
-    if (use == Use::Everything && LacksSimFolder(state_, state_.simType)) {
-      // Nothing stays half written while somebody thinks about an answer.
-      work->Commit();
-      work.reset();
-      if (!KnowsSimFolder()) {
-        CloseLeagueFile();
-        return false;
-      }
-      work.emplace(*league_);
+    if (!BringUpToDate(use)) {
+      CloseLeagueFile();
+      return false;
     }
-    RefreshBonusQueries();
-    CopyPageDefaults();
-    if (common::GetSettingValue(*league_, common::kDroppedRaces) == common::kMissingSetting) {
-      league_->Execute(
-          "INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
-    }
-    work->Commit();
   } catch (...) {
     league_.reset();
     throw;
@@ -108,6 +88,44 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
   if (use == Use::Everything && state_.simType >= common::kNascarRacing4) import::BuildTrackCatalogue(state_);
   if (old) TellReplacedRules();
   return true;
+}
+
+// A league that is only looked at may lie where nothing can be written.
+std::unique_ptr<engine::Database> LeagueSession::OpenShared(const std::string& path, Use use) {
+  try {
+    return engine_.DefaultWorkspace().OpenDatabase(path);
+  } catch (const engine::EngineError& error) {
+    if (use != Use::Looking || error.Number() != engine::kCannotOpenFile) throw;
+  }
+  engine::OpenOptions options;
+  options.readOnly = true;
+  return engine_.DefaultWorkspace().OpenDatabase(path, options);
+}
+
+// False when the simulation's folder stays unknown. A file that lacks nothing is not written to, and another
+// program may be writing to it meanwhile.
+bool LeagueSession::BringUpToDate(Use use) {
+  try {
+    AddWhatIsMissing(engine::UnitOfWork::Begin::Reading);
+  } catch (const engine::EngineError& error) {
+    if (error.Number() != engine::kFileInUse) throw;
+    AddWhatIsMissing(engine::UnitOfWork::Begin::Writing);
+  }
+  return use != Use::Everything || !LacksSimFolder(state_, state_.simType) || KnowsSimFolder();
+}
+
+void LeagueSession::AddWhatIsMissing(engine::UnitOfWork::Begin begin) {
+  engine::UnitOfWork work(*league_, engine::UnitOfWork::OnError::TakeBack, begin);
+  db::UpgradeLeagueFile(*league_, templateDb_);
+  db::EnsureDefaultSettings(*league_);
+  ReadLeagueSettings(*league_, state_);
+  RefreshBonusQueries();
+  CopyPageDefaults();
+  if (common::GetSettingValue(*league_, common::kDroppedRaces) == common::kMissingSetting) {
+    league_->Execute(
+        "INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES (6,'Dropped Races','0')");
+  }
+  work.Commit();
 }
 
 bool LeagueSession::AgreesToConvert(const std::string& path) {
@@ -180,20 +198,21 @@ void LeagueSession::CloseLeagueFile() {
   const bool worthCompacting = league_->FreePages() > 0;
   league_.reset();
   if (!worthCompacting) return;
-  // Who has opened the league meanwhile, or compacts another one in this folder, goes first. What has the
-  // name already is not ours to remove: it may be all that an earlier failure left of a league.
-  const std::string folder = common::GetFolder(path);
-  const std::string compact = folder + kCompactName;
-  const auto folderLock = platform::FileLock::TryLock(folder);
-  const auto lock = platform::FileLock::TryLock(path);
-  std::error_code error;
-  if (!folderLock || !lock || std::filesystem::exists(std::filesystem::symlink_status(compact, error)))
-    return;
+  // Who has opened the league meanwhile, or compacts another one in this folder, goes first.
+  const auto folderLock = platform::FileLock::TryLock(common::GetFolder(path));
+  if (!folderLock) return;
+  std::string compact = common::GetFolder(path) + db::kCompactName;
   try {
+    platform::RemoveTemporariesBeside(path);
+    // What an earlier compaction left keeps its place only while it may be all that is left of a league.
+    if (common::GetFileTitle(path) == db::kCompactName || !db::RemoveLeftCopy(engine_, compact))
+      compact = platform::TemporaryBeside(path);
+    const auto lock = platform::FileLock::TryLock(path);
+    if (!lock) return;
     engine_.CompactDatabase(path, compact);
     platform::ReplaceFile(compact, path);
   } catch (const std::exception&) {
-    std::filesystem::remove(compact, error);
+    db::RemoveWithJournal(compact);
   }
 }
 

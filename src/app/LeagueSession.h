@@ -28,8 +28,8 @@ class LeagueSession {
   void SetSimFolderPrompt(std::function<void()> prompt) { askForSimFolder_ = std::move(prompt); }
 
   // What the league is opened for: to import into it takes a newer simulation's folder with its tracks, to
-  // look at it does not.
-  enum class Use { Everything, WithoutImport };
+  // change what is in it does not, and to look at it does not even take a file that may be written to.
+  enum class Use { Everything, WithoutImport, Looking };
 
   // A file of the old database format is converted in its place when the user agrees; the original stays
   // beside it. Closes the open file, opens this one, gives it what it lacks and reads its settings into the
@@ -56,6 +56,9 @@ class LeagueSession {
 
  private:
   bool AgreesToConvert(const std::string& path);
+  std::unique_ptr<engine::Database> OpenShared(const std::string& path, Use use);
+  bool BringUpToDate(Use use);
+  void AddWhatIsMissing(engine::UnitOfWork::Begin begin);
   bool KnowsSimFolder();
   void RefreshBonusQueries();
   void CopyPageDefaults();

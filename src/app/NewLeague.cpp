@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <exception>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "app/SimFolders.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "db/LeftCopy.h"
 #include "db/MDBBuild.h"
 #include "import/Tracks.h"
 #include "platform/Platform.h"
@@ -21,7 +20,8 @@ namespace {
 // Another program, or another window of this one, has the old file.
 class FileOpenElsewhere : public engine::EngineError {
  public:
-  explicit FileOpenElsewhere(const std::string& path) : EngineError(engine::kFileInUse, path) {}
+  explicit FileOpenElsewhere(const std::string& path)
+      : EngineError(engine::kFileInUse, path, platform::LockHolder(path)) {}
 };
 
 }  // namespace
@@ -48,6 +48,8 @@ void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const 
                          properties.droppedRaces, properties.lapReportingMethod);
   };
   if (!common::FileExists(path)) {
+    // A journal without its league would be rolled into the new one.
+    db::RemoveWithJournal(path);
     make(path);
     return;
   }
@@ -55,14 +57,13 @@ void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const 
   if (!platform::IsWritable(path)) throw engine::EngineError(engine::kCannotOpenFile, path);
   const auto lock = platform::FileLock::TryLock(path);
   if (!lock) throw FileOpenElsewhere(path);
-  const std::string fresh = path + ".new";
-  std::error_code error;
-  std::filesystem::remove(fresh, error);
+  platform::RemoveTemporariesBeside(path);
+  const std::string fresh = platform::TemporaryBeside(path);
   try {
     make(fresh);
-    platform::ReplaceFile(fresh, path);
+    db::ReplaceDatabase(engine, fresh, path);
   } catch (...) {
-    std::filesystem::remove(fresh, error);
+    db::RemoveWithJournal(fresh);
     throw;
   }
 }
@@ -91,24 +92,15 @@ Creation CreateLeagueAsking(engine::DBEngine& engine, LeagueSession& session, co
 bool CanSwitchSimulation(common::ProcessState& state, common::UserInterface& ui, std::int16_t simType) {
   if (simType < common::kNascarRacing4 || simType == state.simType) return true;
   if (LacksSimFolder(state, simType)) {
-    const std::string_view name = Simulations().at(SimFolderIndex(simType).value_or(0)).name;
+    const std::string_view name = Simulations().at(common::SimFolderIndex(simType).value_or(0)).name;
     ui.ShowMessage({fmt::format("Scorvane needs to know the path of\r\n{} before this file can be\r\n"
                                 "switched to that simulation.",
                                 name),
                     "Missing Path", common::MessageIcon::Exclamation});
     return false;
   }
-  if (!state.tracks) {
-    // The league itself is switched only when its properties are stored.
-    const std::int16_t current = std::exchange(state.simType, simType);
-    try {
-      import::BuildTrackCatalogue(state);
-    } catch (...) {
-      state.simType = current;
-      throw;
-    }
-    state.simType = current;
-  }
+  if (const auto index = common::SimFolderIndex(simType); index && simType >= common::kNascarRacing4)
+    import::BuildTrackCatalogue(state, state.simFolders[*index]);
   return true;
 }
 

@@ -81,15 +81,9 @@ const std::array<Simulation, kSimulations>& Simulations() {
   return kTable;
 }
 
-std::optional<std::size_t> SimFolderIndex(std::int16_t simType) {
-  if (simType == common::kNascarRacing3 || simType == common::kNascarLegends) return simType;
-  if (simType >= common::kNascarRacing4 && simType <= common::kNascarRacing2003) return simType - 1;
-  return std::nullopt;
-}
-
 bool LacksSimFolder(const common::ProcessState& state, std::int16_t simType) {
   if (simType < common::kNascarRacing4) return false;
-  const auto index = SimFolderIndex(simType);
+  const auto index = common::SimFolderIndex(simType);
   return index && common::TrimBlanks(state.simFolders[*index]).empty();
 }
 

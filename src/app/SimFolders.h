@@ -25,9 +25,6 @@ struct Simulation {
 inline constexpr int kSimulations = 5;
 const std::array<Simulation, kSimulations>& Simulations();
 
-// The folder index of a sim type; nothing for NASCAR Racing 2, which has no folder.
-std::optional<std::size_t> SimFolderIndex(std::int16_t simType);
-
 // True when the sim type needs its folder before a league of it can be used, and the state does not know it.
 bool LacksSimFolder(const common::ProcessState& state, std::int16_t simType);
 

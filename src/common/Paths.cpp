@@ -29,7 +29,7 @@ std::string GetExtension(std::string_view path) {
 
 bool FileExists(const std::string& path) {
   std::error_code error;
-  const auto status = std::filesystem::status(path, error);
+  const auto status = std::filesystem::status(SystemPath(path), error);
   return !error && std::filesystem::exists(status) && !std::filesystem::is_directory(status);
 }
 
@@ -45,13 +45,13 @@ std::string FindIgnoringCase(std::string_view folder, std::string_view name) {
   // A separator of the other system would be taken for a letter of the folder's name.
   while (folder.size() > 1 && kSeparators.find(folder.back()) != std::string_view::npos)
     folder.remove_suffix(1);
-  const fs::path parent(folder);
+  const fs::path parent = SystemPath(folder);
   std::error_code error;
-  if (const fs::path same = parent / name; fs::exists(same, error)) return same.string();
+  if (const fs::path same = parent / SystemPath(name); fs::exists(same, error)) return PathText(same);
   const std::string wanted = LowerCase(name);
   std::string found;
   for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
-    std::string path = entry->path().string();
+    std::string path = PathText(entry->path());
     // Of several, the same one every time.
     if (LowerCase(GetFileTitle(path)) == wanted && (found.empty() || path < found)) found = std::move(path);
   }

@@ -4,7 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/SystemPath.h"
+
 namespace scorvane::common {
+
+using platform::PathText;
+using platform::SystemPath;
 
 // Up to and including the last separator; empty without one.
 std::string GetFolder(std::string_view path);

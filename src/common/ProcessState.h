@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,13 @@ enum SimType : std::int16_t {
 };
 enum LeagueType : std::int32_t { kOnline = 0, kOffline = 1 };
 enum LapReportingMethod : std::int16_t { kLapSpeed = 0, kLapTime = 1 };
+
+// The place of a simulation's folder among the five; none for NASCAR Racing 2, which has no folder here.
+inline std::optional<std::size_t> SimFolderIndex(std::int16_t simType) {
+  if (simType == kNascarRacing3 || simType == kNascarLegends) return simType;
+  if (simType >= kNascarRacing4 && simType <= kNascarRacing2003) return simType - 1;
+  return std::nullopt;
+}
 
 // Points (and prize money) by finishing position; positions count from 1, columns from 0.
 class PointTable {
@@ -60,6 +68,7 @@ struct ProcessState {
   std::array<std::string, 5> simFolders;  // by folder index; blank when not known
   char decimalSeparator = '.';
   std::shared_ptr<import::CTracks> tracks;  // null until built
+  std::string tracksFolder;                 // of the simulation that they were read from
 };
 
 }  // namespace scorvane::common

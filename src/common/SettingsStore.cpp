@@ -9,6 +9,13 @@
 
 namespace scorvane::common {
 
+bool IsLeagueSetting(int id) {
+  const auto within = [id](int first, int last) { return id >= first && id <= last; };
+  return within(kPageHeading, kDroppedRaces) || within(kLeagueTypeSetting, kLapReportingMethodSetting) ||
+         within(kUseBackgroundImage, kFirstTableColor + 9) ||
+         within(kFirstTableColorSwitch, kFirstTableColorSwitch + 4) || within(kFirstLayout, kFirstLayout + 2);
+}
+
 std::string GetSettingValue(engine::Database& database, int id, std::string* name) {
   try {
     const auto rows = database.OpenRecordset(fmt::format("SELECT * FROM Settings WHERE SettingsID={}", id),

@@ -48,6 +48,9 @@ enum PageSetting : int {
   kFirstLayout = 300,            // to 302
 };
 
+// Whether the program knows a league setting of this number.
+bool IsLeagueSetting(int id);
+
 // The setting's value without blanks around it; the empty text for Null; kMissingSetting without such a row
 // and on any error. `name`, when given, takes the setting's name and is left alone on an error.
 std::string GetSettingValue(engine::Database& database, int id, std::string* name = nullptr);

@@ -7,6 +7,12 @@
 
 namespace scorvane::common {
 
+void AppendLiteral(std::string& sql, std::string_view text) {
+  sql += '\'';
+  for (const char c : text) sql.append(c == '\'' ? 2 : 1, c);
+  sql += '\'';
+}
+
 void AppendQuoted(std::string& sql, std::string_view text) {
   if (text.find_first_not_of(' ') == std::string_view::npos) {
     sql += "NULL";

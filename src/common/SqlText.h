@@ -12,7 +12,9 @@ namespace scorvane::common {
 // A text as an SQL literal: NULL when it is empty or blank, else between apostrophes with its own apostrophes
 // doubled and every vertical bar taken out of the literal.
 std::string QuoteSQL(std::string_view text);
-// The same, written to the end of a statement.
+// A text as it is between apostrophes, its own apostrophes doubled: an empty one stays a text.
+void AppendLiteral(std::string& sql, std::string_view text);
+// What QuoteSQL yields, written to the end of a statement.
 void AppendQuoted(std::string& sql, std::string_view text);
 // A value's text, numbers in the user's decimal notation; Null gives NULL.
 std::string QuoteSQL(const engine::Value& value, char decimal);

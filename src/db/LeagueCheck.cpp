@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "common/SettingsStore.h"
 #include "db/Tables.h"
@@ -63,20 +64,30 @@ class Checker {
     faults_.push_back(what + "; opening the league adds what older files lack.");
   }
 
-  // One fault a row of the query; `text` takes its columns.
+  // One fault a row of the query for which `text`, which takes the row, has something to say.
   template <typename Text>
   void Each(const std::string& query, Text text) {
     auto rows = league_.OpenRecordset(query);
-    for (std::size_t count = 0; !rows.AtEnd(); rows.MoveNext()) {
-      if (++count > kMostOfAKind) {
-        faults_.push_back(fmt::format("... and {} more of this kind.", rows.RecordCount() - kMostOfAKind));
-        return;
-      }
-      faults_.push_back(text(rows));
+    std::size_t count = 0;
+    for (; !rows.AtEnd(); rows.MoveNext()) {
+      std::string fault = text(rows);
+      if (!fault.empty() && ++count <= kMostOfAKind) faults_.push_back(std::move(fault));
     }
+    if (count > kMostOfAKind)
+      faults_.push_back(fmt::format("... and {} more of this kind.", count - kMostOfAKind));
   }
 
   void Rows() {
+    for (const auto& [table, what] : {std::pair{"PointSystem", "point system"}, std::pair{"Bonus", "bonus rules"},
+                                      std::pair{"RankCriteria", "ranking criteria"}}) {
+      if (league_.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM {}", table)).At(0).ToLong() == 0)
+        faults_.push_back(fmt::format("The league has no {}: the table {} is empty.", what, table));
+    }
+    Each("SELECT SettingsID FROM Settings ORDER BY SettingsID", [](const engine::Recordset& row) {
+      return common::IsLeagueSetting(row.At(0).ToLong())
+                 ? std::string()
+                 : fmt::format("The setting {} is none that the program knows.", row.At(0).ToText());
+    });
     Each("SELECT StatsID FROM Stats WHERE RaceID Is Null OR DriverID Is Null",
          [](const engine::Recordset& row) {
            return fmt::format("The result {} belongs to no race or no driver.", row.At(0).ToText());

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "common/SettingsStore.h"
+#include "common/SqlText.h"
 #include "db/Tables.h"
 
 namespace scorvane::db {
@@ -24,7 +25,8 @@ void CreateLeagueFile(engine::DBEngine& engine, const std::string& path, std::in
                       std::int16_t leagueType, engine::Database& templateDb, std::int16_t droppedRaces,
                       std::int16_t lapReportingMethod) {
   const std::unique_ptr<engine::Database> league = engine.DefaultWorkspace().CreateDatabase(path);
-  engine::UnitOfWork unit(*league);
+  // A league whose making fails is left as far as it came.
+  engine::UnitOfWork unit(*league, engine::UnitOfWork::OnError::Keep);
 
   league->AppendTableDef(DriverTable());
   league->AppendTableDef(RaceTable());
@@ -60,7 +62,7 @@ void EnsureDefaultSettings(engine::Database& league) {
 }
 
 void CreateStagingAndTemplateTables(engine::Database& league, engine::Database& templateDb) {
-  engine::UnitOfWork unit(league);
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::Keep);
 
   league.AppendTableDef(StagedRaceTable());
   league.AppendTableDef(StagedResultTable());
@@ -69,13 +71,12 @@ void CreateStagingAndTemplateTables(engine::Database& league, engine::Database& 
   league.AppendTableDef(RankCriteriaTable());
   league.AppendRelation(CascadingRelation("STNRaceResults", "STNRace", "STNStats", "STNRaceID"));
 
-  // An apostrophe in the path must not end the literal.
   std::string path;
-  for (const char c : league.Name()) path.append(c == '\'' ? 2 : 1, c);
-  templateDb.Execute("INSERT INTO Bonus IN '" + path + "' SELECT * FROM Bonus");
-  templateDb.Execute("INSERT INTO PointSystem IN '" + path +
-                     "' SELECT Position, Kirrelon As Points FROM PointSystem");
-  templateDb.Execute("INSERT INTO RankCriteria IN '" + path + "' SELECT * FROM RankCriteria");
+  common::AppendLiteral(path, league.Name());
+  templateDb.Execute("INSERT INTO Bonus IN " + path + " SELECT * FROM Bonus");
+  templateDb.Execute("INSERT INTO PointSystem IN " + path +
+                     " SELECT Position, Kirrelon As Points FROM PointSystem");
+  templateDb.Execute("INSERT INTO RankCriteria IN " + path + " SELECT * FROM RankCriteria");
   unit.Commit();
 }
 

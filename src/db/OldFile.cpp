@@ -8,9 +8,12 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 #include "common/Paths.h"
+#include "common/SqlText.h"
+#include "db/LeftCopy.h"
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
 
@@ -22,10 +25,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr char kOldHeader[] = "\0\1\0\0Standard Jet DB";  // what such a file begins with
 constexpr std::uintmax_t kLargest = 512ULL << 20U;
-
-fs::path Utf8Path(const std::string& path) {
-  return {std::u8string(path.begin(), path.end())};
-}
 
 std::string TextOf(const Json& object, const char* key) {
   const auto found = object.find(key);
@@ -71,7 +70,7 @@ std::optional<engine::FieldType> TypeFromCode(int code) {
 }
 
 // A value as a literal of the statement. Numbers keep all their digits.
-void AppendLiteral(std::string& sql, const Json& value) {
+void AppendValue(std::string& sql, const Json& value) {
   if (value.is_boolean()) {
     sql += value.get<bool>() ? "True" : "False";
   } else if (value.is_number_integer()) {
@@ -79,9 +78,7 @@ void AppendLiteral(std::string& sql, const Json& value) {
   } else if (value.is_number()) {
     fmt::format_to(std::back_inserter(sql), "{}", value.get<double>());
   } else if (value.is_string() && !value.get_ref<const std::string&>().empty()) {
-    sql += '\'';
-    for (const char c : value.get_ref<const std::string&>()) sql.append(c == '\'' ? 2 : 1, c);
-    sql += '\'';
+    common::AppendLiteral(sql, value.get_ref<const std::string&>());
   } else {
     sql += "Null";
   }
@@ -178,7 +175,7 @@ class Builder {
       if (!kept_[i]) continue;
       if (!first) sql += ", ";
       first = false;
-      AppendLiteral(sql, row[i]);
+      AppendValue(sql, row[i]);
     }
     league_.Execute(sql + ")");
     ++rows_;
@@ -232,11 +229,38 @@ std::string WhatHappened(platform::ChildEnd end, const std::string& fault) {
   }
 }
 
+// The reader writes numbers with a point, whatever the user's separator is.
+class DecimalPoint {
+ public:
+  explicit DecimalPoint(engine::Workspace& workspace)
+      : workspace_(workspace), usual_(workspace.DecimalSeparator()) {
+    workspace_.SetDecimalSeparator('.');
+  }
+  DecimalPoint(const DecimalPoint&) = delete;
+  DecimalPoint& operator=(const DecimalPoint&) = delete;
+  ~DecimalPoint() { workspace_.SetDecimalSeparator(usual_); }
+
+ private:
+  engine::Workspace& workspace_;
+  const char usual_;
+};
+
+// Copies a file to the disk, or leaves nothing.
+void CopyWhole(const std::string& from, const std::string& to) {
+  std::error_code error;
+  const bool copied = fs::copy_file(common::SystemPath(from), common::SystemPath(to), error);
+  if (copied && platform::FlushFile(to)) return;
+  std::error_code ignored;
+  fs::remove(common::SystemPath(to), ignored);
+  if (error) throw std::system_error(error, to);
+  throw engine::EngineError(engine::kDiskError, to);
+}
+
 }  // namespace
 
 bool IsOldFormat(const std::string& path) {
   char header[sizeof kOldHeader - 1] = {};
-  std::ifstream file(Utf8Path(path), std::ios::binary);
+  std::ifstream file(common::SystemPath(path), std::ios::binary);
   file.read(header, sizeof header);
   return file.gcount() == sizeof header && std::memcmp(header, kOldHeader, sizeof header) == 0;
 }
@@ -245,12 +269,11 @@ void ConvertOldFile(engine::DBEngine& engine, const std::string& from, const std
                     const std::string& reader) {
   const std::string untouched = fmt::format("\"{}\" was not converted and is as it was.\r\n", from);
   std::error_code error;
-  if (fs::file_size(Utf8Path(from), error) > kLargest)
+  if (fs::file_size(common::SystemPath(from), error) > kLargest)
     throw std::runtime_error(untouched + "It is too large to be a league file.");
   auto league = engine.DefaultWorkspace().CreateDatabase(to);
-  const char decimal = engine.DefaultWorkspace().DecimalSeparator();
+  const DecimalPoint point(engine.DefaultWorkspace());
   try {
-    engine.DefaultWorkspace().SetDecimalSeparator('.');
     engine::UnitOfWork unit(*league);
     Builder builder(*league);
     const platform::ChildEnd end =
@@ -262,22 +285,19 @@ void ConvertOldFile(engine::DBEngine& engine, const std::string& from, const std
     if (!league->CheckIntegrity().empty())
       throw std::runtime_error(untouched + "Its rows contradict each other.");
     league.reset();
-    engine.DefaultWorkspace().SetDecimalSeparator(decimal);
   } catch (...) {
-    engine.DefaultWorkspace().SetDecimalSeparator(decimal);
     league.reset();
-    fs::remove(Utf8Path(to), error);
-    fs::remove(Utf8Path(to + "-journal"), error);
+    RemoveWithJournal(to);
     throw;
   }
 }
 
 std::string ConvertInPlace(engine::DBEngine& engine, const std::string& path, const std::string& reader) {
   const auto lock = platform::FileLock::TryLock(path);
-  if (!lock) throw engine::EngineError(engine::kFileInUse, path);
-  const std::string fresh = path + ".new";
+  if (!lock) throw engine::EngineError(engine::kFileInUse, path, platform::LockHolder(path));
+  platform::RemoveTemporariesBeside(path);
+  const std::string fresh = platform::TemporaryBeside(path);
   std::error_code error;
-  fs::remove(Utf8Path(fresh), error);
   ConvertOldFile(engine, path, fresh, reader);
   try {
     // The copy is complete and on the disk before the original's name is given away.
@@ -285,14 +305,18 @@ std::string ConvertInPlace(engine::DBEngine& engine, const std::string& path, co
     for (int number = 1; kept.empty(); ++number) {
       const std::string candidate = common::GetFolder(path) + common::GetFileTitle(path, true) +
                                     " (original" + (number > 1 ? fmt::format(" {}", number) : "") + ").lgx";
-      if (!fs::exists(Utf8Path(candidate), error)) kept = candidate;
+      if (!fs::exists(common::SystemPath(candidate), error)) kept = candidate;
     }
-    fs::copy_file(Utf8Path(path), Utf8Path(kept));
-    if (!platform::FlushFile(kept)) throw engine::EngineError(engine::kDiskError, kept);
-    platform::ReplaceFile(fresh, path);
+    CopyWhole(path, kept);
+    try {
+      ReplaceDatabase(engine, fresh, path);
+    } catch (...) {
+      fs::remove(common::SystemPath(kept), error);
+      throw;
+    }
     return kept;
   } catch (...) {
-    fs::remove(Utf8Path(fresh), error);
+    RemoveWithJournal(fresh);
     throw;
   }
 }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "common/Formats.h"
 #include "common/SqlText.h"
 #include "scoring/RaceScoring.h"
 
@@ -47,7 +48,8 @@ std::optional<Driver> ReadDriver(engine::Database& league, std::int32_t id) {
 
 std::optional<std::int32_t> FindNameClash(engine::Database& league, const std::string& name,
                                           std::optional<std::int32_t> id) {
-  std::string sql = "SELECT DriverID FROM Driver WHERE Name=" + common::QuoteSQL(name);
+  std::string sql =
+      "SELECT DriverID FROM Driver WHERE Name=" + common::QuoteSQL(common::TrimBlanks(name));
   if (id) sql += fmt::format(" AND DriverID<>{}", *id);
   const auto rows = league.OpenRecordset(sql);
   if (rows.AtEnd()) return std::nullopt;
@@ -57,7 +59,7 @@ std::optional<std::int32_t> FindNameClash(engine::Database& league, const std::s
 std::int32_t AddDriver(engine::Database& league, const Driver& driver) {
   engine::UnitOfWork unit(league);
   league.Execute(fmt::format("INSERT INTO Driver (Name,Exclude,Rookie,Handicap) VALUES ({},{},{},{})",
-                             common::QuoteSQL(driver.name), Word(driver.excluded), Word(driver.rookie),
+                             common::QuoteSQL(common::TrimBlanks(driver.name)), Word(driver.excluded), Word(driver.rookie),
                              driver.handicap));
   const std::int32_t id = common::GetMaxID(league, "Driver", "DriverID");
   unit.Commit();
@@ -67,7 +69,7 @@ std::int32_t AddDriver(engine::Database& league, const Driver& driver) {
 void UpdateDriver(engine::Database& league, const Driver& driver) {
   league.Execute(fmt::format(
       "UPDATE Driver SET Name={}, Handicap={}, Rookie={}, Exclude={} WHERE DriverID = {}",
-      common::QuoteSQL(driver.name), driver.handicap, Word(driver.rookie), Word(driver.excluded), driver.id));
+      common::QuoteSQL(common::TrimBlanks(driver.name)), driver.handicap, Word(driver.rookie), Word(driver.excluded), driver.id));
 }
 
 void MergeDrivers(engine::Database& league, std::int32_t from, std::int32_t into) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 
 #include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
@@ -344,10 +345,12 @@ std::int64_t Database::FreePages() const {
 
 // ---- units of work
 
-UnitOfWork::UnitOfWork(Database& database, OnError onError) : database_(database), onError_(onError) {
+UnitOfWork::UnitOfWork(Database& database, OnError onError, Begin begin)
+    : database_(database), onError_(onError) {
   Database::Impl& impl = *database_.impl_;
   impl.NeedTransaction();
-  if (impl.units == 0) impl.Run(impl.readOnly ? "BEGIN" : "BEGIN IMMEDIATE");
+  const bool writing = begin == Begin::Writing && !impl.readOnly;
+  if (impl.units == 0) impl.Run(writing ? "BEGIN IMMEDIATE" : "BEGIN");
   ++impl.units;
 }
 
@@ -372,7 +375,7 @@ void UnitOfWork::Commit() {
 }
 
 UnitOfWork::~UnitOfWork() {
-  if (open_ && onError_ == OnError::TakeBack) {
+  if (open_ && onError_ == OnError::TakeBack && std::uncaught_exceptions() > exceptions_) {
     Database::Impl& impl = *database_.impl_;
     sqlite3_exec(impl.connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     impl.unitLost = --impl.units > 0;

@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -71,13 +72,15 @@ class Database {
 
  private:
   friend class UnitOfWork;
+  friend class Workspace;
   friend class Recordset;
   std::unique_ptr<Impl> impl_;
 };
 
+// Several programs may have a file open; who writes waits for his turn.
 struct OpenOptions {
   bool exclusive = false;  // no other process may open the file meanwhile: EngineError 3045
-  bool readOnly = false;
+  bool readOnly = false;   // nothing is changed but what a stopped program left unfinished, which is taken back
 };
 
 class Workspace {
@@ -91,7 +94,7 @@ class Workspace {
   // written.
   std::unique_ptr<Database> CreateDatabase(const std::string& path);
   // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine, 3045 when
-  // it is in use, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
+  // another process keeps it to itself (after five seconds) or, exclusively, has it open at all, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
   std::unique_ptr<Database> OpenDatabase(const std::string& path, OpenOptions options = {});
   // The open database with this path; null when there is none.
   Database* FindDatabase(const std::string& path) const;
@@ -111,19 +114,25 @@ class DBEngine {
   Workspace& DefaultWorkspace() { return workspace_; }
   // Writes a compact copy of a closed database to a path that does not exist yet, and flushes it to the disk.
   void CompactDatabase(const std::string& from, const std::string& to);
+  // Takes back what a program that was stopped left unfinished in a closed database, as the next one to open it
+  // would. The caller is alone with the file.
+  void TakeBackUnfinished(const std::string& path);
 
  private:
   Workspace workspace_;
 };
 
-// One transaction around many statements; a power cut leaves all of it or nothing. It ends with Commit or,
-// when an error ends its scope first, as it was told to. Units nest: the outermost commits.
+// One transaction around many statements; a power cut leaves all of it or nothing. It ends with Commit or with
+// its scope and, when an error ends that, as it was told to. Units nest: the outermost commits.
 class UnitOfWork {
  public:
   // What becomes of the statements before the error: in effect, or gone with those of all units around this
   // one.
   enum class OnError { Keep, TakeBack };
-  explicit UnitOfWork(Database& database, OnError onError = OnError::Keep);
+  // A writer has the file's writing to itself from the unit's begin; a reader only from its first change on,
+  // and is refused (3045) when another program writes just then.
+  enum class Begin { Writing, Reading };
+  explicit UnitOfWork(Database& database, OnError onError = OnError::TakeBack, Begin begin = Begin::Writing);
   UnitOfWork(const UnitOfWork&) = delete;
   UnitOfWork& operator=(const UnitOfWork&) = delete;
   ~UnitOfWork();
@@ -134,6 +143,7 @@ class UnitOfWork {
  private:
   Database& database_;
   const OnError onError_;
+  const int exceptions_ = std::uncaught_exceptions();  // on their way when the unit began
   bool open_ = true;
 };
 

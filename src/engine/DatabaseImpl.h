@@ -79,7 +79,7 @@ struct Database::Impl : sql::Catalog {
   Workspace* workspace;
   std::string path;
   bool readOnly = false;
-  std::unique_ptr<platform::FileLock> lock;
+  std::shared_ptr<platform::FileLock> lock;  // one for all that this process opens of the file
   FunctionState functions;  // outlives the connection, whose functions use it
   ConnectionPtr connection;
 

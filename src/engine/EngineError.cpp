@@ -34,7 +34,7 @@ constexpr Message kMessages[] = {
      "'{0}' is not a valid path. Make sure that the path name is spelled correctly and that you are "
      "connected to the "
      "server on which the file resides."},
-    {kFileInUse, "Could not use '{0}'; file already in use by another program."},
+    {kFileInUse, "Could not use '{0}'; file already in use by {1}."},
     {kDatabaseDamaged,
      "Cannot open database '{0}'. It may not be a database that your application recognizes, or the "
      "file may be corrupt."},
@@ -96,6 +96,7 @@ std::string Text(int number, std::string_view first, std::string_view second, in
   std::string text;
   for (const Message& message : kMessages) {
     if (message.number == number) {
+      if (number == kFileInUse && second.empty()) second = "another program";
       text = fmt::format(fmt::runtime(message.text), first, second);
       break;
     }
@@ -109,5 +110,12 @@ std::string Text(int number, std::string_view first, std::string_view second, in
 
 EngineError::EngineError(int number, std::string_view first, std::string_view second, int position)
     : std::runtime_error(Text(number, first, second, position)), number_(number), position_(position) {}
+
+EngineError::EngineError(int number, int position, const std::string& text)
+    : std::runtime_error(text), number_(number), position_(position) {}
+
+EngineError EngineError::About(std::string_view what) const {
+  return {number_, position_, fmt::format("{}: {}", what, this->what())};
+}
 
 }  // namespace scorvane::engine

@@ -67,12 +67,17 @@ class EngineError : public std::runtime_error {
   explicit EngineError(int number, std::string_view first = {}, std::string_view second = {},
                        int position = 0);
 
+  // The same error with what it is about in front of its text.
+  EngineError About(std::string_view what) const;
+
   int Number() const { return number_; }
   // The text for the user.
   std::string Description() const { return what(); }
   int Position() const { return position_; }
 
  private:
+  EngineError(int number, int position, const std::string& text);
+
   int number_;
   int position_;
 };

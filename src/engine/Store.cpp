@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include "engine/EngineError.h"
+#include "platform/Platform.h"
 
 namespace scorvane::engine {
 
@@ -21,7 +22,7 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
       throw EngineError(kReadOnly);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      throw EngineError(kFileInUse, path);
+      throw EngineError(kFileInUse, path, platform::LockHolder(path));
     case SQLITE_NOMEM:
       throw EngineError(kOutOfMemory);
     case SQLITE_NOTADB:

@@ -2,45 +2,45 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
 #include "engine/EngineError.h"
+#include "platform/SystemPath.h"
 
 namespace scorvane::engine {
 namespace {
 
 namespace fs = std::filesystem;
+using platform::SystemPath;
 
 constexpr int kPatience = 5000;  // milliseconds to wait for another process that writes to a shared file
+constexpr std::chrono::milliseconds kPollInterval{20};
 
 // The format's own first bytes, and where it keeps the application id.
 constexpr char kHeader[] = "SQLite format 3";
 constexpr std::size_t kApplicationIdPlace = 68;
 
-fs::path Utf8Path(const std::string& path) {
-  return fs::path(std::u8string(path.begin(), path.end()));
-}
-
 std::string FullPath(const std::string& path) {
   std::error_code error;
-  const fs::path full = fs::absolute(Utf8Path(path), error);
+  const fs::path full = fs::absolute(SystemPath(path), error);
   if (error) return path;
-  const std::u8string text = full.lexically_normal().u8string();
-  return {text.begin(), text.end()};
+  return platform::PathText(full.lexically_normal());
 }
 
 // Looks before the store does: it would take any empty file for a new database, and a stranger's for ours.
 void CheckHeader(const std::string& path) {
   std::error_code error;
-  const fs::file_status status = fs::status(Utf8Path(path), error);
+  const fs::file_status status = fs::status(SystemPath(path), error);
   if (status.type() == fs::file_type::not_found) throw EngineError(kFileNotFound, path);
   if (!fs::is_regular_file(status)) throw EngineError(kUnrecognizedFormat, path);
   char header[100] = {};
-  std::ifstream file(Utf8Path(path), std::ios::binary);
+  std::ifstream file(SystemPath(path), std::ios::binary);
   if (!file) throw EngineError(kCannotOpenFile, path);
   file.read(header, sizeof header);
   std::uint32_t id = 0;
@@ -63,6 +63,23 @@ void Harden(sqlite3* connection) {
   sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 1);  // a compaction attaches its copy
 }
 
+// The store writes a journal beside the file, so the folder counts, too.
+bool IsWritableWithFolder(const std::string& path) {
+  return platform::IsWritable(path) &&
+         platform::IsWritable(platform::PathText(SystemPath(path).parent_path()));
+}
+
+// Waits for its turn behind a program that replaces or compacts the file.
+std::unique_ptr<platform::FileLock> ShareFile(const std::string& path) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPatience);
+  for (;;) {
+    if (auto lock = platform::FileLock::TryLock(path, platform::FileLock::Mode::Shared)) return lock;
+    if (std::chrono::steady_clock::now() >= deadline)
+      throw EngineError(kFileInUse, path, platform::LockHolder(path));
+    std::this_thread::sleep_for(kPollInterval);
+  }
+}
+
 ConnectionPtr OpenConnection(const std::string& path, int flags) {
   sqlite3* raw = nullptr;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -77,9 +94,12 @@ ConnectionPtr OpenConnection(const std::string& path, int flags) {
 }  // namespace
 
 void Database::Impl::Connect(bool create, bool wantReadOnly) {
-  const int access = create         ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
-                     : wantReadOnly ? SQLITE_OPEN_READONLY
-                                    : SQLITE_OPEN_READWRITE;
+  // What a stopped program left unfinished is taken back by whoever reads the file next, and only a connection
+  // that may write can do that: a reader gets one, too, where the file allows it, and is held to reading.
+  const bool mayWrite = !wantReadOnly || IsWritableWithFolder(path);
+  const int access = create     ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
+                     : mayWrite ? SQLITE_OPEN_READWRITE
+                                : SQLITE_OPEN_READONLY;
   connection = OpenConnection(path, access);
   readOnly = wantReadOnly;
   sqlite3_busy_timeout(connection.get(), kPatience);
@@ -87,6 +107,7 @@ void Database::Impl::Connect(bool create, bool wantReadOnly) {
   Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA "
       "temp_store=MEMORY; "
       "PRAGMA cache_size=-16000; PRAGMA cell_size_check=ON");
+  if (readOnly) Run("PRAGMA query_only=ON");
 }
 
 // ---- Database
@@ -111,8 +132,8 @@ Workspace::~Workspace() = default;
 std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
   const std::string full = FullPath(path);
   std::error_code error;
-  if (fs::exists(Utf8Path(full), error)) throw EngineError(kDatabaseExists, full);
-  if (!fs::is_directory(Utf8Path(full).parent_path(), error)) throw EngineError(kInvalidPath, full);
+  if (fs::exists(SystemPath(full), error)) throw EngineError(kDatabaseExists, full);
+  if (!fs::is_directory(SystemPath(full).parent_path(), error)) throw EngineError(kInvalidPath, full);
   auto impl = std::make_unique<Database::Impl>(*this, full);
   impl->Connect(true, false);
   impl->CreateSystemTables();
@@ -124,19 +145,21 @@ std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenO
   const std::string full = FullPath(path);
   // Closing any handle of a file drops the locks that this process has on it: a file that is open here
   // already is not looked into again.
-  if (FindDatabase(full) != nullptr) {
-    if (options.exclusive) throw EngineError(kFileInUse, full);
-  } else {
+  Database* const open = FindDatabase(full);
+  if (open == nullptr) {
     CheckHeader(full);
+  } else if (options.exclusive) {
+    throw EngineError(kFileInUse, full);
   }
-  const auto folder = Utf8Path(full).parent_path().u8string();
-  if (!options.readOnly &&
-      (!platform::IsWritable(full) || !platform::IsWritable(std::string(folder.begin(), folder.end()))))
-    throw EngineError(kCannotOpenFile, full);
+  if (!options.readOnly && !IsWritableWithFolder(full)) throw EngineError(kCannotOpenFile, full);
   auto impl = std::make_unique<Database::Impl>(*this, full);
-  if (options.exclusive) {
+  if (open != nullptr) {
+    impl->lock = open->impl_->lock;
+  } else if (options.exclusive) {
     impl->lock = platform::FileLock::TryLock(full);
-    if (!impl->lock) throw EngineError(kFileInUse, full);
+    if (!impl->lock) throw EngineError(kFileInUse, full, platform::LockHolder(full));
+  } else {
+    impl->lock = ShareFile(full);
   }
   impl->Connect(false, options.readOnly);
   try {
@@ -154,7 +177,7 @@ Database* Workspace::FindDatabase(const std::string& path) const {
   const std::string full = FullPath(path);
   for (Database* database : databases_) {
     std::error_code error;
-    if (database->Name() == full || fs::equivalent(Utf8Path(database->Name()), Utf8Path(full), error))
+    if (database->Name() == full || fs::equivalent(SystemPath(database->Name()), SystemPath(full), error))
       return database;
   }
   return nullptr;
@@ -167,7 +190,7 @@ void DBEngine::CompactDatabase(const std::string& from, const std::string& to) {
   const std::string target = FullPath(to);
   CheckHeader(source);
   std::error_code error;
-  if (fs::exists(Utf8Path(target), error)) throw EngineError(kDatabaseExists, target);
+  if (fs::exists(SystemPath(target), error)) throw EngineError(kDatabaseExists, target);
   {
     const ConnectionPtr connection = OpenConnection(source, SQLITE_OPEN_READWRITE);
     sqlite3_stmt* raw = nullptr;
@@ -179,14 +202,23 @@ void DBEngine::CompactDatabase(const std::string& from, const std::string& to) {
       code = sqlite3_step(statement.get());
     }
     if (code != SQLITE_DONE) {
-      fs::remove(Utf8Path(target), error);
+      fs::remove(SystemPath(target), error);
+      fs::remove(SystemPath(target + "-journal"), error);
       ThrowStoreError(connection.get(), code, source);
     }
   }
   if (!platform::FlushFile(target)) {
-    fs::remove(Utf8Path(target), error);
+    fs::remove(SystemPath(target), error);
     throw EngineError(kDiskError, target);
   }
+}
+
+void DBEngine::TakeBackUnfinished(const std::string& path) {
+  const std::string full = FullPath(path);
+  CheckHeader(full);
+  const ConnectionPtr connection = OpenConnection(full, SQLITE_OPEN_READWRITE);
+  const int code = sqlite3_exec(connection.get(), "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) ThrowStoreError(connection.get(), code, full);
 }
 
 }  // namespace scorvane::engine

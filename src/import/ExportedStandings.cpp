@@ -22,7 +22,10 @@ class Stager {
  public:
   Stager(engine::Database& league, const common::ProcessState& state) : league_(league), state_(state) {}
 
-  std::int32_t StageRace(const CRaceInfo& race) {
+  // 0 until the staged race exists.
+  std::int32_t RaceId() const { return raceId_; }
+
+  void StageRace(const CRaceInfo& race) {
     CheckRace(race);
     sql_ =
         "INSERT INTO STNRace (Name, FileName, Length, Laps, RaceTime, AvgSpeed, "
@@ -39,11 +42,10 @@ class Stager {
     sql_ += ',';
     AppendLocalized(FitStatistic(race.VictoryMargin, kMarginCharacters));
     fmt::format_to(std::back_inserter(sql_), ",{},{},", race.Cautions, race.LeadChanges);
-    AppendLiteral(race.Weather);
+    common::AppendLiteral(sql_, race.Weather);
     sql_ += ')';
     league_.Execute(sql_);
     raceId_ = common::GetMaxID(league_, "STNRace", "STNRaceID");
-    return raceId_;
   }
 
   void StageResults(const CDrivers& drivers) {
@@ -89,14 +91,8 @@ class Stager {
     league_.Execute(sql_);
   }
 
-  // An apostrophe in the text must not end the literal.
-  void AppendLiteral(std::string_view text) {
-    sql_ += '\'';
-    for (const char c : text) sql_.append(c == '\'' ? 2 : 1, c);
-    sql_ += '\'';
-  }
   void AppendLocalized(std::string_view text) {
-    AppendLiteral(common::LocalizeDecimal(text, state_.decimalSeparator));
+    common::AppendLiteral(sql_, common::LocalizeDecimal(text, state_.decimalSeparator));
   }
   void AppendDecimal(float number) { AppendLocalized(engine::Value(number).ToText()); }
 
@@ -135,11 +131,18 @@ std::int32_t ReadExportedStandingsFile(engine::Database& league, common::Process
   }
   engine::UnitOfWork unit(league);
   Stager stager(league, state);
-  const std::int32_t raceId = stager.StageRace(parser.Race());
-  stager.StageResults(parser.Drivers());
-  scoring::ApplyBonusPoints(league, state, raceId, true);
+  try {
+    stager.StageRace(parser.Race());
+    stager.StageResults(parser.Drivers());
+    scoring::ApplyBonusPoints(league, state, stager.RaceId(), true);
+  } catch (...) {
+    // Nothing of a page that failed may be imported with the others.
+    league.Execute(fmt::format("DELETE * FROM STNRace WHERE STNRaceID={}", stager.RaceId()));
+    unit.Commit();
+    throw;
+  }
   unit.Commit();
-  return raceId;
+  return stager.RaceId();
 }
 
 }  // namespace scorvane::import

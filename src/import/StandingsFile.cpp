@@ -84,12 +84,13 @@ class Reader {
       SkipTableHead();
       ReadDrivers();
       ReadStatistics();
-      failing_ = "The bonus points";
+      failing_.clear();
       scoring::ApplyBonusPoints(league_, state_, raceId_, true);
     } catch (const EndOfText&) {
       throw FileFault(fmt::format("The file ends {}. It seems to be cut off.", section_));
     } catch (const engine::EngineError& error) {
-      throw FileFault(fmt::format("{}: {}", failing_, error.Description()));
+      throw FileFault(failing_.empty() ? error.Description()
+                                       : fmt::format("{}: {}", failing_, error.Description()));
     }
   }
 
@@ -116,14 +117,11 @@ class Reader {
     laps = laps.substr(0, laps.find(' '));
     CheckWholeNumber("number of laps", laps);
 
-    // An apostrophe in the file's name would end the literal.
-    std::string fileName = FileNameOfRace(path_);
-    for (auto at = fileName.find('\''); at != std::string::npos; at = fileName.find('\'', at + 2))
-      fileName.insert(at, 1, '\'');
-
     sql_ = "INSERT INTO STNRace (Name, FileName, Length, Laps) VALUES (";
     AppendQuoted(TrimBlanks(Cut(title, 11)));
-    fmt::format_to(std::back_inserter(sql_), ",'{}','{}',{})", fileName,
+    sql_ += ',';
+    common::AppendLiteral(sql_, FileNameOfRace(path_));
+    fmt::format_to(std::back_inserter(sql_), ",'{}',{})",
                    common::LocalizeDecimal(length, state_.decimalSeparator), laps);
     failing_ = fmt::format("Track and file name (lines {} and {})", titleLine, lines_.LineNumber());
     league_.Execute(sql_);

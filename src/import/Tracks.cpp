@@ -32,13 +32,11 @@ std::string_view WithoutRemark(std::string_view value) {
   return value;
 }
 
-std::string FolderOf(const common::ProcessState& state) {
-  constexpr std::size_t kFirstFolder = 2;  // NASCAR Racing 4
-  const std::size_t index =
-      state.simType >= common::kNascarRacing4 && state.simType <= common::kNascarRacing2003
-          ? static_cast<std::size_t>(state.simType) - 1
-          : kFirstFolder;
-  return std::string(common::TrimBlanks(state.simFolders[index]));
+// The file's text: as the simulation's code page has it, or as an editor may have saved it since.
+std::string TextOf(std::string_view content) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  if (!common::IsUtf8(content)) return common::FromWindows1252(content);
+  return std::string(content.starts_with(kMark) ? content.substr(kMark.size()) : content);
 }
 
 }  // namespace
@@ -52,7 +50,9 @@ std::string WithoutTrademarks(std::string_view name) {
   return plain;
 }
 
-void AddTrackFromIni(CTracks& tracks, std::string_view content) {
+void AddTrackFromIni(CTracks& tracks, std::string_view bytes) {
+  const std::string text = TextOf(bytes);
+  std::string_view content = text;
   std::optional<std::string> name;
   std::optional<float> length;
   bool inTrack = false;
@@ -70,7 +70,7 @@ void AddTrackFromIni(CTracks& tracks, std::string_view content) {
     const std::string_view key = Trim(line.substr(0, equals));
     const std::string_view value = Trim(line.substr(equals + 1));
     if (key == "track_name") {
-      const std::string plain = WithoutTrademarks(common::FromWindows1252(WithoutRemark(value)));
+      const std::string plain = WithoutTrademarks(WithoutRemark(value));
       name = common::TrimBlanks(plain);
     } else if (key == "track_length") {
       length = static_cast<float>(engine::LeadingNumber(value));
@@ -91,18 +91,25 @@ void ReadTrackIni(CTracks& tracks, const std::string& path) {
 }
 
 void BuildTrackCatalogue(common::ProcessState& state) {
-  if (state.tracks) return;
+  const bool newer = state.simType >= common::kNascarRacing4 && state.simType <= common::kNascarRacing2003;
+  const auto index = common::SimFolderIndex(newer ? state.simType : std::int16_t{common::kNascarRacing4});
+  BuildTrackCatalogue(state, state.simFolders[*index]);
+}
+
+void BuildTrackCatalogue(common::ProcessState& state, const std::string& simulationFolder) {
+  const std::string simulation(common::TrimBlanks(simulationFolder));
+  if (state.tracks && state.tracksFolder == simulation) return;
   state.tracks = std::make_shared<CTracks>();
-  const std::string simulation = FolderOf(state);
+  state.tracksFolder = simulation;
   if (simulation.empty()) return;
   const std::string folder = common::FindIgnoringCase(simulation, "tracks");
   if (folder.empty()) return;
   std::vector<std::string> tracks;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+  for (std::filesystem::directory_iterator entry(common::SystemPath(folder), error), end; !error && entry != end;
        entry.increment(error)) {
     std::error_code unknown;
-    if (entry->is_directory(unknown)) tracks.push_back(entry->path().string());
+    if (entry->is_directory(unknown)) tracks.push_back(common::PathText(entry->path()));
   }
   std::sort(tracks.begin(), tracks.end());
   for (const std::string& track : tracks) {

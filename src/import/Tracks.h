@@ -23,9 +23,11 @@ class CTracks : public KeyedCollection<CTrackInfo> {
   }
 };
 
-// Fills the state's track catalogue from the `tracks` folder of the league's simulation; does nothing when
-// there is a catalogue already. The folders are taken in the order of their names: of two tracks with one
-// name the first counts. Without a folder the catalogue is empty.
+// Fills the state's track catalogue from the `tracks` folder of a simulation's folder; does nothing when the
+// catalogue is of that folder already. The track folders are taken in the order of their names: of two tracks
+// with one name the first counts. Without a folder the catalogue is empty.
+void BuildTrackCatalogue(common::ProcessState& state, const std::string& simulationFolder);
+// The same for the simulation that the league races.
 void BuildTrackCatalogue(common::ProcessState& state);
 
 // Adds the track that the file at `path`, a track.ini, describes. Nothing is added when the file cannot be
@@ -33,7 +35,7 @@ void BuildTrackCatalogue(common::ProcessState& state);
 void ReadTrackIni(CTracks& tracks, const std::string& path);
 
 // The same for the file's content.
-void AddTrackFromIni(CTracks& tracks, std::string_view content);
+void AddTrackFromIni(CTracks& tracks, std::string_view bytes);
 
 // A track's name without the signs of registered and unregistered trademarks, which pages and track.ini files
 // do not agree on.

@@ -14,6 +14,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -105,10 +108,11 @@ void FillFromProgramsTemplate(const fs::path& folder) {
 
 }  // namespace
 
-std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path) {
+std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path, Mode mode) {
+  const int operation = (mode == Mode::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
   for (;;) {
     Handle handle(path, O_RDONLY);
-    if (!handle.IsOpen() || ::flock(handle.Get(), LOCK_EX | LOCK_NB) != 0) return nullptr;
+    if (!handle.IsOpen() || ::flock(handle.Get(), operation) != 0) return nullptr;
     // Another file may have taken the name between the opening and the lock: then that one is meant.
     struct stat held{};
     struct stat named{};
@@ -120,6 +124,73 @@ std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path) {
 
 FileLock::~FileLock() {
   ::close(handle_);
+}
+
+// The system's list of locks is read rather than the file asked: to close a handle of the file would drop the
+// locks that this process has on it.
+std::string LockHolder(const std::string& path) {
+  struct stat file{};
+  if (::stat(path.c_str(), &file) != 0) return {};
+  std::ifstream locks("/proc/locks");
+  std::string holder;
+  // "1: POSIX  ADVISORY  WRITE 4711 fe:00:123456 1073741824 1073742335"
+  for (std::string line; std::getline(locks, line);) {
+    std::istringstream words(line);
+    std::string number;
+    std::string kind;
+    std::string advice;
+    std::string access;
+    std::string place;
+    long process = 0;
+    if (!(words >> number >> kind >> advice >> access >> process >> place) || process <= 0) continue;
+    const auto colon = place.rfind(':');
+    if (colon == std::string::npos || place.substr(colon + 1) != std::to_string(file.st_ino)) continue;
+    if (process == ::getpid() || (!holder.empty() && access != "WRITE")) continue;
+    std::ifstream named("/proc/" + std::to_string(process) + "/comm");
+    std::string name;
+    if (!std::getline(named, name)) continue;
+    holder = name + " (process " + std::to_string(process) + ")";
+  }
+  return holder;
+}
+
+namespace {
+
+constexpr std::string_view kTemporaryMark = ".scorvane-";
+constexpr std::string_view kTemporaryEnd = ".tmp";
+
+}  // namespace
+
+std::string TemporaryBeside(const std::string& path) {
+  std::error_code error;
+  for (int number = 1;; ++number) {
+    std::string candidate = path;
+    candidate.append(kTemporaryMark).append(std::to_string(::getpid())).append("-");
+    candidate.append(std::to_string(number)).append(kTemporaryEnd);
+    if (!fs::exists(fs::symlink_status(candidate, error))) return candidate;
+  }
+}
+
+void RemoveTemporariesBeside(const std::string& path) {
+  const fs::path target(path);
+  const std::string start = target.filename().string() + std::string(kTemporaryMark);
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  std::vector<fs::path> ours;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (!name.starts_with(start)) continue;
+    const std::string rest = name.substr(start.size());
+    const std::size_t digits = rest.find_first_not_of("0123456789-");
+    if (digits == std::string::npos || digits == 0 || !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
+      continue;
+    // One that is being made belongs to a process that lives.
+    const long process = std::strtol(rest.c_str(), nullptr, 10);
+    if (process > 0 && (process == ::getpid() || ::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM))
+      continue;
+    ours.push_back(entry->path());
+  }
+  for (const fs::path& temporary : ours) fs::remove(temporary, error);
 }
 
 bool FlushFile(const std::string& path) {

@@ -10,12 +10,13 @@
 
 namespace scorvane::platform {
 
-// Keeps other processes of this program from opening a file for as long as it lives. A folder can be held,
-// too.
+// A hold on a file (or a folder) that the processes of this program respect, for as long as it lives. Many may
+// share a file; who holds it exclusively is alone with it.
 class FileLock {
  public:
-  // Null when another holder has the file, or when it cannot be opened.
-  static std::unique_ptr<FileLock> TryLock(const std::string& path);
+  enum class Mode { Shared, Exclusive };
+  // Null when another holder stands against it, or when the file cannot be opened.
+  static std::unique_ptr<FileLock> TryLock(const std::string& path, Mode mode = Mode::Exclusive);
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
   ~FileLock();
@@ -24,6 +25,18 @@ class FileLock {
   explicit FileLock(int handle) : handle_(handle) {}
   int handle_;
 };
+
+// Which other program keeps a file locked at this moment, as a user may know it ("scorvane (process 4711)");
+// empty when none does, or the system does not say.
+std::string LockHolder(const std::string& path);
+
+// A path beside `path` that no file has, for what is to take its place: "NAME.scorvane-1234-1.tmp". Whatever has
+// such a name is the program's own.
+std::string TemporaryBeside(const std::string& path);
+
+// Removes what programs that were stopped left under such names beside `path`, with their journals. What a
+// running program has made stays.
+void RemoveTemporariesBeside(const std::string& path);
 
 // Waits until the file's content is on the disk; false when that fails.
 bool FlushFile(const std::string& path);

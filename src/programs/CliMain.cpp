@@ -36,7 +36,7 @@ constexpr const char* kDescription =
     "  scorvane-cli export season.lgx --report \"Point Standings\" -o standings.htm";
 
 constexpr const char* kCommonOptions =
-    "Every command takes --template FILE, --decimal CHAR and --format table|csv|json.";
+    "Every command takes --template FILE, --decimal CHAR, --format table|csv|json and -q.";
 
 constexpr const char* kFooter =
     "Exit status: 0 done, 1 the operation failed, 2 wrong use.\n"
@@ -93,6 +93,7 @@ class CommandLine {
             "The decimal separator (default: the user's locale)")
         ->type_name("CHAR");
     AddChoice(&app_, "--format", common_.format, kFormats, "How lists are printed: table, csv or json");
+    app_.add_flag("-q,--quiet", common_.quiet, "Do not say what was done");
     common_.decimal = platform::LocaleDecimalSeparator();
     AddLeagueCommands();
     AddEditCommands();
@@ -175,7 +176,8 @@ class CommandLine {
     import
         ->add_option(
             "FILE", import_.files,
-            "Result files that the simulation wrote: standings files (*.stn) or exported pages (*.html)")
+            "Result files that the simulation wrote, standings files (*.stn) or exported pages (*.html), or "
+            "folders with such files")
         ->required();
     AddChoice(
         import, "--qualifying", import_.qualifying, kLapMethods,
@@ -186,6 +188,7 @@ class CommandLine {
             "Where the simulation that exported the pages is installed; its tracks are read from there "
             "(default: the folder that the template knows)")
         ->type_name("DIR");
+    import->add_flag("--again", import_.again, "Import files, too, that the league has already");
     import->add_flag("--no-alerts", import_.noAlerts, "Do not say which page is no race final or was edited");
 
     CLI::App* recalculate =

@@ -9,6 +9,10 @@
 namespace scorvane::reports {
 namespace {
 
+int WholeOrZero(const engine::Value& value) {
+  return value.IsNull() ? 0 : value.ToLong();
+}
+
 std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t reportId) {
   std::vector<ReportColumn> columns;
   auto rows = templateDb.OpenRecordset(
@@ -18,8 +22,8 @@ std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t
   for (; !rows.AtEnd(); rows.MoveNext()) {
     ReportColumn column;
     column.name = rows["Name"].ToText();
-    column.width = rows["ColWidth"].ToLong();
-    column.alignment = rows["ColAlignment"].ToLong();
+    column.width = WholeOrZero(rows["ColWidth"]);
+    column.alignment = WholeOrZero(rows["ColAlignment"]);
     column.format = rows["ColFormat"].ToText();
     column.hidden = !rows["Hidden"].IsNull() && rows["Hidden"].ToBoolean();
     column.field = rows["Field"].ToText();

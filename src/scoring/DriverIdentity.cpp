@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "common/Formats.h"
 #include "common/SqlText.h"
 
 namespace scorvane::scoring {
@@ -18,7 +19,7 @@ bool FirstIsExcluded(const engine::Recordset& rows) {
 }  // namespace
 
 std::int32_t FindOrAddDriver(engine::Database& league, std::string_view name) {
-  const std::string quoted = common::QuoteSQL(name);
+  const std::string quoted = common::QuoteSQL(common::TrimBlanks(name));
   {
     const auto rows = league.OpenRecordset("SELECT DriverID FROM Driver WHERE Name=" + quoted);
     if (!rows.AtEnd()) return rows.At(0).ToLong();

@@ -143,7 +143,6 @@ class Merger {
 }  // namespace
 
 bool MergeOfflineEvent(engine::Database& league, common::ProcessState& state, common::UserInterface& ui) {
-  engine::UnitOfWork unit(league);
   const auto progress = ui.StartProgress("Importing Results", 0);
   progress->SetInfo("Merging...");
   const std::int32_t drivers =
@@ -160,6 +159,7 @@ bool MergeOfflineEvent(engine::Database& league, common::ProcessState& state, co
          "Warning", common::MessageIcon::Exclamation});
     return false;
   }
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::Keep);
   Merger(league, state, *progress, drivers).Run();
   unit.Commit();
   return true;

@@ -129,7 +129,7 @@ class Importer {
 }  // namespace
 
 void ImportStagedRaces(engine::Database& league, common::ProcessState& state, common::UserInterface& ui) {
-  engine::UnitOfWork unit(league);
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::Keep);
   const std::int32_t count =
       league.OpenRecordset("SELECT Count(STNStatsID) As NumRecs FROM STNStats")["NumRecs"].ToLong();
   const auto progress = ui.StartProgress("Importing Results", count);

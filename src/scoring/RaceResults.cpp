@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "common/Formats.h"
 #include "common/SqlText.h"
@@ -147,7 +148,7 @@ std::int32_t AddResult(engine::Database& league, const common::ProcessState& sta
                        const ResultEntry& entry, float length) {
   const char decimal = state.decimalSeparator;
   auto number = [&](ResultEntry::Field field) { return Number(entry, field, decimal); };
-  const std::string& name = entry.fields[ResultEntry::kName];
+  const std::string name(common::TrimBlanks(entry.fields[ResultEntry::kName]));
   // A reason may hold an apostrophe; a speed goes in as the user writes numbers.
   const std::string reason = common::QuoteSQL(entry.reason);
   const std::string qualifying =
@@ -180,24 +181,43 @@ std::int32_t AddResult(engine::Database& league, const common::ProcessState& sta
 void UpdateResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
                   std::int32_t resultId, const ResultEntry& entry, float length) {
   const char decimal = state.decimalSeparator;
-  auto number = [&](ResultEntry::Field field) { return Number(entry, field, decimal); };
-  const std::string& name = entry.fields[ResultEntry::kName];
-  const std::string qualifying =
-      QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal);
-  const std::string averageSpeed =
-      race.staged ? number(ResultEntry::kAvgSpeed) : QuotedAverageSpeed(entry, decimal);
+  const ResultEntry stored = ReadResultEntry(league, state, race, resultId, length);
   engine::UnitOfWork unit(league);
-  const std::string driver = race.staged ? "DriverName=" + common::QuoteSQL(name)
-                                         : fmt::format("DriverID={}", FindOrAddDriver(league, name));
-  league.Execute(
-      fmt::format("UPDATE {} SET {}, Finish={}, Start={}, LapsRun={}, LapsLed={}, Points={}, Bonus={}, "
-                  "AvgSpeed={}, Qualifying={}, "
-                  "{}={}, PrizeMoney={} WHERE {}={}",
-                  ResultTable(race), driver, number(ResultEntry::kFinish), number(ResultEntry::kStart),
-                  number(ResultEntry::kLapsRun), number(ResultEntry::kLapsLed), number(ResultEntry::kPoints),
-                  number(ResultEntry::kBonus), averageSpeed, qualifying, race.staged ? "ReasonOut" : "Status",
-                  common::QuoteSQL(entry.reason), number(ResultEntry::kWinnings),
-                  race.staged ? "STNStatsID" : "StatsID", resultId));
+  std::string assignments;
+  const auto assign = [&](const char* field, const std::string& value) {
+    assignments += fmt::format("{}{}={}", assignments.empty() ? "" : ", ", field, value);
+  };
+  // What nobody has touched stays as it is stored: Null, and with all its digits.
+  const auto touched = [&](ResultEntry::Field field) { return entry.fields[field] != stored.fields[field]; };
+  const std::string name(common::TrimBlanks(entry.fields[ResultEntry::kName]));
+  if (name != stored.fields[ResultEntry::kName]) {
+    if (race.staged) {
+      assign("DriverName", common::QuoteSQL(name));
+    } else {
+      assign("DriverID", std::to_string(FindOrAddDriver(league, name)));
+    }
+  }
+  static constexpr std::pair<ResultEntry::Field, const char*> kWholeNumbers[] = {
+      {ResultEntry::kFinish, "Finish"},   {ResultEntry::kStart, "Start"},
+      {ResultEntry::kLapsRun, "LapsRun"}, {ResultEntry::kLapsLed, "LapsLed"},
+      {ResultEntry::kPoints, "Points"},   {ResultEntry::kBonus, "Bonus"},
+      {ResultEntry::kWinnings, "PrizeMoney"}};
+  for (const auto& [field, column] : kWholeNumbers)
+    if (touched(field)) assign(column, Number(entry, field, decimal));
+  if (touched(ResultEntry::kAvgSpeed)) {
+    assign("AvgSpeed", race.staged ? Number(entry, ResultEntry::kAvgSpeed, decimal)
+                                   : QuotedAverageSpeed(entry, decimal));
+  }
+  if (touched(ResultEntry::kQualifying)) {
+    assign("Qualifying",
+           QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal));
+  }
+  if (entry.reason != stored.reason)
+    assign(race.staged ? "ReasonOut" : "Status", common::QuoteSQL(entry.reason));
+  if (!assignments.empty()) {
+    league.Execute(fmt::format("UPDATE {} SET {} WHERE {}={}", ResultTable(race), assignments,
+                               race.staged ? "STNStatsID" : "StatsID", resultId));
+  }
   unit.Commit();
 }
 

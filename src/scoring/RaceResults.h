@@ -81,10 +81,10 @@ ResultEntry ReadResultEntry(engine::Database& league, const common::ProcessState
                             std::int32_t resultId, float length);
 
 // Stores a new result and yields its key; a driver of a stored race who is new is added. Qualifying is taken
-// as ReadResultEntry gives it. Throws EngineError; then no result is stored, though a driver whom it brought
-// may be.
+// as ReadResultEntry gives it; blanks around a name do not count. Throws EngineError; then nothing is stored.
 std::int32_t AddResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
                        const ResultEntry& entry, float length);
+// Stores what differs from the stored result, and nothing else. Throws EngineError; then nothing is changed.
 void UpdateResult(engine::Database& league, const common::ProcessState& state, RaceKey race,
                   std::int32_t resultId, const ResultEntry& entry, float length);
 // The other results keep their positions: gaps stay until the race is recalculated.

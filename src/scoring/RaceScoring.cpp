@@ -38,11 +38,16 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
       ReplaceAll(condition, "<RACEID>", fmt::format_int(raceId).str());
       const engine::Value& value = rules["Points"];
       const std::string points = value.IsNull() ? "0" : value.ToText();
-      ExecuteFor(league,
-                 fmt::format(
-                     "UPDATE STNStats SET Bonus=Bonus+{0}, Points=Points+{0} WHERE (STNRaceID={1}) AND ({2})",
-                     points, raceId, condition),
-                 staged);
+      try {
+        ExecuteFor(
+            league,
+            fmt::format(
+                "UPDATE STNStats SET Bonus=Bonus+{0}, Points=Points+{0} WHERE (STNRaceID={1}) AND ({2})",
+                points, raceId, condition),
+            staged);
+      } catch (const engine::EngineError& error) {
+        throw error.About(fmt::format("The bonus rule \"{}\"", rules["Name"].ToText()));
+      }
     }
   } else if (state.simType != common::kNascarLegends) {
     ExecuteFor(
@@ -61,7 +66,7 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
 
 void RecalculateRace(engine::Database& templateDb, engine::Database& league, common::ProcessState& state,
                      std::int32_t raceId, bool staged) {
-  engine::UnitOfWork unit(league);
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::Keep);
   int column = 0;
   if (state.simType == common::kNascarLegends && !state.useCustomPointSystem)
     column = PointStep(league, raceId, staged).value_or(0);

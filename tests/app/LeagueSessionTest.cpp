@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "app/SimFolders.h"
 #include "common/ScriptedUserInterface.h"
@@ -98,29 +100,33 @@ TEST_F(NewSimulations, FoldersComeFromTheTemplate) {
   EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2));
 }
 
-// A league may have the name that compaction uses: the program that failed between two steps left it so.
-TEST_F(NewSimulations, ClosingNeverTakesAFileThatIsThere) {
+// What lies under the name that compaction uses stays as long as it may be all that is left of a league; either
+// way closing gives the space back.
+TEST_F(NewSimulations, ClosingCompactsAndTakesNoLeagueThatIsThere) {
   namespace fs = std::filesystem;
   const std::string left = folder_.File("TmpPoints.mdb");
   fs::copy_file(League(0), left);
-  for (const std::string& path : {left, League(1)}) {
-    ASSERT_TRUE(session_.OpenLeagueFile(path));
-    session_.League().Execute("DELETE * FROM PointSystem");
-    session_.League().Execute("DELETE * FROM Settings WHERE SettingsID>200");
-    session_.CloseLeagueFile();
-    EXPECT_TRUE(fs::exists(left));
+  const auto closeSmaller = [&](const std::string& path) {
     EXPECT_TRUE(session_.OpenLeagueFile(path));
+    session_.League().Execute("DELETE * FROM Bonus");
+    session_.League().Execute("DELETE * FROM RankCriteria");
+    const auto size = fs::file_size(path);
     session_.CloseLeagueFile();
-  }
-  // Without it, closing gives the space back.
-  fs::remove(left);
-  ASSERT_TRUE(session_.OpenLeagueFile(League(1)));
-  for (const char* table : {"Bonus", "RankCriteria"})
-    session_.League().Execute(std::string("DELETE * FROM ") + table);
-  const auto size = fs::file_size(League(1));
-  session_.CloseLeagueFile();
-  EXPECT_LT(fs::file_size(League(1)), size);
+    EXPECT_LT(fs::file_size(path), size) << path;
+  };
+  closeSmaller(left);
+  closeSmaller(League(1));
+  EXPECT_TRUE(fs::exists(left)) << "no league of the folder is like it";
+  // A copy of what is there is in nobody's way, and neither is half of one.
+  fs::copy_file(League(0), left, fs::copy_options::overwrite_existing);
+  closeSmaller(League(2));
   EXPECT_FALSE(fs::exists(left));
+  std::ofstream(left) << "half of it";
+  std::ofstream(left + "-journal") << "and what belongs to it";
+  closeSmaller(League(0));
+  EXPECT_FALSE(fs::exists(left) || fs::exists(left + "-journal"));
+  for (const auto& entry : fs::directory_iterator(fs::path(left).parent_path()))
+    EXPECT_EQ(entry.path().string().find(".scorvane-"), std::string::npos) << entry.path();
 }
 
 // The folder of the tests has the reader beside them, as the program has.

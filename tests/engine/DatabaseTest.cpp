@@ -139,12 +139,12 @@ TEST(Recordset, DynasetEditsAFixedSetOfRows) {
             kNotUpdatable);
 }
 
-TEST(UnitOfWork, KeepsWhatWasDoneBeforeAnError) {
+TEST(UnitOfWork, KeepsWhatWasDoneBeforeAnErrorWhenToldTo) {
   TestDatabase test;
   try {
-    UnitOfWork unit(test.Db());
+    UnitOfWork unit(test.Db(), UnitOfWork::OnError::Keep);
     test.Db().Execute("UPDATE Driver SET Handicap=7");
-    UnitOfWork inner(test.Db());
+    UnitOfWork inner(test.Db(), UnitOfWork::OnError::Keep);
     test.Db().Execute("INSERT INTO Driver (DriverID, Name) VALUES (1, 'twice')");
   } catch (const EngineError&) {
   }

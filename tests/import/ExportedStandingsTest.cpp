@@ -218,12 +218,24 @@ TEST_F(ExportedStandings, AFaultBeforeTheRaceIsStoredLeavesNothing) {
   }
 }
 
-// What was stored before an error stays: the race and the results above the one that the table does not take.
-TEST_F(ExportedStandings, AFaultInAResultLeavesTheRaceStaged) {
+// It would be imported with the others.
+TEST_F(ExportedStandings, AFaultLeavesNothingStaged) {
+  ASSERT_EQ(Read(page_), 1);
+  const std::string results = Count("STNStats");
   page_.race[2][3] = std::string(51, 'n');
   EXPECT_THROW(Read(page_), FileFault);
   EXPECT_EQ(Count("STNRace"), "1");
-  EXPECT_EQ(test::Rows(*league_, "SELECT DriverName FROM STNStats"), Strings{"Winner"});
+  page_.race[2][3] = "Somebody";
+  state_.useCustomBonusSystem = true;
+  league_->Execute("UPDATE Bonus SET Query='no condition', Name='The odd one' WHERE BonusID=1");
+  try {
+    Read(page_);
+    ADD_FAILURE() << "the rule was taken";
+  } catch (const engine::EngineError& error) {
+    EXPECT_THAT(error.Description(), HasSubstr("The bonus rule \"The odd one\": "));
+  }
+  EXPECT_EQ(Count("STNRace"), "1");
+  EXPECT_EQ(Count("STNStats"), results);
 }
 
 TEST_F(ExportedStandings, TakesTextsAsTheyAre) {

@@ -103,7 +103,10 @@ TEST_F(Catalogue, HoldsTheTracksOfTheLeaguesSimulation) {
 
   state_.simType = common::kNascarRacing2003;
   BuildTrackCatalogue(state_);
-  EXPECT_EQ(Contents(*state_.tracks), Strings{"FOUR|4"}) << "once a run";
+  EXPECT_EQ(Contents(*state_.tracks), Strings{"SAME|1"}) << "another league's simulation has other tracks";
+  state_.simFolders[4] = folder_.File("2002");
+  BuildTrackCatalogue(state_);
+  EXPECT_EQ(Contents(*state_.tracks), Strings{"TWO|2"}) << "a folder that is named anew counts at once";
 }
 
 TEST_F(Catalogue, IsEmptyWithoutTracks) {

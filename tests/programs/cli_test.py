@@ -189,7 +189,8 @@ class CliTest(unittest.TestCase):
         edited = self.write("edited.html", page.replace(b"<BODY", b"<BODY onload=''").replace(b"</BODY>", b"<P></BODY>"))
         self.assertIn("evidence of editing",
                       cli("import", self.league, "--sim-folder", SIMULATION, edited).stderr)
-        self.assertEqual(cli("import", self.league, "--sim-folder", SIMULATION, "--no-alerts", edited).stderr, "")
+        self.refused("import", self.league, "--sim-folder", SIMULATION, "--no-alerts", edited, says="race 1")
+        self.assertEqual(cli("import", self.league, "--sim-folder", SIMULATION, "--no-alerts", "--again", edited).stderr, "")
         self.assertEqual(self.counts()[:2], (2, 26))
 
     def test_the_template_knows_the_simulations_folder(self):
@@ -210,12 +211,15 @@ class CliTest(unittest.TestCase):
             first = {result["Driver"]: result["Finish"] for result in rows("results", self.league, 1)}
             self.assertEqual(set(first), {"Ann Early", "Ben Middle", "Cy Late"})
             self.assertEqual(first["Cy Late"], 3)
-            self.refused("import", self.league, *options, files[0], files[0], says="no unique drivers")
-            self.assertEqual(self.counts()[:3] + self.counts()[4:], (1, 3, 3, 0))
+            before = self.counts()
+            self.refused("import", self.league, *options, files[0], files[0], says="twice")
+            self.refused("import", self.league, *options, files[1], says="these results already")
+            self.refused("import", self.league, *options, "--again", files[0], files[0], says="no unique drivers")
+            self.assertEqual(self.counts(), before)
             # A ranking that cannot be done changes nothing.
             self.sql("INSERT INTO RankCriteria (Priority, Query, N4) VALUES (99, 'Nonsense(', True)")
-            self.refused("import", self.league, *options, *files, says="syntax error")
-            self.assertEqual(self.counts()[:3] + self.counts()[4:], (1, 3, 3, 0))
+            self.refused("import", self.league, *options, "--again", *files, says="syntax error")
+            self.assertEqual(self.counts(), before)
             self.sql("DELETE * FROM RankCriteria WHERE Priority=99")
             # The laps led decide now.
             listed = rows("criteria", self.league, "--order", "4")
@@ -420,12 +424,18 @@ class CliTest(unittest.TestCase):
         self.refused("result", self.league, "remove", 1, "New O'Driver", says="--yes")
         cli("result", self.league, "remove", 1, "New O'Driver", "--yes")
         self.assertEqual(len(rows("results", self.league, 1)), 43)
-        self.assertIn("2 races come from a file named 01-daytona.stn",
-                      cli("import", self.league, SEASON[0], SEASON[1]).stdout)
-        self.refused("race", self.league, "remove", 2, says="--yes")
-        self.refused("race", self.league, "remove", 2, 9, "--yes", says="no race 9")
+        before = self.counts()
+        self.refused("import", self.league, SEASON[1], SEASON[0], says="01-daytona.stn: the league has a race from a file of")
+        shutil.copy(SEASON[2], self.path("renamed.stn"))
+        cli("import", self.league, SEASON[2], "-q")
+        self.refused("import", self.league, self.path("renamed.stn"), says="these results already: race 2")
         cli("race", self.league, "remove", 2, "--yes")
-        self.assertEqual([row["RaceID"] for row in rows("races", self.league)], [1, 3])
+        self.assertEqual(self.counts()[:2], before[:2])
+        cli("import", self.league, SEASON[0], SEASON[1], "--again")
+        self.refused("race", self.league, "remove", 3, says="--yes")
+        self.refused("race", self.league, "remove", 3, 9, "--yes", says="no race 9")
+        cli("race", self.league, "remove", 3, "--yes")
+        self.assertEqual([row["RaceID"] for row in rows("races", self.league)], [1, 4])
 
     # ---- wrong use and bad input
 
@@ -464,10 +474,15 @@ class CliTest(unittest.TestCase):
             with self.subTest(name):
                 message = self.refused("import", self.league, SEASON[2], file, says=says)
                 self.assertIn(name, message)
-        self.refused("import", self.league, self.folder, says="folder")
+        os.mkdir(self.path("inside"))
+        self.refused("import", self.league, self.path("inside"), says="no result files")
         self.refused("import", self.league, self.path("missing.stn"), says="missing.stn")
-        # Only the staging tables may differ from before, and those are empty.
-        self.assertEqual(self.counts(), (*before[:3], 0, 0))
+        self.assertEqual(self.counts(), before)
+        times = good.replace(lines[first], lines[first][:56] + "1:23.456" + lines[first][64:])
+        message = self.refused("import", self.league, *[self.write(f"t{i}.stn", times) for i in range(30)],
+                               says="--qualifying time reads")
+        self.assertEqual((message.count("is not a number"), message.count("--qualifying time")), (20, 1))
+        self.assertIn("10 more messages", message)
         # The column is 27 characters wide: a longer name is cut by the file, not refused.
         long_name = good.replace(lines[first], lines[first][:13] + "N" * 60)
         self.refused("import", self.league, self.write("long.stn", long_name), says="line")
@@ -492,7 +507,7 @@ class CliTest(unittest.TestCase):
         holder = subprocess.Popen(["flock", "-x", self.league, "sleep", "60"])
         try:
             time.sleep(0.3)
-            self.refused("import", self.league, SEASON[0], says="already in use")
+            self.refused("import", self.league, SEASON[0], says=f"already in use by flock (process {holder.pid})")
             self.refused("create", self.league, "--sim", "1", "--replace", says="already in use")
         finally:
             holder.kill()
@@ -510,12 +525,13 @@ class CliTest(unittest.TestCase):
             self.create()
             cli("import", self.league, SEASON[0])
             before = self.counts()
-            self.refused("import", self.league, *SEASON, says="not enough space")
+            self.refused("import", self.league, "--again", *SEASON, says="not enough space")
             self.assertEqual(self.counts()[:3], before[:3])
             self.refused("export", self.league, "--report", "Wins", "-o", "/dev/full", says="could not be written")
             subprocess.run(["mount", "-o", "remount,ro", disk], check=True)
             self.refused("import", self.league, SEASON[1], says="cannot open the file")
-            self.refused("export", self.league, "--race", 1, "-o", os.path.join(disk, "x.htm"), says="cannot open")
+            self.refused("export", self.league, "--race", 1, "-o", os.path.join(disk, "x.htm"), says="may not be written")
+            self.assertEqual(len(rows("races", self.league)), 1)
         finally:
             subprocess.run(["umount", disk], check=True)
 
@@ -525,7 +541,7 @@ class CliTest(unittest.TestCase):
         base = self.path("base.lgx")
         shutil.copy(self.league, base)
         started = time.monotonic()
-        cli("import", self.league, *SEASON)
+        cli("import", self.league, "--again", *SEASON)
         whole = time.monotonic() - started
         dice = random.Random(1998)
         outcomes = set()
@@ -534,7 +550,7 @@ class CliTest(unittest.TestCase):
                 if name.startswith("league"):
                     os.remove(self.path(name))
             shutil.copy(base, self.league)
-            process = subprocess.Popen([PROGRAM, "import", self.league, *SEASON], stdout=subprocess.DEVNULL,
+            process = subprocess.Popen([PROGRAM, "import", self.league, "--again", *SEASON], stdout=subprocess.DEVNULL,
                                        stderr=subprocess.DEVNULL)
             time.sleep(dice.uniform(0, whole * 1.1))
             process.send_signal(signal.SIGKILL)

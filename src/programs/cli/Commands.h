@@ -23,6 +23,7 @@ struct CommonOptions {
   std::string templatePath;  // empty: Kirrelon.dat of the application folder
   char decimal = '.';
   OutputFormat format = OutputFormat::Table;
+  bool quiet = false;  // what a command did is not said
 };
 
 struct CreateOptions {
@@ -41,6 +42,7 @@ struct ImportOptions {
   std::optional<int> qualifying;  // 0 speed, 1 time; the league's own way of reporting laps when not given
   std::string simFolder;          // the simulation's folder; empty: the one that the template knows
   bool noAlerts = false;
+  bool again = false;  // also what the league has already
 };
 void Import(const CommonOptions& common, const ImportOptions& options);
 

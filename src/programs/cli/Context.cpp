@@ -8,7 +8,7 @@
 
 namespace scorvane::cli {
 
-Context::Context(const CommonOptions& options, Access access) {
+Context::Context(const CommonOptions& options, Access access) : quiet_(options.quiet) {
   engine.DefaultWorkspace().SetDecimalSeparator(options.decimal);
   state.decimalSeparator = options.decimal;
   const std::string path = options.templatePath.empty()
@@ -24,8 +24,9 @@ Context::Context(const CommonOptions& options, Access access) {
   template_ = engine.DefaultWorkspace().OpenDatabase(path, open);
 }
 
-Context::Context(const CommonOptions& options, const std::string& leaguePath) : Context(options) {
-  OpenLeague(leaguePath, app::LeagueSession::Use::WithoutImport);
+Context::Context(const CommonOptions& options, const std::string& leaguePath, app::LeagueSession::Use use)
+    : Context(options) {
+  OpenLeague(leaguePath, use);
 }
 
 Context::Context(const CommonOptions& options, const std::string& leaguePath, const std::string& simFolder)
@@ -38,6 +39,10 @@ Context::Context(const CommonOptions& options, const std::string& leaguePath, co
     state.simFolders.fill(simFolder);
   }
   OpenLeague(leaguePath, app::LeagueSession::Use::Everything);
+}
+
+void Context::Say(const std::string& line) const {
+  if (!quiet_) fmt::print("{}\n", line);
 }
 
 void Context::OpenLeague(const std::string& path, app::LeagueSession::Use use) {

@@ -2,6 +2,8 @@
 // again.
 #pragma once
 
+#include <fmt/format.h>
+
 #include <memory>
 #include <string>
 
@@ -19,8 +21,9 @@ class Context {
   enum class Access { ReadTemplate, WriteTemplate };
   // Opens the template. Throws EngineError or CommandError.
   explicit Context(const CommonOptions& options, Access access = Access::ReadTemplate);
-  // Opens the template and a league, to look at it or to change what is in it.
-  Context(const CommonOptions& options, const std::string& leaguePath);
+  // Opens the template and a league, to change what is in it or, where nothing can be written, to look at it.
+  Context(const CommonOptions& options, const std::string& leaguePath,
+          app::LeagueSession::Use use = app::LeagueSession::Use::WithoutImport);
   // The same to import into it; `simFolder` stands in for the folders that the template knows unless it is
   // empty.
   Context(const CommonOptions& options, const std::string& leaguePath, const std::string& simFolder);
@@ -29,16 +32,26 @@ class Context {
   CliUserInterface ui;
   common::ProcessState state;
 
+  // Says what the command did, in a line, unless it is to be quiet.
+  void Say(const std::string& line) const;
+
   engine::Database& Template() { return *template_; }
   app::LeagueSession& Session() { return *session_; }
   engine::Database& League() { return session_->League(); }
 
  private:
+  bool quiet_;
   void OpenLeague(const std::string& path, app::LeagueSession::Use use);
 
   std::unique_ptr<engine::Database> template_;
   std::unique_ptr<app::LeagueSession> session_;
 };
+
+// "1 race", "3 races".
+template <typename Number>
+std::string Plural(Number number, const char* noun) {
+  return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
+}
 
 // The name and length of a race; throws CommandError when the league has no such race.
 struct RaceFacts {

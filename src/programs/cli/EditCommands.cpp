@@ -250,8 +250,6 @@ void TakeFields(const ResultOptions& options, char decimal, scoring::ResultEntry
     entry.fields[i] = *typed;
   }
   if (options.reason) entry.reason = *options.reason;
-  for (std::size_t i = 0; i < entry.fields.size(); ++i)
-    entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
   if (!scoring::IsComplete(entry)) throw CommandError("A result needs a driver, --finish and --start.");
 }
 
@@ -278,6 +276,8 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
   if (options.action == "add") {
     scoring::ResultEntry entry;
     entry.fields[scoring::ResultEntry::kName] = options.drivers[0];
+    for (std::size_t i = 0; i < entry.fields.size(); ++i)
+      entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
     TakeFields(options, common.decimal, entry);
     scoring::AddResult(league, context.state, race, entry, length);
     SayResultsOf(league, options.raceId, entry);

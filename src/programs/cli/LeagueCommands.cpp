@@ -3,18 +3,16 @@
 
 #include <algorithm>
 
+#include "app/ImportFiles.h"
 #include "app/NewLeague.h"
 #include "common/Formats.h"
+#include "common/HeldMessages.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
-#include "common/SqlText.h"
 #include "import/ExportedStandings.h"
-#include "import/ResultFile.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "scoring/OfflineMerge.h"
-#include "scoring/OnlineImport.h"
-#include "scoring/PointSystem.h"
 #include "scoring/RaceScoring.h"
 
 namespace scorvane::cli {
@@ -45,6 +43,19 @@ void CheckSetting(int id, const std::string& value) {
   }
 }
 
+bool MentionsLapTimes(const std::vector<std::string>& texts) {
+  return std::any_of(texts.begin(), texts.end(), [](const std::string& text) {
+    return text.find("the qualifying speed is not a number") != std::string::npos &&
+           text.find(':', text.find('"')) != std::string::npos;
+  });
+}
+
+// Shows what was held back, and ends the command: what it did is taken back.
+[[noreturn]] void Refuse(common::HeldMessages& held, const std::string& reason) {
+  held.Release();
+  throw CommandError(reason);
+}
+
 }  // namespace
 
 void Create(const CommonOptions& common, const CreateOptions& options) {
@@ -64,58 +75,42 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   Context context(common, options.path, options.simFolder);
   engine::Database& league = context.League();
 
+  const std::vector<std::string> paths = app::ExpandFolders(options.files, context.state.simType);
+  if (paths.empty()) throw CommandError("There are no result files of the league's simulation in this folder.");
+
   // One transaction for the command: a power cut or an error leaves all of it or nothing.
-  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::TakeBack);
-  league.Execute("DELETE * FROM STNRace");
-  scoring::LoadPointSystem(context.Template(), league, context.state);
+  engine::UnitOfWork unit(league);
+  app::PrepareImport(league, context.Template(), context.state);
   import::ResultFileOptions reading;
   reading.qualifying = options.qualifying.value_or(context.state.lapReportingMethod);
   reading.showAlerts = !options.noAlerts && import::ShowsImportAlerts(context.Template());
-  std::size_t failed = 0;
-  {
-    const auto progress = context.ui.StartProgress("Reading files", static_cast<int>(options.files.size()));
-    int done = 0;
-    for (const std::string& file : options.files) {
-      progress->SetInfo("Reading: \"" + file + "\"");
-      if (import::ReadResultFile(league, context.state, context.ui, file, reading) < 1) ++failed;
-      progress->SetValue(++done);
-    }
+  common::HeldMessages held(context.ui);
+  const app::StagedFiles staged = app::StageFiles(league, context.state, held, paths, reading);
+  if (staged.failed > 0) {
+    if (!options.qualifying && reading.qualifying == common::kLapSpeed && MentionsLapTimes(staged.texts))
+      held.ShowMessage({"--qualifying time reads qualifying lap times."});
+    Refuse(held, fmt::format("{} of {} file{} could not be read; nothing was imported.", staged.failed,
+                             paths.size(), paths.size() == 1 ? "" : "s"));
   }
-  const auto nothing = [&](const std::string& reason) {
-    league.Execute("DELETE * FROM STNRace");
-    unit.Commit();
-    throw CommandError(reason + "nothing was imported.");
-  };
-  if (failed > 0) {
-    nothing(fmt::format("{} of {} file{} could not be read; ", failed, options.files.size(),
-                        options.files.size() == 1 ? "" : "s"));
+  if (!options.again) {
+    const std::vector<app::Duplicate> duplicates = app::FindDuplicates(league, context.state, staged.files);
+    for (const app::Duplicate& duplicate : duplicates)
+      held.ShowMessage({fmt::format("{}: {}.", duplicate.file.path, duplicate.reason)});
+    if (!duplicates.empty())
+      Refuse(held, "Nothing was imported. --again imports such files all the same.");
   }
-  const auto count = [&league] {
-    return league.OpenRecordset("SELECT Count(RaceID) AS Races FROM Race").At(0).ToLong();
-  };
-  if (context.state.leagueType == common::kOffline) {
-    if (!scoring::MergeOfflineEvent(league, context.state, context.ui)) nothing("There is nobody to rank; ");
-    const std::int32_t race = common::GetMaxID(league, "Race", "RaceID");
-    const auto drivers =
-        league.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}", race));
-    const std::int32_t ranked = drivers.At(0).ToLong();
-    unit.Commit();
-    fmt::print("Merged {} file{} into a race of {} driver{}; the league has {}.\n", options.files.size(),
-               options.files.size() == 1 ? "" : "s", ranked, ranked == 1 ? "" : "s", count());
-    return;
-  }
-  const std::int32_t before = count();
-  const std::int32_t last = common::GetMaxID(league, "Race", "RaceID");
-  scoring::ImportStagedRaces(league, context.state, context.ui);
-  const std::int32_t after = count();
+  const app::ImportOutcome outcome = app::ImportStaged(league, context.state, held);
+  if (!outcome.done) Refuse(held, "There is nobody to rank; nothing was imported.");
   unit.Commit();
-  const std::int32_t added = after - before;
-  fmt::print("Imported {} race{}; the league has {}.\n", added, added == 1 ? "" : "s", after);
-  for (auto rows = league.OpenRecordset(fmt::format(
-           "SELECT FileName, Count(*) AS N FROM Race GROUP BY FileName HAVING Count(*)>1 AND Max(RaceID)>{}",
-           last));
-       !rows.AtEnd(); rows.MoveNext())
-    fmt::print("{} races come from a file named {} now.\n", rows.At(1).ToLong(), rows.At(0).ToText());
+  held.Release();
+  if (context.state.leagueType == common::kOffline) {
+    context.Say(fmt::format("Merged {} into a race of {}; the league has {}.", Plural(paths.size(), "file"),
+                            Plural(outcome.drivers, "driver"), outcome.leagueRaces));
+  } else {
+    context.Say(
+        fmt::format("Imported {}; the league has {}.", Plural(outcome.races, "race"), outcome.leagueRaces));
+  }
+  for (const std::string& note : outcome.notes) context.Say(note);
 }
 
 void Criteria(const CommonOptions& common, const std::string& path, const std::vector<std::int32_t>& order) {
@@ -178,6 +173,7 @@ void Settings(const CommonOptions& common, const std::string& path, std::optiona
   Context context(common, path);
   engine::Database& league = context.League();
   if (id && value) {
+    if (!common::IsLeagueSetting(*id)) throw CommandError(fmt::format("There is no league setting {}.", *id));
     CheckSetting(*id, *value);
     if (*id == common::kLeagueTypeSetting) throw CommandError("The type of a league cannot be changed.");
     if (!common::SaveSettingValue(league, *id, *value))

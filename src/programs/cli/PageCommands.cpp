@@ -119,7 +119,7 @@ int CountOldPages(const std::string& folder, const std::vector<Link>& links) {
 }  // namespace
 
 void Export(const CommonOptions& common, const ExportOptions& options) {
-  Context context(common, options.path);
+  Context context(common, options.path, app::LeagueSession::Use::Looking);
   engine::Database& league = context.League();
   reports::PageSubject subject;
   reports::PageTexts texts;
@@ -146,7 +146,7 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
 }
 
 void ExportAll(const CommonOptions& common, const std::string& path, const std::string& folder) {
-  Context context(common, path);
+  Context context(common, path, app::LeagueSession::Use::Looking);
   engine::Database& league = context.League();
   std::error_code error;
   std::filesystem::create_directories(folder, error);

@@ -54,12 +54,12 @@ reports::ReportInfo NeedReport(engine::Database& templateDb, const std::string& 
 }
 
 void Races(const CommonOptions& common, const std::string& path) {
-  Context context(common, path);
+  Context context(common, path, app::LeagueSession::Use::Looking);
   PrintQuery(common, context.League(), "SELECT * FROM Race ORDER BY RaceID");
 }
 
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId) {
-  Context context(common, path);
+  Context context(common, path, app::LeagueSession::Use::Looking);
   NeedRace(context.League(), raceId);
   PrintQuery(
       common, context.League(),
@@ -72,7 +72,7 @@ void Results(const CommonOptions& common, const std::string& path, std::int32_t 
 }
 
 void Drivers(const CommonOptions& common, const std::string& path) {
-  Context context(common, path);
+  Context context(common, path, app::LeagueSession::Use::Looking);
   PrintQuery(common, context.League(), "SELECT * FROM Driver ORDER BY Name");
 }
 
@@ -82,7 +82,7 @@ void Reports(const CommonOptions& common) {
 }
 
 void Standings(const CommonOptions& common, const std::string& path, const std::string& name) {
-  Context context(common, path);
+  Context context(common, path, app::LeagueSession::Use::Looking);
   const reports::ReportInfo info = NeedReport(context.Template(), name);
   const reports::DroppedMarks marks = reports::MarkDroppedRaces(context.League(), context.state.droppedRaces);
   const auto report = reports::RunReport(context.League(), context.Template(), info.id);
@@ -114,7 +114,6 @@ void Sql(const CommonOptions& common, const std::string& path, const std::string
   const bool select = engine::Database::IsSelect(statement);
   engine::OpenOptions options;
   options.readOnly = select;
-  options.exclusive = !select;
   const auto database = engine.DefaultWorkspace().OpenDatabase(path, options);
   if (select) {
     PrintQuery(common, *database, statement);
