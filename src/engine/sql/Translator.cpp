@@ -282,8 +282,13 @@ class Translator {
   }
   static std::string AsText(Piece piece) {
     if (piece.type == SqlType::Text) return std::move(piece.sql);
-    if (piece.type == SqlType::Single) return "sv_single_text(" + piece.sql + ")";
-    return "sv_cstr(" + AsValue(std::move(piece)) + ")";
+    return "sv_cstr(" + AsArgument(std::move(piece)) + ")";
+  }
+  // A value for a function of ours, with the type that the store does not know.
+  static std::string AsArgument(Piece piece) {
+    if (piece.type == SqlType::Date) return "sv_as_date(" + piece.sql + ")";
+    if (piece.type == SqlType::Single) return "sv_as_single(" + piece.sql + ")";
+    return AsValue(std::move(piece));
   }
   // A value that sorts and compares as it should.
   static std::string Collated(Piece piece) {
@@ -470,17 +475,9 @@ class Translator {
                         e.position);
     if (info->aggregate) return AggregateCall(e, *info, scope);
     if (info->native) return NativeCall(e, scope);
-    std::string name = "sv_";
-    for (const char* c = info->name; *c != 0; ++c) name += LowerAscii(*c);
     std::string args;
-    for (std::size_t i = 0; i < e.args.size(); ++i) {
-      Piece arg = Translate(*e.args[i], scope);
-      if (i > 0) args += ", ";
-      const bool single = arg.type == SqlType::Single &&
-                          (SameName(e.name, "CStr") || SameName(e.name, "Str") || SameName(e.name, "Format"));
-      args += i == 0 && (info->textArgs || single) ? AsText(std::move(arg)) : AsValue(std::move(arg));
-    }
-    return {fmt::format("{}({})", name, args), TypeOfValue(info->result), false, false};
+    for (const ExprPtr& arg : e.args) args += (args.empty() ? "" : ", ") + AsArgument(Translate(*arg, scope));
+    return {fmt::format("{}({})", info->StoreName(), args), TypeOfValue(info->result), false, false};
   }
 
   Piece AggregateCall(const Expr& e, const FunctionInfo& info, Scope& scope) {
@@ -493,13 +490,11 @@ class Translator {
     const bool picks = info.result == Value::Type::Null;  // Min, Max, First, Last: one of the values
     const SqlType type =
         picks ? (arg.type == SqlType::Boolean ? SqlType::Long : arg.type) : TypeOfValue(info.result);
-    std::string name = info.native ? "" : "sv_";
-    for (const char* c = info.name; *c != 0; ++c) name += LowerAscii(*c);
     const bool sums = SameName(info.name, "Sum") || SameName(info.name, "Avg");
     const std::string sql = sums    ? AsNumber(std::move(arg))
                             : picks ? Collated(std::move(arg))
                                     : AsValue(std::move(arg));
-    return {fmt::format("{}({})", name, sql), type, false, false};
+    return {fmt::format("{}({})", info.StoreName(), sql), type, false, false};
   }
 
   Piece NativeCall(const Expr& e, Scope& scope) {
@@ -848,9 +843,8 @@ class Translator {
     if (e.kind == Expr::Kind::Boolean && field.Type == FieldType::Boolean)
       return e.value.ToBoolean() ? "-1" : "0";
     Piece piece = Translate(e, scope);
-    const bool single = piece.type == SqlType::Single && TypeOfField(field.Type) == SqlType::Text;
-    const std::string sql = single ? AsText(std::move(piece)) : AsValue(std::move(piece));
-    return fmt::format("sv_store({}, {})", sql, catalog_.AddTarget(std::move(target)));
+    return fmt::format("sv_store({}, {})", AsArgument(std::move(piece)),
+                       catalog_.AddTarget(std::move(target)));
   }
 
   void Insert(const Statement& statement) {
@@ -897,7 +891,8 @@ class Translator {
       columns += StoreName(field->Name);
       if (i > 0) values += ", ";
       if (statement.query) {
-        values += fmt::format("sv_store(sv_from.{}, {})", StoreName(outputs[i].column.name),
+        Piece piece{"sv_from." + StoreName(outputs[i].column.name), outputs[i].column.type, false, false};
+        values += fmt::format("sv_store({}, {})", AsArgument(std::move(piece)),
                               catalog_.AddTarget(TargetFor(table, *field)));
       } else {
         values += Stored(*statement.values[i], table, *field, scope);
