@@ -336,6 +336,7 @@ class Translator {
         Piece value = Translate(*e.args[0], scope);
         std::string list;
         for (std::size_t i = 1; i < e.args.size(); ++i) {
+          if (e.args[i]->kind == Expr::Kind::Null) continue;  // nothing is equal to it
           Piece item = Translate(*e.args[i], scope);
           CheckComparable(value, item, e);
           if (!list.empty()) list += ", ";
@@ -402,7 +403,8 @@ class Translator {
     const std::string& op = e.op;
     Piece left = Translate(*e.args[0], scope);
     Piece right = Translate(*e.args[1], scope);
-    if (op == "And" || op == "Or" || op == "Xor") return Logical(op, std::move(left), std::move(right));
+    if (op == "And" || op == "Or" || op == "Xor" || op == "Eqv" || op == "Imp")
+      return Logical(op, std::move(left), std::move(right));
     if (op == "=" || op == "<>" || op == "<" || op == ">" || op == "<=" || op == ">=") {
       CheckComparable(left, right, e);
       // The left side's collation decides, unless only the right side brings one.
@@ -449,11 +451,16 @@ class Translator {
       const std::string a = "CAST(" + AsValue(std::move(left)) + " AS INTEGER)";
       const std::string b = "CAST(" + AsValue(std::move(right)) + " AS INTEGER)";
       if (op == "Xor") return {fmt::format("(({0} | {1}) - ({0} & {1}))", a, b), SqlType::Long, false, false};
+      if (op == "Eqv")
+        return {fmt::format("(~(({0} | {1}) - ({0} & {1})))", a, b), SqlType::Long, false, false};
+      if (op == "Imp") return {fmt::format("(~{} | {})", a, b), SqlType::Long, false, false};
       return {fmt::format("({} {} {})", a, op == "And" ? "&" : "|", b), SqlType::Long, false, false};
     }
     const std::string a = Condition(std::move(left));
     const std::string b = Condition(std::move(right));
     if (op == "Xor") return {fmt::format("((NOT {}) <> (NOT {}))", a, b), SqlType::Boolean, true, false};
+    if (op == "Eqv") return {fmt::format("((NOT {}) = (NOT {}))", a, b), SqlType::Boolean, true, false};
+    if (op == "Imp") return {fmt::format("((NOT {}) OR {})", a, b), SqlType::Boolean, true, false};
     return {fmt::format("({} {} {})", a, op == "And" ? "AND" : "OR", b), SqlType::Boolean, true, false};
   }
 
@@ -510,8 +517,9 @@ class Translator {
     if (SameName(e.name, "Nz")) {
       Piece value = Translate(*e.args[0], scope);
       if (e.args.size() == 1) {
-        const bool text = value.type == SqlType::Text;
-        return {fmt::format("coalesce({}, {})", AsValue(value), text ? "''" : "0"), value.type, false, false};
+        const bool text = value.type == SqlType::Text || value.type == SqlType::Null;
+        return {fmt::format("coalesce({}, {})", AsValue(value), text ? "''" : "0"),
+                text ? SqlType::Text : value.type, false, false};
       }
       Piece instead = Translate(*e.args[1], scope);
       const SqlType type = Common(value.type, instead.type);
