@@ -38,6 +38,7 @@ std::int32_t WholeFor(const Value& value, const StoreTarget& target, char decima
 Value TextFor(const Value& value, const StoreTarget& target, char decimal) {
   Value text = value.IsText()                            ? value
                : value.GetType() == Value::Type::Boolean ? Value(value.ToBoolean() ? "-1" : "0")
+               : value.GetType() == Value::Type::Date    ? Value(GeneralDate(value.ToDouble()))
                                                          : Value(value.ToText(decimal));
   const std::string& content = text.Text();
   if (content.empty() && !target.field.AllowZeroLength)
