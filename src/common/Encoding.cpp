@@ -4,14 +4,10 @@
 #include <array>
 #include <cstdint>
 
+#include "engine/Windows1252.h"
+
 namespace scorvane::common {
 namespace {
-
-// What the bytes 80 to 9F stand for; all others are the character of their own number.
-constexpr std::array<char16_t, 32> kUpperControls = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 constexpr char32_t kInvalid = 0xFFFFFFFF;
 
@@ -61,7 +57,7 @@ std::string FromWindows1252(std::string_view bytes) {
   text.reserve(bytes.size() + bytes.size() / 8);
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
-    AppendUtf8(text, byte >= 0x80 && byte < 0xA0 ? kUpperControls[byte - 0x80U] : char16_t{byte});
+    AppendUtf8(text, byte >= 0x80 && byte < 0xA0 ? engine::kWindows1252UpperControls[byte - 0x80U] : char16_t{byte});
   }
   return text;
 }
@@ -87,8 +83,8 @@ std::string ToWindows1252(std::string_view utf8) {
       bytes += static_cast<char>(character);
       continue;
     }
-    const auto* const found = std::find(kUpperControls.begin(), kUpperControls.end(), character);
-    bytes += found == kUpperControls.end() ? '?' : static_cast<char>(0x80 + (found - kUpperControls.begin()));
+    const auto* const found = std::find(engine::kWindows1252UpperControls.begin(), engine::kWindows1252UpperControls.end(), character);
+    bytes += found == engine::kWindows1252UpperControls.end() ? '?' : static_cast<char>(0x80 + (found - engine::kWindows1252UpperControls.begin()));
   }
   return bytes;
 }

@@ -2,7 +2,6 @@
 
 #include <sqlite3.h>
 #include <unicode/ucol.h>
-#include <unicode/unistr.h>
 
 #include <algorithm>
 #include <array>
@@ -102,16 +101,6 @@ int CompareForStore(void*, int aSize, const void* a, int bSize, const void* b) {
 
 int CompareTexts(std::string_view a, std::string_view b) {
   return TheCollator().Compare(a, b);
-}
-
-std::u32string FoldCase(std::string_view text) {
-  icu::UnicodeString unicode =
-      icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-  unicode.foldCase();
-  std::u32string folded(static_cast<std::size_t>(unicode.countChar32()), U' ');
-  UErrorCode status = U_ZERO_ERROR;
-  unicode.toUTF32(reinterpret_cast<UChar32*>(folded.data()), static_cast<int32_t>(folded.size()), status);
-  return folded;
 }
 
 std::string CollationVersion() {

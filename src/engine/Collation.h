@@ -14,9 +14,6 @@ inline constexpr const char* kCollationName = "GENERAL";
 // Below 0, 0 or above 0.
 int CompareTexts(std::string_view a, std::string_view b);
 
-// A text with its letters' case folded, for matching patterns.
-std::u32string FoldCase(std::string_view text);
-
 // Changes when the order of texts may have changed, so that indexes must be made anew.
 std::string CollationVersion();
 

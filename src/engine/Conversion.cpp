@@ -13,9 +13,12 @@ namespace scorvane::engine {
 namespace {
 
 double NumberFor(const Value& value, const StoreTarget& target, char decimal) {
-  if (!value.IsText()) return value.ToDouble();
   double number = 0;
-  if (ParseNumber(value.Text(), decimal, number)) return number;
+  if (!value.IsText() || ParseNumber(value.Text(), decimal, number)) {
+    if (!value.IsText()) number = value.ToDouble();
+    if (!std::isfinite(number)) throw EngineError(kOverflow, value.ToText(decimal), target.label);
+    return number;
+  }
   if (target.field.Type == FieldType::Boolean) {
     if (SameName(value.Text(), "True") || SameName(value.Text(), "Yes")) return -1;
     if (SameName(value.Text(), "False") || SameName(value.Text(), "No")) return 0;
@@ -35,6 +38,7 @@ std::int32_t WholeFor(const Value& value, const StoreTarget& target, char decima
 Value TextFor(const Value& value, const StoreTarget& target, char decimal) {
   Value text = value.IsText()                            ? value
                : value.GetType() == Value::Type::Boolean ? Value(value.ToBoolean() ? "-1" : "0")
+               : value.GetType() == Value::Type::Date    ? Value(GeneralDate(value.ToDouble()))
                                                          : Value(value.ToText(decimal));
   const std::string& content = text.Text();
   if (content.empty() && !target.field.AllowZeroLength)
@@ -82,8 +86,11 @@ Value ConvertForField(const Value& value, const StoreTarget& target, char decima
     }
     case FieldType::Double:
       return Value(NumberFor(value, target, decimal));
-    case FieldType::Date:
-      return Value::FromDate(NumberFor(value, target, decimal));
+    case FieldType::Date: {
+      const double days = NumberFor(value, target, decimal);
+      if (!IsDateInRange(days)) throw EngineError(kOverflow, value.ToText(decimal), target.label);
+      return Value::FromDate(days);
+    }
     case FieldType::Text:
     case FieldType::Memo:
       return TextFor(value, target, decimal);

@@ -12,6 +12,7 @@ enum ErrorNumber : int {
   kOverflow = 6,
   kDivisionByZero = 11,
   kTypeMismatch = 13,
+  kOutOfStringSpace = 14,
   kInvalidUseOfNull = 94,
   kTableExists = 3010,
   kNoCurrentRecord = 3021,

@@ -1,239 +1,190 @@
 #include "engine/Format.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
-#include <utility>
-#include <vector>
+
+#include "engine/FormatParts.h"
+#include "engine/Names.h"
+#include "engine/functions/Characters.h"
 
 namespace scorvane::engine {
 namespace {
 
-// One piece of a section.
-struct Token {
-  enum class Kind { Literal, Digit, Optional, Point };
-  Kind kind = Kind::Literal;
-  char character = 0;  // of a literal
+struct NamedFormat {
+  std::string_view name;
+  std::string_view format;
 };
 
-struct Section {
-  std::vector<Token> tokens;
-  std::size_t integerPlaces = 0;
-  std::size_t decimalPlaces = 0;
-  bool grouped = false;
+constexpr std::array kNumberNames = {NamedFormat{"Currency", "$#,##0.00;($#,##0.00)"},
+                                     NamedFormat{"Euro", "€#,##0.00;(€#,##0.00)"},
+                                     NamedFormat{"Fixed", "0.00"},
+                                     NamedFormat{"Standard", "#,##0.00"},
+                                     NamedFormat{"Percent", "0.00%"},
+                                     NamedFormat{"Scientific", "0.00E+00"}};
+
+// What is true, and what is not.
+struct ChoiceFormat {
+  std::string_view name;
+  const char* yes;
+  const char* no;
 };
+constexpr std::array kChoiceNames = {ChoiceFormat{"Yes/No", "Yes", "No"},
+                                     ChoiceFormat{"True/False", "True", "False"},
+                                     ChoiceFormat{"On/Off", "On", "Off"}};
 
-// A number as decimal digits: 0.<digits> times ten to the power of `point`.
-struct Decimal {
-  std::string digits;
-  int point = 0;
-};
+constexpr std::array kDateNames = {
+    NamedFormat{"General Date", "c"},        NamedFormat{"Long Date", "dddddd"},
+    NamedFormat{"Medium Date", "dd-mmm-yy"}, NamedFormat{"Short Date", "ddddd"},
+    NamedFormat{"Long Time", "ttttt"},       NamedFormat{"Medium Time", "hh:nn AM/PM"},
+    NamedFormat{"Short Time", "hh:nn"}};
 
-bool IsNamed(std::string_view format, std::string_view lower) {
-  return std::equal(format.begin(), format.end(), lower.begin(), lower.end(), [](char a, char b) {
-    return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
-  });
+template <typename Names>
+auto FindNamed(const Names& names, std::string_view format) -> decltype(names.data()) {
+  for (const auto& named : names)
+    if (SameName(named.name, format)) return &named;
+  return nullptr;
 }
 
-// Splits at each ";" that is neither quoted nor behind a "\".
-std::vector<std::string_view> SplitSections(std::string_view format) {
-  std::vector<std::string_view> sections;
-  std::size_t start = 0;
-  bool quoted = false;
-  for (std::size_t i = 0; i < format.size(); ++i) {
-    if (format[i] == '"') {
-      quoted = !quoted;
-    } else if (format[i] == '\\' && !quoted) {
-      ++i;
-    } else if (format[i] == ';' && !quoted) {
-      sections.push_back(format.substr(start, i - start));
-      start = i + 1;
-    }
+// Whether one of the characters stands in the format, and means something there.
+bool HasAny(std::string_view format, std::string_view characters) {
+  while (!format.empty()) {
+    const FormatPiece piece = TakePiece(format);
+    if (!piece.literal && characters.find(piece.text.front()) != std::string_view::npos) return true;
   }
-  sections.push_back(format.substr(start));
-  return sections;
+  return false;
 }
 
-Section ParseSection(std::string_view text) {
-  Section section;
-  bool quoted = false;
-  bool pointSeen = false;
-  const auto literal = [&](char c) { section.tokens.push_back({Token::Kind::Literal, c}); };
-  const auto digitFollows = [&](std::size_t from) {
-    const auto next = text.find_first_not_of(',', from);
-    return next != std::string_view::npos && (text[next] == '0' || text[next] == '#');
-  };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (quoted && c != '"') {
-      literal(c);
-      continue;
-    }
-    if (c == '"') {
-      quoted = !quoted;
-    } else if (c == '\\') {
-      if (++i < text.size()) literal(text[i]);
-    } else if (c == '0' || c == '#') {
-      section.tokens.push_back({c == '0' ? Token::Kind::Digit : Token::Kind::Optional, 0});
-      ++(pointSeen ? section.decimalPlaces : section.integerPlaces);
-    } else if (c == '.' && !pointSeen) {
-      pointSeen = true;
-      section.tokens.push_back({Token::Kind::Point, 0});
-    } else if (c == ',' && !pointSeen && section.integerPlaces > 0 && digitFollows(i)) {
-      section.grouped = true;
-    } else {
-      literal(c);
-    }
+// "@" a character or a blank, "&" a character or nothing, filled from the right unless there is a "!"; "<"
+// and ">" change the letters' case. What has no place of its own stands where the places begin, or end.
+std::string WriteText(const std::string& text, std::string_view format) {
+  const bool upper = HasAny(format, ">");
+  const std::u32string characters = Characters(upper                 ? UpperCase(text)
+                                               : HasAny(format, "<") ? LowerCase(text)
+                                                                     : text);
+  const bool fromLeft = HasAny(format, "!");
+  std::size_t places = 0;
+  for (std::string_view rest = format; !rest.empty();) {
+    const FormatPiece piece = TakePiece(rest);
+    if (!piece.literal && (piece.text == "@" || piece.text == "&")) ++places;
   }
-  return section;
-}
-
-// The digits that users see: 7 of a Single, 15 of all else, so that 2.675 rounds as it reads.
-Decimal ToDecimal(double number, int digits) {
-  std::array<char, 32> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
-                                 std::chars_format::scientific, digits - 1)
-                       .ptr;
-  const std::string_view text(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
-  const auto mark = text.find('e');
-  Decimal decimal;
-  decimal.digits = text.front();
-  decimal.digits += text.substr(2, mark - 2);
-  const char* exponent = text.data() + mark + 1;
-  std::from_chars(*exponent == '+' ? exponent + 1 : exponent, end, decimal.point);
-  ++decimal.point;
-  return decimal;
-}
-
-// Rounds to `places` decimals, half away from zero: the digits before and behind the decimal point.
-std::pair<std::string, std::string> Round(Decimal decimal, std::size_t places) {
-  if (decimal.point < 0) {
-    decimal.digits.insert(0, static_cast<std::size_t>(-decimal.point), '0');
-    decimal.point = 0;
-  }
-  auto wholeDigits = static_cast<std::size_t>(decimal.point);
-  const std::size_t kept = wholeDigits + places;
-  if (decimal.digits.size() > kept) {
-    const bool up = decimal.digits[kept] >= '5';
-    decimal.digits.resize(kept);
-    if (up) {
-      auto digit = decimal.digits.rbegin();
-      while (digit != decimal.digits.rend() && *digit == '9') *digit++ = '0';
-      if (digit != decimal.digits.rend()) {
-        ++*digit;
-      } else {
-        decimal.digits.insert(0, 1, '1');
-        ++wholeDigits;
-      }
-    }
-  }
-  decimal.digits.resize(wholeDigits + places, '0');
-  std::string whole = decimal.digits.substr(0, wholeDigits);
-  whole.erase(0, std::min(whole.find_first_not_of('0'), whole.size()));
-  return {std::move(whole), decimal.digits.substr(wholeDigits)};
-}
-
-std::string Write(const Section& section, const std::string& whole, const std::string& decimals,
-                  char decimal) {
-  const char groupSeparator = decimal == ',' ? '.' : ',';
-  std::string text;
-  // Digits still to come before the decimal point; from the first one that is written on, all are.
-  std::size_t places = section.integerPlaces;
-  bool started = false;
-  const auto writeWhole = [&](char digit, std::size_t digitsBehind) {
-    text += digit;
-    started = true;
-    if (section.grouped && digitsBehind > 0 && digitsBehind % 3 == 0) text += groupSeparator;
-  };
-  // Optional digits behind the point are written up to the last one that matters.
-  std::size_t lastDecimal = decimals.find_last_not_of('0') + 1;
+  std::string written;
+  std::size_t next = 0;
   std::size_t place = 0;
-  bool behindPoint = false;
-  for (const Token& token : section.tokens) {
-    if (token.kind == Token::Kind::Point) {
-      behindPoint = true;
-    } else if (behindPoint && token.kind != Token::Kind::Literal) {
+  const auto take = [&](std::size_t count) {
+    written += TextOf(std::u32string_view(characters).substr(next, count));
+    next = std::min(next + count, characters.size());
+  };
+  const std::size_t missing = places > characters.size() ? places - characters.size() : 0;
+  while (!format.empty()) {
+    const FormatPiece piece = TakePiece(format);
+    if (piece.literal || std::string_view("@&<>!").find(piece.text) == std::string_view::npos) {
+      written += piece.text;
+    } else if (piece.text == "@" || piece.text == "&") {
+      if (place == 0 && !fromLeft && characters.size() > places) take(characters.size() - places);
+      const bool empty = fromLeft ? next == characters.size() : place < missing;
+      if (!empty) take(1);
+      if (empty && piece.text == "@") written += ' ';
       ++place;
-      if (token.kind == Token::Kind::Digit) lastDecimal = std::max(lastDecimal, place);
     }
   }
-
-  place = 0;
-  behindPoint = false;
-  for (const Token& token : section.tokens) {
-    switch (token.kind) {
-      case Token::Kind::Literal:
-        text += token.character;
-        break;
-      case Token::Kind::Point:
-        if (!started) {  // no place before the point: the whole digits stand all the same
-          for (std::size_t i = 0; i < whole.size(); ++i) writeWhole(whole[i], whole.size() - i - 1);
-        }
-        text += decimal;
-        behindPoint = true;
-        break;
-      case Token::Kind::Digit:
-      case Token::Kind::Optional:
-        if (behindPoint) {
-          if (place < lastDecimal) text += decimals[place];
-          ++place;
-          break;
-        }
-        // The first place takes the digits that have no place of their own.
-        if (!started) {
-          for (std::size_t i = 0; i + places < whole.size(); ++i) writeWhole(whole[i], whole.size() - i - 1);
-        }
-        --places;
-        if (places < whole.size()) {
-          writeWhole(whole[whole.size() - places - 1], places);
-        } else if (token.kind == Token::Kind::Digit || started) {
-          writeWhole('0', places);
-        }
-        break;
-    }
-  }
-  return text;
+  take(characters.size());
+  return written;
 }
 
-std::string FormatNumber(const Value& value, double number, int digits, std::string_view format,
-                         char decimal) {
+// A number by the section of its sign.
+std::string WriteSections(const Value& value, double number, std::string_view format, char decimal) {
   const std::vector<std::string_view> sections = SplitSections(format);
   const auto has = [&](std::size_t index) { return sections.size() > index && !sections[index].empty(); };
   std::size_t chosen = 0;
   if (number < 0 && has(1)) chosen = 1;
   if (number == 0 && has(2)) chosen = 2;
   if (sections[chosen].empty() || !std::isfinite(number)) return value.ToText(decimal);
+  const int digits = value.GetType() == Value::Type::Single ? 7 : 15;
+  return WriteNumber(number, digits, sections[chosen], decimal, chosen == 0);
+}
 
-  const Section section = ParseSection(sections[chosen]);
-  const auto [whole, decimals] = Round(ToDecimal(std::abs(number), digits), section.decimalPlaces);
-  std::string text = Write(section, whole, decimals, decimal);
-  const bool showsZero = section.integerPlaces + section.decimalPlaces > 0 && whole.empty() &&
-                         decimals.find_first_not_of('0') == std::string::npos;
-  if (number < 0 && chosen == 0 && !showsZero) text.insert(0, 1, '-');
-  return text;
+// Null has the fourth section of a number format, and the second of a text format.
+std::string WriteNull(std::string_view format, char decimal) {
+  const std::vector<std::string_view> sections = SplitSections(format);
+  const bool text = HasAny(sections[0], "@&<>!") && !HasAny(sections[0], "0#");
+  if (text) return sections.size() > 1 ? WriteText({}, sections[1]) : std::string();
+  return sections.size() > 3 ? WriteNumber(0, 1, sections[3], decimal, false) : std::string();
+}
+
+std::string WriteAny(const Value& value, bool readable, double number, std::string_view format, char decimal,
+                     const WeekRule& weeks) {
+  const bool digits = HasAny(format, "0#");
+  const bool texts = !digits && HasAny(format, "@&<>!");
+  const bool isDate = value.GetType() == Value::Type::Date;
+  if (!digits && (isDate ? !texts : IsDateFormat(format))) {
+    double days = number;
+    if ((readable || ParseDate(value.Text(), days)) && IsDateInRange(days))
+      return WriteDate(days, SplitSections(format)[0], weeks);
+  }
+  if (texts) {
+    const std::vector<std::string_view> sections = SplitSections(format);
+    const std::string text = isDate ? GeneralDate(number) : value.ToText(decimal);
+    return WriteText(text, text.empty() && sections.size() > 1 ? sections[1] : sections[0]);
+  }
+  return readable ? WriteSections(value, number, format, decimal) : value.Text();
 }
 
 }  // namespace
 
-std::string FormatValue(const Value& value, std::string_view format, char decimal) {
-  if (value.IsNull()) return {};
+std::vector<std::string_view> SplitSections(std::string_view format) {
+  std::vector<std::string_view> sections;
+  std::string_view rest = format;
+  while (!rest.empty()) {
+    const char* at = rest.data();
+    const FormatPiece piece = TakePiece(rest);
+    if (piece.literal || piece.text != ";") continue;
+    sections.push_back(format.substr(0, static_cast<std::size_t>(at - format.data())));
+    format = rest;
+  }
+  sections.push_back(format);
+  return sections;
+}
+
+FormatPiece TakePiece(std::string_view& format) {
+  FormatPiece piece;
+  std::size_t length = 1;
+  if (format.front() == '"') {
+    piece.literal = true;
+    const std::size_t end = std::min(format.find('"', 1), format.size());
+    piece.text = format.substr(1, end - 1);
+    length = end + 1;
+  } else if (format.front() == '\\') {
+    piece.literal = true;
+    piece.text = format.substr(1, 1);
+    length = 2;
+  } else {
+    piece.text = format.substr(0, 1);
+  }
+  format.remove_prefix(std::min(length, format.size()));
+  return piece;
+}
+
+std::string FormatValue(const Value& value, std::string_view format, char decimal, const WeekRule& weeks) {
+  if (value.IsNull()) return WriteNull(format, decimal);
   if (format.empty()) return value.ToText(decimal);
 
   double number = 0;
   bool readable = true;
+  const ChoiceFormat* choice = FindNamed(kChoiceNames, format);
   if (!value.IsText()) {
     number = value.ToDouble();
-  } else if (IsNamed(value.Text(), "true") || IsNamed(value.Text(), "false")) {
-    number = IsNamed(value.Text(), "true") ? -1 : 0;
-    readable = IsNamed(format, "yes/no") || IsNamed(format, "true/false");
+  } else if (SameName(value.Text(), "true") || SameName(value.Text(), "false")) {
+    number = SameName(value.Text(), "true") ? -1 : 0;
+    readable = choice != nullptr;
   } else {
     readable = ParseNumber(value.Text(), decimal, number);
   }
-  if (!readable) return value.Text();
-  if (IsNamed(format, "yes/no")) return number != 0 ? "Yes" : "No";
-  if (IsNamed(format, "true/false")) return number != 0 ? "True" : "False";
-  return FormatNumber(value, number, value.GetType() == Value::Type::Single ? 7 : 15, format, decimal);
+  if (choice != nullptr) return !readable ? value.Text() : number != 0 ? choice->yes : choice->no;
+  if (SameName(format, "General Number")) return readable ? Value(number).ToText(decimal) : value.Text();
+  if (const NamedFormat* named = FindNamed(kNumberNames, format))
+    return readable ? WriteSections(value, number, named->format, decimal) : value.Text();
+  if (const NamedFormat* named = FindNamed(kDateNames, format)) format = named->format;
+  return WriteAny(value, readable, number, format, decimal, weeks);
 }
 
 }  // namespace scorvane::engine

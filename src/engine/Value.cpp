@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <limits>
 
 #include <fmt/format.h>
 
+#include "engine/Date.h"
 #include "engine/EngineError.h"
+#include "engine/Names.h"
 
 namespace scorvane::engine {
 namespace {
@@ -22,12 +23,6 @@ constexpr int kPlainPowers = 15;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
-}
-
-bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(), [](char a, char b) {
-    return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
-  });
 }
 
 std::string_view TrimBlanks(std::string_view text) {
@@ -96,20 +91,11 @@ double ConvertNumber(std::string_view text, char decimal) {
 }
 
 std::string DateText(double days) {
-  constexpr int kDaysTo1970 = 25569;
-  constexpr double kMostDays = 3e6;  // far beyond the year 9999
-  if (!(std::abs(days) < kMostDays)) return NumberText(days, kDoubleDigits);
-  auto whole = static_cast<int>(std::floor(days));
-  auto seconds = static_cast<int>(std::lround((days - whole) * 86400.0));
-  if (seconds == 86400) {
-    ++whole;
-    seconds = 0;
-  }
-  const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::days{whole - kDaysTo1970}}};
-  std::string text = fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()),
-                                 static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-  if (seconds != 0)
-    text += fmt::format(" {:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+  if (!IsDateInRange(days)) return NumberText(days, kDoubleDigits);
+  const DateParts parts = SplitDate(days);
+  std::string text = fmt::format("{:04}-{:02}-{:02}", parts.year, parts.month, parts.day);
+  if (SecondOfDay(days) != 0)
+    text += fmt::format(" {:02}:{:02}:{:02}", parts.hour, parts.minute, parts.second);
   return text;
 }
 
@@ -124,8 +110,8 @@ Value Value::FromDate(double days) {
 bool Value::ToBoolean(char decimal) const {
   if (type_ == Type::Text) {
     const std::string_view text = TrimBlanks(text_);
-    if (EqualsIgnoringCase(text, "true")) return true;
-    if (EqualsIgnoringCase(text, "false")) return false;
+    if (SameName(text, "true")) return true;
+    if (SameName(text, "false")) return false;
   }
   return ToDouble(decimal) != 0;
 }
@@ -154,7 +140,7 @@ double Value::ToDouble(char decimal) const {
       break;
   }
   double number = 0;
-  if (!ParseNumber(text_, decimal, number)) throw EngineError(kTypeMismatch, text_);
+  if (!ParseNumber(text_, decimal, number)) throw EngineError(kTypeMismatch, text_, "a number");
   if (!std::isfinite(number)) throw EngineError(kOverflow, text_, "Double");
   return number;
 }
@@ -240,6 +226,23 @@ bool ParseNumber(std::string_view text, char decimal, double& number) {
   return true;
 }
 
+bool RadixNumber(std::string_view text, double& number, std::size_t& length) {
+  if (text.size() < 3 || text[0] != '&') return false;
+  const char mark = LowerAscii(text[1]);
+  if (mark != 'h' && mark != 'o') return false;
+  const int base = mark == 'h' ? 16 : 8;
+  std::uint32_t bits = 0;
+  const auto result = std::from_chars(text.data() + 2, text.data() + text.size(), bits, base);
+  if (result.ec != std::errc()) return false;
+  length = static_cast<std::size_t>(result.ptr - text.data());
+  // What fits 16 bits is a number of 16 bits, with its sign; unless an "&" says that it is a long one.
+  const bool isLong = bits > 0xFFFF || text.substr(length).starts_with('&');
+  if (text.substr(length).starts_with('&')) ++length;
+  number = isLong ? static_cast<double>(static_cast<std::int32_t>(bits))
+                  : static_cast<double>(static_cast<std::int16_t>(bits));
+  return true;
+}
+
 double LeadingNumber(std::string_view text) {
   // Blanks, tabs and line ends do not count, wherever they stand: "1 234" gives 1234.
   constexpr std::string_view kIgnored = " \t\r\n";
@@ -249,7 +252,10 @@ double LeadingNumber(std::string_view text) {
                  [&](char c) { return kIgnored.find(c) == std::string_view::npos; });
     text = compact;
   }
-  const std::size_t length = NumberLength(text, '.');
+  std::size_t length = 0;
+  double radix = 0;
+  if (RadixNumber(text, radix, length)) return radix;
+  length = NumberLength(text, '.');
   return length == 0 ? 0 : ConvertNumber(text.substr(0, length), '.');
 }
 

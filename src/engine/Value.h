@@ -58,7 +58,12 @@ std::string NumberText(double number, int digits, char decimal = '.');
 // false when it is none.
 bool ParseNumber(std::string_view text, char decimal, double& number);
 
-// The leading numeric part of a text, "." as the decimal point; 0 when there is none. "12 mph" gives 12.
+// Reads what begins with &H as hexadecimal and &O as octal, up to 32 bits; false when it is neither. `length`
+// is that of what was read.
+bool RadixNumber(std::string_view text, double& number, std::size_t& length);
+
+// The leading numeric part of a text, "." as the decimal point; 0 when there is none. "12 mph" gives 12,
+// "&H1F" gives 31.
 double LeadingNumber(std::string_view text);
 
 // Rounds half to even, as every conversion to a whole number does here.

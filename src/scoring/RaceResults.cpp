@@ -28,7 +28,7 @@ std::string Number(const ResultEntry& entry, ResultEntry::Field field, char deci
   const std::string text(common::TrimBlanks(entry.fields[field]));
   if (text.empty()) return "0";
   double number = 0;
-  if (!ReadNumber(text, decimal, number)) throw engine::EngineError(engine::kTypeMismatch, text);
+  if (!ReadNumber(text, decimal, number)) throw engine::EngineError(engine::kTypeMismatch, text, "a number");
   // In SQL a number has a full stop whatever the user's separator is.
   return engine::NumberText(number, 15);
 }
@@ -38,7 +38,7 @@ float QualifyingSpeed(const common::ProcessState& state, const ResultEntry& entr
   const std::string& text = entry.fields[ResultEntry::kQualifying];
   double number = 0;
   if (!common::TrimBlanks(text).empty() && !ReadNumber(text, state.decimalSeparator, number))
-    throw engine::EngineError(engine::kTypeMismatch, text);
+    throw engine::EngineError(engine::kTypeMismatch, text, "a number");
   const auto typed = static_cast<float>(number);
   return ReportsTimes(state) ? common::SecondsPerLap(typed, length) : typed;
 }

@@ -99,6 +99,8 @@ class Scanner {
     const std::size_t start = place_;
     while (place_ < sql_.size() && (ClassOf(sql_[place_]) == kNameStart || ClassOf(sql_[place_]) == kDigit))
       ++place_;
+    // Left$( is Left(
+    if (place_ + 1 < sql_.size() && sql_[place_] == '$' && sql_[place_ + 1] == '(') ++place_;
     const std::string_view text = sql_.substr(start, place_ - start);
     Add(TokenKind::Name, start, text);
     lexed_.shape += text;

@@ -375,11 +375,13 @@ class Parser {
     std::array<std::string_view, 2> ops;
     bool words;
   };
-  // Or and Xor, And, (Not), (comparisons), &, + and -, Mod, \, * and /
-  static constexpr int kNotLevel = 2;
-  static constexpr int kComparisonLevel = 3;
-  static constexpr int kLevels = 9;
-  static constexpr std::array<Level, kLevels> kOperators = {{{{"Or", "Xor"}, true},
+  // Imp, Eqv, Or and Xor, And, (Not), (comparisons), &, + and -, Mod, \, * and /
+  static constexpr int kNotLevel = 4;
+  static constexpr int kComparisonLevel = 5;
+  static constexpr int kLevels = 11;
+  static constexpr std::array<Level, kLevels> kOperators = {{{{"Imp", ""}, true},
+                                                             {{"Eqv", ""}, true},
+                                                             {{"Or", "Xor"}, true},
                                                              {{"And", ""}, true},
                                                              {{"", ""}, true},
                                                              {{"", ""}, true},
@@ -481,8 +483,14 @@ class Parser {
     }
   }
 
+  // A minus before a number belongs to the number: -10^2 is 100, and -(10)^2 is -100.
+  bool AtNegativeNumber() const {
+    return AtSymbol("-") && Ahead(1).kind == TokenKind::Literal &&
+           LiteralOf(Ahead(1)).kind != Literal::Kind::Text && LiteralOf(Ahead(1)).kind != Literal::Kind::Date;
+  }
+
   ExprPtr ParseSign() {
-    if (!AtSymbol("-") && !AtSymbol("+")) return ParsePower();
+    if ((!AtSymbol("-") && !AtSymbol("+")) || AtNegativeNumber()) return ParsePower();
     Depth depth(*this);
     auto e = std::make_unique<Expr>();
     e->kind = Expr::Kind::Unary;
@@ -516,6 +524,13 @@ class Parser {
       e->literal = token.literal;
       e->value = LiteralOf(token).ToValue();
       ++place_;
+      return e;
+    }
+    if (AtNegativeNumber()) {
+      e->kind = Expr::Kind::Unary;
+      e->op = "-";
+      ++place_;
+      e->args.push_back(ParsePrimary());
       return e;
     }
     if (TakeSymbol("(")) {

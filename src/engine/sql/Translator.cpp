@@ -282,8 +282,13 @@ class Translator {
   }
   static std::string AsText(Piece piece) {
     if (piece.type == SqlType::Text) return std::move(piece.sql);
-    if (piece.type == SqlType::Single) return "sv_single_text(" + piece.sql + ")";
-    return "sv_cstr(" + AsValue(std::move(piece)) + ")";
+    return "sv_cstr(" + AsArgument(std::move(piece)) + ")";
+  }
+  // A value for a function of ours, with the type that the store does not know.
+  static std::string AsArgument(Piece piece) {
+    if (piece.type == SqlType::Date) return "sv_as_date(" + piece.sql + ")";
+    if (piece.type == SqlType::Single) return "sv_as_single(" + piece.sql + ")";
+    return AsValue(std::move(piece));
   }
   // A value that sorts and compares as it should.
   static std::string Collated(Piece piece) {
@@ -331,6 +336,7 @@ class Translator {
         Piece value = Translate(*e.args[0], scope);
         std::string list;
         for (std::size_t i = 1; i < e.args.size(); ++i) {
+          if (e.args[i]->kind == Expr::Kind::Null) continue;  // nothing is equal to it
           Piece item = Translate(*e.args[i], scope);
           CheckComparable(value, item, e);
           if (!list.empty()) list += ", ";
@@ -397,7 +403,8 @@ class Translator {
     const std::string& op = e.op;
     Piece left = Translate(*e.args[0], scope);
     Piece right = Translate(*e.args[1], scope);
-    if (op == "And" || op == "Or" || op == "Xor") return Logical(op, std::move(left), std::move(right));
+    if (op == "And" || op == "Or" || op == "Xor" || op == "Eqv" || op == "Imp")
+      return Logical(op, std::move(left), std::move(right));
     if (op == "=" || op == "<>" || op == "<" || op == ">" || op == "<=" || op == ">=") {
       CheckComparable(left, right, e);
       // The left side's collation decides, unless only the right side brings one.
@@ -444,11 +451,16 @@ class Translator {
       const std::string a = "CAST(" + AsValue(std::move(left)) + " AS INTEGER)";
       const std::string b = "CAST(" + AsValue(std::move(right)) + " AS INTEGER)";
       if (op == "Xor") return {fmt::format("(({0} | {1}) - ({0} & {1}))", a, b), SqlType::Long, false, false};
+      if (op == "Eqv")
+        return {fmt::format("(~(({0} | {1}) - ({0} & {1})))", a, b), SqlType::Long, false, false};
+      if (op == "Imp") return {fmt::format("(~{} | {})", a, b), SqlType::Long, false, false};
       return {fmt::format("({} {} {})", a, op == "And" ? "&" : "|", b), SqlType::Long, false, false};
     }
     const std::string a = Condition(std::move(left));
     const std::string b = Condition(std::move(right));
     if (op == "Xor") return {fmt::format("((NOT {}) <> (NOT {}))", a, b), SqlType::Boolean, true, false};
+    if (op == "Eqv") return {fmt::format("((NOT {}) = (NOT {}))", a, b), SqlType::Boolean, true, false};
+    if (op == "Imp") return {fmt::format("((NOT {}) OR {})", a, b), SqlType::Boolean, true, false};
     return {fmt::format("({} {} {})", a, op == "And" ? "AND" : "OR", b), SqlType::Boolean, true, false};
   }
 
@@ -470,17 +482,9 @@ class Translator {
                         e.position);
     if (info->aggregate) return AggregateCall(e, *info, scope);
     if (info->native) return NativeCall(e, scope);
-    std::string name = "sv_";
-    for (const char* c = info->name; *c != 0; ++c) name += LowerAscii(*c);
     std::string args;
-    for (std::size_t i = 0; i < e.args.size(); ++i) {
-      Piece arg = Translate(*e.args[i], scope);
-      if (i > 0) args += ", ";
-      const bool single = arg.type == SqlType::Single &&
-                          (SameName(e.name, "CStr") || SameName(e.name, "Str") || SameName(e.name, "Format"));
-      args += i == 0 && (info->textArgs || single) ? AsText(std::move(arg)) : AsValue(std::move(arg));
-    }
-    return {fmt::format("{}({})", name, args), TypeOfValue(info->result), false, false};
+    for (const ExprPtr& arg : e.args) args += (args.empty() ? "" : ", ") + AsArgument(Translate(*arg, scope));
+    return {fmt::format("{}({})", info->StoreName(), args), TypeOfValue(info->result), false, false};
   }
 
   Piece AggregateCall(const Expr& e, const FunctionInfo& info, Scope& scope) {
@@ -493,13 +497,11 @@ class Translator {
     const bool picks = info.result == Value::Type::Null;  // Min, Max, First, Last: one of the values
     const SqlType type =
         picks ? (arg.type == SqlType::Boolean ? SqlType::Long : arg.type) : TypeOfValue(info.result);
-    std::string name = info.native ? "" : "sv_";
-    for (const char* c = info.name; *c != 0; ++c) name += LowerAscii(*c);
     const bool sums = SameName(info.name, "Sum") || SameName(info.name, "Avg");
     const std::string sql = sums    ? AsNumber(std::move(arg))
                             : picks ? Collated(std::move(arg))
                                     : AsValue(std::move(arg));
-    return {fmt::format("{}({})", name, sql), type, false, false};
+    return {fmt::format("{}({})", info.StoreName(), sql), type, false, false};
   }
 
   Piece NativeCall(const Expr& e, Scope& scope) {
@@ -515,8 +517,9 @@ class Translator {
     if (SameName(e.name, "Nz")) {
       Piece value = Translate(*e.args[0], scope);
       if (e.args.size() == 1) {
-        const bool text = value.type == SqlType::Text;
-        return {fmt::format("coalesce({}, {})", AsValue(value), text ? "''" : "0"), value.type, false, false};
+        const bool text = value.type == SqlType::Text || value.type == SqlType::Null;
+        return {fmt::format("coalesce({}, {})", AsValue(value), text ? "''" : "0"),
+                text ? SqlType::Text : value.type, false, false};
       }
       Piece instead = Translate(*e.args[1], scope);
       const SqlType type = Common(value.type, instead.type);
@@ -848,9 +851,8 @@ class Translator {
     if (e.kind == Expr::Kind::Boolean && field.Type == FieldType::Boolean)
       return e.value.ToBoolean() ? "-1" : "0";
     Piece piece = Translate(e, scope);
-    const bool single = piece.type == SqlType::Single && TypeOfField(field.Type) == SqlType::Text;
-    const std::string sql = single ? AsText(std::move(piece)) : AsValue(std::move(piece));
-    return fmt::format("sv_store({}, {})", sql, catalog_.AddTarget(std::move(target)));
+    return fmt::format("sv_store({}, {})", AsArgument(std::move(piece)),
+                       catalog_.AddTarget(std::move(target)));
   }
 
   void Insert(const Statement& statement) {
@@ -897,7 +899,8 @@ class Translator {
       columns += StoreName(field->Name);
       if (i > 0) values += ", ";
       if (statement.query) {
-        values += fmt::format("sv_store(sv_from.{}, {})", StoreName(outputs[i].column.name),
+        Piece piece{"sv_from." + StoreName(outputs[i].column.name), outputs[i].column.type, false, false};
+        values += fmt::format("sv_store({}, {})", AsArgument(std::move(piece)),
                               catalog_.AddTarget(TargetFor(table, *field)));
       } else {
         values += Stored(*statement.values[i], table, *field, scope);
