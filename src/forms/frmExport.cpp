@@ -334,11 +334,8 @@ void frmExport::Preview() {
 
 void frmExport::Export() {
   const bool stored = Guarded(context_.ui, [&] {
-    engine::UnitOfWork unit(context_.session.League());
-    if (!reports::SavePageTexts(context_.session.League(), Texts()) ||
-        !reports::SavePageLook(context_.session.League(), Look()))
-      throw engine::EngineError(engine::kReadOnly);
-    unit.Commit();
+    const WaitCursor wait;
+    reports::SavePageSettings(context_.session.League(), Texts(), Look());
   });
   if (!stored) return;
   cancelled_ = false;

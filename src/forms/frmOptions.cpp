@@ -12,6 +12,7 @@
 #include "app/SimFolders.h"
 #include "common/Formats.h"
 #include "forms/widgets/Filters.h"
+#include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 
 namespace scorvane::forms {
@@ -44,7 +45,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   layout->addWidget(tabs, 1);
   layout->addWidget(buttons);
 
-  const app::Options options = app::ReadOptions(context.templateDb);
+  const app::Options options = app::ReadOptions(context.templateDb, context.state);
   chkLastFileFlag_->setChecked(options.openPreviousFile);
   chkImportAlerts_->setChecked(options.showImportAlerts);
   chkBGImage_->setChecked(options.useBackgroundImage);
@@ -171,31 +172,33 @@ void frmOptions::BrowseImage() {
   if (!chosen.empty() && !common::TrimBlanks(chosen.front()).empty()) txtBGImage_->setText(Q(chosen.front()));
 }
 
-void frmOptions::Confirm() {
-  std::array<std::string, app::kSimulations> folders;
-  for (int row = 0; row < app::kSimulations; ++row)
-    folders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
-  const app::FolderCheck check = app::CheckSimFolders(folders);
-  if (!check.failing.empty()) {
-    context_.ui.ShowMessage(check.message);
-    return;
-  }
-  cancelled_ = false;
-  accept();
-}
-
-void frmOptions::StoreOptions() {
-  for (int row = 0; row < app::kSimulations; ++row) {
-    context_.state.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
-    app::SaveNASCARPaths(context_.templateDb, context_.state, row);
-  }
+app::Options frmOptions::Chosen() const {
   app::Options options;
+  for (int row = 0; row < app::kSimulations; ++row)
+    options.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
   options.useBackgroundImage = chkBGImage_->isChecked();
   options.backgroundImage = Utf8(txtBGImage_->text());
   for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();
   options.openPreviousFile = chkLastFileFlag_->isChecked();
   options.showImportAlerts = chkImportAlerts_->isChecked();
-  app::SaveOptions(context_.templateDb, options);
+  return options;
+}
+
+void frmOptions::Confirm() {
+  const app::FolderCheck check = app::CheckSimFolders(Chosen().simFolders);
+  if (!check.failing.empty()) {
+    context_.ui.ShowMessage(check.message);
+    return;
+  }
+  if (Store()) accept();
+}
+
+// An error leaves the dialog open, with what was chosen.
+bool frmOptions::Store() {
+  return Guarded(context_.ui, [&] {
+    const WaitCursor wait;
+    app::SaveOptions(context_.templateDb, context_.state, Chosen());
+  });
 }
 
 void frmOptions::reject() {
@@ -205,9 +208,8 @@ void frmOptions::reject() {
 
 void frmOptions::closeEvent(QCloseEvent* event) {
   // The close box keeps what was chosen, as OK does, but checks no folder.
-  event->accept();
-  cancelled_ = false;
-  done(QDialog::Accepted);
+  event->setAccepted(Store());
+  if (event->isAccepted()) accept();
 }
 
 }  // namespace scorvane::forms

@@ -289,9 +289,8 @@ void frmRaces::NewLeagueFile() {
     dialog.NewDialog(true);
     dialog.setWindowTitle(tr("New Scorvane File"));
     dialog.exec();
-    const std::string path = dialog.FileName();
     if (!context_.session.IsOpen()) ShowNoRaces();
-    if (!common::TrimBlanks(path).empty() && !dialog.Cancelled()) OpenLeagueFile(path);
+    if (dialog.Created()) OpenLeagueFile(dialog.FileName());
   });
 }
 
@@ -310,7 +309,6 @@ void frmRaces::ShowProperties() {
     dialog.setWindowTitle(tr("Properties - ") +
                           Q(common::GetFileTitle(context_.session.League().Name(), true)));
     dialog.exec();
-    if (!dialog.Cancelled()) dialog.StoreProperties();
   });
 }
 
@@ -350,7 +348,6 @@ void frmRaces::ShowOptions() {
     const PlainCursor plain;
     frmOptions dialog(context_, this);
     dialog.exec();
-    if (!dialog.Cancelled()) dialog.StoreOptions();
   });
 }
 

@@ -57,7 +57,6 @@ TEST_F(OptionsDialog, FoldersAreChosenCheckedAndCleared) {
   Find<QPushButton>(dialog, "OKButton").click();
   EXPECT_FALSE(dialog.isVisible());
   EXPECT_FALSE(dialog.Cancelled());
-  dialog.StoreOptions();
   EXPECT_EQ(state_.simFolders[0], folder_.File("nr3") + "/");
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderNR3), folder_.File("nr3") + "/");
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderLegends), "");
@@ -107,7 +106,6 @@ TEST_F(OptionsDialog, PageDefaultsAndSwitchesAreStored) {
   dialog.show();
   dialog.close();
   EXPECT_FALSE(dialog.Cancelled());
-  dialog.StoreOptions();
   const std::vector<std::pair<int, std::string>> stored = {
       {100, "1"}, {101, "/pictures/track.gif"}, {102, "&H000000FF"}, {11, "0"}, {18, "0"}};
   for (const auto& [id, value] : stored) EXPECT_EQ(common::GetSettingValue(*template_, id), value) << id;
