@@ -164,6 +164,23 @@ TEST_F(StandingsView, ColumnsLookAsTheReportSays) {
   EXPECT_EQ(grid.horizontalHeader()->sectionResizeMode(2), QHeaderView::Interactive);
 }
 
+TEST_F(StandingsView, OnlyRowsAreSelectedAndNoCellWearsAFrame) {
+  OpenLeague(common::kNascarRacing3);
+  ImportSeason();
+  frmStats view(context_);
+  Show(view);
+  SelectionGrid& grid = Grid(view);
+  QTest::mouseClick(grid.findChild<QAbstractButton*>(), Qt::LeftButton);
+  EXPECT_TRUE(grid.OneRowSelected()) << "the corner";
+  QTest::mouseClick(grid.horizontalHeader()->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+  EXPECT_TRUE(grid.OneRowSelected()) << "a heading";
+  QTest::keyClick(&grid, Qt::Key_Down);
+  QTest::keyClick(&grid, Qt::Key_Right);
+  const QImage with = grid.viewport()->grab().toImage();
+  Find<QComboBox>(view, "cboStat").setFocus();
+  EXPECT_EQ(grid.viewport()->grab().toImage(), with);
+}
+
 TEST_F(StandingsView, KeepsWorkingWhenAReportDoesNot) {
   OpenLeague(common::kNascarRacing3);
   ImportSeason();
