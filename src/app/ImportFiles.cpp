@@ -76,12 +76,16 @@ void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>
   work.Commit();
 }
 
-void ImportStaged(engine::Database& league, common::ProcessState& state, common::UserInterface& ui) {
+bool ImportStaged(engine::Database& league, common::ProcessState& state, common::UserInterface& ui) {
+  engine::UnitOfWork work(league, engine::UnitOfWork::OnError::TakeBack);
+  bool imported = true;
   if (state.leagueType == common::kOffline) {
-    scoring::MergeOfflineEvent(league, state, ui);
+    imported = scoring::MergeOfflineEvent(league, state, ui);
   } else {
     scoring::ImportStagedRaces(league, state, ui);
   }
+  work.Commit();
+  return imported;
 }
 
 }  // namespace scorvane::app

@@ -1,5 +1,6 @@
 #include "forms/frmAddRaces.h"
 
+#include <QEventLoop>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -217,10 +218,7 @@ void frmAddRaces::AddFiles() {
 
 void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   const bool several = paths.size() > 1;
-  const bool shown = isVisible();
-  // Out of sight only: hiding it as a dialog would end it.
-  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
-  if (several && shown) QWidget::setVisible(false);
+  if (several) hide();
   app::StagedFiles staged;
   const bool done = Guarded(context_.ui, [&] {
     const WaitCursor wait;
@@ -231,11 +229,7 @@ void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   if (lstRaces_->count() > 0) buttons_[kImport]->setEnabled(true);
   if (done && !showAlerts_ && staged.failed > 0)
     context_.ui.ShowMessage(app::FailedFilesWarning(staged.failed));
-  if (several && shown) {
-    setModal(true);
-    QWidget::setVisible(true);  // NOLINT(bugprone-parent-virtual-call)
-    activateWindow();
-  }
+  if (several) ShowAgain();
 }
 
 void frmAddRaces::ListFile(const app::StagedFile& file) {
@@ -272,11 +266,35 @@ void frmAddRaces::EditFile() {
 }
 
 void frmAddRaces::Import() {
-  accept();
+  hide();
+  bool imported = false;
   Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    app::ImportStaged(context_.session.League(), context_.state, context_.ui);
+    imported = app::ImportStaged(context_.session.League(), context_.state, context_.ui);
   });
+  // What failed left nothing in the league: the list stays, to be mended and imported again.
+  if (imported) {
+    accept();
+  } else {
+    ShowAgain();
+  }
+}
+
+int frmAddRaces::exec() {
+  setModal(true);
+  setResult(Rejected);
+  show();
+  QEventLoop loop;
+  connect(this, &QDialog::finished, &loop, &QEventLoop::quit);
+  loop.exec(QEventLoop::DialogExec);
+  return result();
+}
+
+// Where it was, not where a dialog comes up at first.
+void frmAddRaces::ShowAgain() {
+  move(pos());
+  show();
+  activateWindow();
 }
 
 }  // namespace scorvane::forms

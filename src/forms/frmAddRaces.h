@@ -21,6 +21,10 @@ class frmAddRaces : public QDialog {
   // Empties the staging tables of the open league. Throws EngineError.
   explicit frmAddRaces(FormContext& context, QWidget* parent = nullptr);
 
+  // While files are read, or imported, the dialog is hidden. That does not end it, as it would end Qt's own
+  // loop: an answer does.
+  int exec() override;
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -37,6 +41,7 @@ class frmAddRaces : public QDialog {
   void EditFile();
   void Import();
   void SelectionChanged();
+  void ShowAgain();
 
   FormContext& context_;
   bool showAlerts_;
