@@ -8,6 +8,7 @@
 #include "forms/FormFixture.h"
 #include "forms/frmOptions.h"
 #include "forms/frmSplash.h"
+#include "forms/widgets/QtUserInterface.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
@@ -121,6 +122,15 @@ TEST_F(OptionsDialog, SplashGoesByItselfAndAboutStays) {
   EXPECT_TRUE(splash.isVisible());
   EXPECT_EQ(Utf8(Find<QLabel>(splash, "lblVersion").text()), "Version 1.00.00");
   EXPECT_TRUE(QTest::qWaitFor([&] { return !splash.isVisible(); }, 4000));
+
+  // What start-up has to say is not hidden behind it.
+  frmSplash early;
+  early.ShowSplash();
+  OnModal([&early](QWidget& box) {
+    EXPECT_FALSE(early.isVisible());
+    box.close();
+  });
+  QtUserInterface().ShowMessage({"Please locate"});
 
   // A click on the version closes it; until then it stays.
   frmSplash about;

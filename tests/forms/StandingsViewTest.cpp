@@ -242,7 +242,7 @@ TEST_F(StandingsView, TheButtonsEditAndExportTheShownReport) {
 
   const std::string path = folder_.File("page.htm");
   std::ofstream(path) << "old";
-  ui_.filesToSave = {path, path};
+  ui_.filesToSave = {path, folder_.File("page")};
   ui_.answers = {common::Answer::No, common::Answer::Yes};
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(std::filesystem::file_size(path), 3U);
