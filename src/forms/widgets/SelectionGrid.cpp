@@ -173,6 +173,7 @@ void SelectionGrid::SetRows(std::vector<Row> rows) {
 }
 
 void SelectionGrid::SetHint(const QString& text) {
+  if (text == lblHint_->text()) return;
   lblHint_->setText(text);
   lblHint_->setVisible(!text.isEmpty());
   // The keyboard is in the grid, not in the label.
