@@ -117,17 +117,16 @@ QWidget* frmOptions::BuildHtmlTab() {
   connect(chkBGImage_, &QCheckBox::toggled, cmdBGImage_, &QWidget::setEnabled);
   connect(cmdBGImage_, &QPushButton::clicked, this, &frmOptions::BrowseImage);
   auto* grid = new QGridLayout;
-  static constexpr const char* kColors[] = {
-      "Background:", "Text:", "Hyperlink:", "Visited Hyperlink:", "ActiveHyperlink:"};
-  static constexpr const char* kToolTips[] = {"Color of page background", "Color of page text (table)",
-                                              "Color of hyperlinks", "Color of visited hyperlinks",
-                                              "Color of the active hyperlink"};
+  const QString colors[] = {tr("Background:"), tr("Text:"), tr("Hyperlink:"), tr("Visited Hyperlink:"),
+                            tr("ActiveHyperlink:")};
+  const QString toolTips[] = {tr("Color of page background"), tr("Color of page text (table)"),
+                              tr("Color of hyperlinks"), tr("Color of visited hyperlinks"),
+                              tr("Color of the active hyperlink")};
   for (std::size_t i = 0; i < lblColor_.size(); ++i) {
-    const QString toolTip = QString::fromLatin1(kToolTips[i]);
-    lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTip, context_.ui, page);
-    lblColor_[i]->setToolTip(toolTip);
+    lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTips[i], context_.ui, page);
+    lblColor_[i]->setToolTip(toolTips[i]);
     const int line = static_cast<int>(i);
-    grid->addWidget(new QLabel(QString::fromLatin1(kColors[i]), page), line, 0);
+    grid->addWidget(new QLabel(colors[i], page), line, 0);
     grid->addWidget(lblColor_[i], line, 1);
   }
   grid->setColumnStretch(2, 1);
