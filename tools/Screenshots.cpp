@@ -13,6 +13,7 @@
 #include <functional>
 
 #include "app/LeagueSession.h"
+#include "app/NewLeague.h"
 #include "common/Paths.h"
 #include "forms/FormContext.h"
 #include "forms/frmAddRaces.h"
@@ -113,6 +114,11 @@ int main(int argc, char** argv) {
 
   forms::frmRaces window(context);
   photographer.Take(window, "main-empty", {760, 480});
+  // Over one that an earlier run has left there, too.
+  const std::string fresh = common::JoinPath(platform::ApplicationFolder(), "new.lgx");
+  app::CreateLeague(engine, *templateDb, fresh, {});
+  window.OpenLeagueFile(fresh);
+  photographer.Take(window, "main-no-races", {760, 480});
   window.OpenLeagueFile(arguments[3].toStdString());
   photographer.Take(window, "main", {760, 480});
   {

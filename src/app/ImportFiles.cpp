@@ -323,6 +323,16 @@ std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::Pr
   return found;
 }
 
+common::Message DuplicatesQuestion(const std::vector<Duplicate>& duplicates) {
+  constexpr std::size_t kMostNamed = 10;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(duplicates.size(), kMostNamed); ++i) {
+    text += fmt::format("{}: {}.\r\n", common::GetFileTitle(duplicates[i].file.path), duplicates[i].reason);
+  }
+  if (duplicates.size() > kMostNamed) text += fmt::format("... and {} more.\r\n", duplicates.size() - kMostNamed);
+  return {text + "\r\nDo you want to import all the same?", "Import", common::MessageIcon::Question};
+}
+
 void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>& ids) {
   engine::UnitOfWork work(league);
   for (const std::int32_t id : ids)

@@ -54,6 +54,10 @@ struct Duplicate {
 std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::ProcessState& state,
                                       const std::vector<StagedFile>& staged);
 
+// What is asked before such files are imported all the same.
+common::Message DuplicatesQuestion(const std::vector<Duplicate>& duplicates);
+
+// Removes staged races with their results. Throws EngineError; then none is removed.
 void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>& ids);
 
 struct ImportOutcome {

@@ -184,8 +184,10 @@ void LeagueSession::CopyPageDefaults() {
   for (int id = kFirstPageDefault; id <= kLastPageDefault; ++id) {
     if (common::GetSettingValue(*league_, id) != common::kMissingSetting) continue;
     std::string name;
-    const std::string value = common::GetSettingValue(templateDb_, id, &name);
+    std::string value = common::GetSettingValue(templateDb_, id, &name);
     if (value == common::kMissingSetting) continue;
+    // The template keeps the switch as a number; a league's pages go by the word.
+    if (id == common::kUseBackgroundImage) value = SettingFlag(templateDb_, id) ? "True" : "False";
     league_->Execute(
         fmt::format("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES ({},{},{})", id,
                     common::QuoteSQL(name), common::QuoteSQL(value)));

@@ -110,11 +110,8 @@ void StoreLeagueProperties(engine::Database& league, common::ProcessState& state
       {common::kDroppedRaces, properties.droppedRaces},
       {common::kLapReportingMethodSetting, properties.lapReportingMethod},
       {common::kSimTitle, properties.simType}};
-  engine::UnitOfWork work(league);
-  for (const auto& [id, value] : settings) {
-    if (!common::SaveSettingValue(league, id, std::to_string(value)))
-      throw engine::EngineError(engine::kReadOnly);
-  }
+  engine::UnitOfWork work(league, engine::UnitOfWork::OnError::TakeBack);
+  for (const auto& [id, value] : settings) common::StoreSetting(league, id, std::to_string(value));
   work.Commit();
   state.droppedRaces = properties.droppedRaces;
   state.lapReportingMethod = properties.lapReportingMethod;

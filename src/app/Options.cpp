@@ -2,6 +2,7 @@
 
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
+#include "import/ExportedStandings.h"
 #include "reports/PageLook.h"
 
 namespace scorvane::app {
@@ -17,8 +18,9 @@ const char* FlagText(bool on) {
 
 }  // namespace
 
-Options ReadOptions(engine::Database& templateDb) {
+Options ReadOptions(engine::Database& templateDb, const common::ProcessState& state) {
   Options options;
+  options.simFolders = state.simFolders;
   options.useBackgroundImage = Flag(templateDb, common::kUseBackgroundImage);
   options.backgroundImage = common::GetSettingValue(templateDb, common::kBackgroundImage);
   if (options.backgroundImage == common::kMissingSetting) options.backgroundImage.clear();
@@ -28,18 +30,25 @@ Options ReadOptions(engine::Database& templateDb) {
         common::ParseColor(common::GetSettingValue(templateDb, id)).value_or(reports::kDefaultPageColors[i]);
   }
   options.openPreviousFile = Flag(templateDb, common::kOpenPreviousFile);
-  options.showImportAlerts = Flag(templateDb, common::kShowImportAlerts);
+  options.showImportAlerts = import::ShowsImportAlerts(templateDb);
   return options;
 }
 
-void SaveOptions(engine::Database& templateDb, const Options& options) {
-  common::SaveSettingValue(templateDb, common::kUseBackgroundImage, FlagText(options.useBackgroundImage));
-  common::SaveSettingValue(templateDb, common::kBackgroundImage, options.backgroundImage);
+void SaveOptions(engine::Database& templateDb, common::ProcessState& state, const Options& options) {
+  const auto store = [&templateDb](int id, const std::string& value) {
+    common::StoreSetting(templateDb, id, value);
+  };
+  engine::UnitOfWork unit(templateDb, engine::UnitOfWork::OnError::TakeBack);
+  for (std::size_t i = 0; i < options.simFolders.size(); ++i)
+    store(Simulations()[i].setting, options.simFolders[i]);
+  store(common::kUseBackgroundImage, FlagText(options.useBackgroundImage));
+  store(common::kBackgroundImage, options.backgroundImage);
   for (std::size_t i = 0; i < options.colors.size(); ++i)
-    common::SaveSettingValue(templateDb, common::kFirstPageColor + static_cast<int>(i),
-                             common::ColorText(options.colors[i]));
-  common::SaveSettingValue(templateDb, common::kOpenPreviousFile, FlagText(options.openPreviousFile));
-  common::SaveSettingValue(templateDb, common::kShowImportAlerts, FlagText(options.showImportAlerts));
+    store(common::kFirstPageColor + static_cast<int>(i), common::ColorText(options.colors[i]));
+  store(common::kOpenPreviousFile, FlagText(options.openPreviousFile));
+  store(common::kShowImportAlerts, FlagText(options.showImportAlerts));
+  unit.Commit();
+  state.simFolders = options.simFolders;
 }
 
 }  // namespace scorvane::app

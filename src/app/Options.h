@@ -1,16 +1,19 @@
-// What the Options dialog keeps in the template beside the simulation folders: settings of the program, and
-// the page look that new league files start with.
+// What the Options dialog keeps in the template: the simulation folders, settings of the program, and the
+// page look that new league files start with.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string>
 
+#include "app/SimFolders.h"
+#include "common/ProcessState.h"
 #include "engine/Database.h"
 
 namespace scorvane::app {
 
 struct Options {
+  std::array<std::string, kSimulations> simFolders;
   bool useBackgroundImage = false;
   std::string backgroundImage;
   // Red in the low byte: background, text, hyperlink, visited hyperlink, active hyperlink.
@@ -19,10 +22,11 @@ struct Options {
   bool showImportAlerts = false;
 };
 
-// A setting that is missing or unreadable is off, empty, or the program's own colour.
-Options ReadOptions(engine::Database& templateDb);
+// The state's folders and the template's settings. A setting that is missing or unreadable is off, empty, or
+// the program's own colour; without one for the alerts these are shown, as imports show them.
+Options ReadOptions(engine::Database& templateDb, const common::ProcessState& state);
 
-// Failures are passed over.
-void SaveOptions(engine::Database& templateDb, const Options& options);
+// Stores all of it or nothing in the template, and then the folders in the state. Throws EngineError.
+void SaveOptions(engine::Database& templateDb, common::ProcessState& state, const Options& options);
 
 }  // namespace scorvane::app

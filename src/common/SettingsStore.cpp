@@ -29,15 +29,19 @@ std::string GetSettingValue(engine::Database& database, int id, std::string* nam
   }
 }
 
+void StoreSetting(engine::Database& database, int id, std::string_view value) {
+  const std::string quoted = QuoteSQL(value);
+  if (database.OpenRecordset(fmt::format("SELECT SettingsID FROM Settings WHERE SettingsID={}", id))
+          .AtEnd()) {
+    database.Execute(
+        fmt::format("INSERT INTO Settings (SettingsID,SettingValue) VALUES ({},{})", id, quoted));
+  }
+  database.Execute(fmt::format("UPDATE Settings SET SettingValue={} WHERE SettingsID={}", quoted, id));
+}
+
 bool SaveSettingValue(engine::Database& database, int id, std::string_view value) {
   try {
-    const std::string quoted = QuoteSQL(value);
-    if (database.OpenRecordset(fmt::format("SELECT SettingsID FROM Settings WHERE SettingsID={}", id))
-            .AtEnd()) {
-      database.Execute(
-          fmt::format("INSERT INTO Settings (SettingsID,SettingValue) VALUES ({},{})", id, quoted));
-    }
-    database.Execute(fmt::format("UPDATE Settings SET SettingValue={} WHERE SettingsID={}", quoted, id));
+    StoreSetting(database, id, value);
     return true;
   } catch (const std::exception&) {
     return false;

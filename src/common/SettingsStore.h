@@ -55,7 +55,10 @@ bool IsLeagueSetting(int id);
 // and on any error. `name`, when given, takes the setting's name and is left alone on an error.
 std::string GetSettingValue(engine::Database& database, int id, std::string* name = nullptr);
 
-// Stores a value, adding the row when it is not there. False on any error, without a message.
+// Stores a value, adding the row when it is not there. Throws EngineError.
+void StoreSetting(engine::Database& database, int id, std::string_view value);
+
+// The same where nobody is told of a failure: false on any error.
 bool SaveSettingValue(engine::Database& database, int id, std::string_view value);
 
 }  // namespace scorvane::common

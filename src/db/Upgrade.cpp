@@ -87,11 +87,24 @@ void MarkCriteriaOfNewSimulations(engine::Database& league, engine::Database& te
   });
 }
 
+// Rows older than a field have Null in it, which no comparison finds. `RankCriteria.N4` keeps it: a criterion of
+// the league's own is one of the older simulations.
+void FillFlag(engine::Database& league, const char* table, const char* field) {
+  Try([&] {
+    if (league.OpenRecordset(fmt::format("SELECT TOP 1 {0} FROM {1} WHERE {0} Is Null", field, table)).AtEnd())
+      return;
+    league.Execute(fmt::format("UPDATE {1} SET {0}=False WHERE {0} Is Null", field, table));
+  });
+}
+
 }  // namespace
 
 void UpgradeLeagueFile(engine::Database& league, engine::Database& templateDb) {
   engine::UnitOfWork unit(league);
-  if (!FieldExists(league, "Stats", "Dropped")) TryAppend(league, "Stats", "Dropped", FieldType::Boolean);
+  if (!FieldExists(league, "Stats", "Dropped")) {
+    TryAppend(league, "Stats", "Dropped", FieldType::Boolean);
+    FillFlag(league, "Stats", "Dropped");
+  }
   if (!FieldExists(league, "Driver", "Exclude")) TryAppend(league, "Driver", "Exclude", FieldType::Boolean);
   if (!FieldExists(league, "Race", "RaceTime")) AppendRaceStatistics(league);
   if (!TableExists(league, "STNRace")) Try([&] { CreateStagingAndTemplateTables(league, templateDb); });
@@ -101,6 +114,8 @@ void UpgradeLeagueFile(engine::Database& league, engine::Database& templateDb) {
     TryAppend(templateDb, "ReportField", "Hidden", FieldType::Boolean);
   if (WeatherIsNarrow(league)) WidenWeather(league);
   if (!FieldExists(league, "RankCriteria", "N4")) MarkCriteriaOfNewSimulations(league, templateDb);
+  FillFlag(league, "Driver", "Exclude");
+  FillFlag(league, "Driver", "Rookie");
   Try([&] { unit.Commit(); });
 }
 

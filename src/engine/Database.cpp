@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <utility>
 
 #include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
@@ -341,6 +342,22 @@ const std::string& Database::Name() const {
 std::int64_t Database::FreePages() const {
   StatementPtr statement = impl_->Prepare("PRAGMA freelist_count");
   return sqlite3_step(statement.get()) == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : 0;
+}
+
+std::int64_t Database::Impl::DataVersion() {
+  try {
+    StatementPtr statement = Prepare("PRAGMA data_version");
+    return sqlite3_step(statement.get()) == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : -1;
+  } catch (const EngineError&) {
+    return -1;
+  }
+}
+
+bool Database::ChangedByOthers() {
+  const std::int64_t now = impl_->DataVersion();
+  if (now < 0) return false;
+  const std::int64_t before = std::exchange(impl_->dataVersion, now);
+  return before >= 0 && before != now;
 }
 
 // ---- units of work

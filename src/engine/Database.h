@@ -67,6 +67,10 @@ class Database {
   // What is wrong with the file as the store sees it; empty when it is whole.
   std::vector<std::string> CheckIntegrity();
 
+  // True once after another connection, of this or of another program, has committed something since the file
+  // was opened or this was last asked. False when it cannot be told.
+  bool ChangedByOthers();
+
   // Pages of the file that hold nothing; a compaction gives them back.
   std::int64_t FreePages() const;
 

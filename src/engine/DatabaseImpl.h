@@ -53,6 +53,8 @@ struct Database::Impl : sql::Catalog {
   bool Step(Prepared& prepared);
   [[noreturn]] void ThrowStepError(Prepared& prepared, int code);
   void ClearCache();
+  // A number that another is when another connection has committed meanwhile; -1 when it cannot be read.
+  std::int64_t DataVersion();
   // Steps a statement that yields no rows and tells how many rows it changed.
   std::int64_t Change(Prepared& prepared);
   std::int64_t InsertInto(Prepared& prepared);
@@ -97,6 +99,8 @@ struct Database::Impl : sql::Catalog {
   std::unordered_map<std::string, int> targetNumbers;
   sql::Lexed lexed;
   std::vector<Value> bound;  // what the parameters of the running statement point into
+
+  std::int64_t dataVersion = -1;  // when it was last asked for
 
   int units = 0;          // units of work that are open
   bool unitLost = false;  // the store has rolled the unit back on its own

@@ -170,6 +170,7 @@ std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenO
     throw;
   }
   impl->CheckCollation();
+  impl->dataVersion = impl->DataVersion();
   return std::make_unique<Database>(std::move(impl));
 }
 

@@ -1,5 +1,6 @@
 #include "forms/frmAddRaces.h"
 
+#include <QEventLoop>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kListCharacters = 48;
 constexpr int kListLines = 12;
+constexpr int kPathRole = Qt::UserRole + 1;  // of a listed file; its staged race is the user's role
 
 // Lists the folders of files that have one below each other, and leaves four blanks behind the widest item
 // before the list scrolls.
@@ -217,10 +219,7 @@ void frmAddRaces::AddFiles() {
 
 void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   const bool several = paths.size() > 1;
-  const bool shown = isVisible();
-  // Out of sight only: hiding it as a dialog would end it.
-  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
-  if (several && shown) QWidget::setVisible(false);
+  if (several) hide();
   app::StagedFiles staged;
   const bool done = Guarded(context_.ui, [&] {
     const WaitCursor wait;
@@ -231,11 +230,7 @@ void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   if (lstRaces_->count() > 0) buttons_[kImport]->setEnabled(true);
   if (done && !showAlerts_ && staged.failed > 0)
     context_.ui.ShowMessage(app::FailedFilesWarning(staged.failed));
-  if (several && shown) {
-    setModal(true);
-    QWidget::setVisible(true);  // NOLINT(bugprone-parent-virtual-call)
-    activateWindow();
-  }
+  if (several) ShowAgain();
 }
 
 void frmAddRaces::ListFile(const app::StagedFile& file) {
@@ -244,6 +239,7 @@ void frmAddRaces::ListFile(const app::StagedFile& file) {
   if (folder != defaultFolder_) text += "\t" + folder;
   auto* item = new QListWidgetItem(Q(text), lstRaces_);
   item->setData(Qt::UserRole, file.raceId);
+  item->setData(kPathRole, Q(file.path));
 }
 
 void frmAddRaces::RemoveFiles() {
@@ -271,12 +267,60 @@ void frmAddRaces::EditFile() {
   });
 }
 
-void frmAddRaces::Import() {
-  accept();
-  Guarded(context_.ui, [&] {
+// What seems to be in the league already is asked about once, before anything is done.
+bool frmAddRaces::MeansDuplicates() {
+  std::vector<app::Duplicate> duplicates;
+  const bool looked = Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    app::ImportStaged(context_.session.League(), context_.state, context_.ui);
+    std::vector<app::StagedFile> staged;
+    for (int row = 0; row < lstRaces_->count(); ++row) {
+      const QListWidgetItem* item = lstRaces_->item(row);
+      staged.push_back({Utf8(item->data(kPathRole).toString()), item->data(Qt::UserRole).toInt()});
+    }
+    duplicates = app::FindDuplicates(context_.session.League(), context_.state, staged);
   });
+  if (!looked) return false;
+  if (duplicates.empty()) return true;
+  return context_.ui.Ask(app::DuplicatesQuestion(duplicates), common::Buttons::YesNo) == common::Answer::Yes;
+}
+
+void frmAddRaces::Import() {
+  if (!MeansDuplicates()) return;
+  hide();
+  bool imported = false;
+  Guarded(context_.ui, [&] {
+    app::ImportOutcome outcome;
+    {
+      const WaitCursor wait;
+      outcome = app::ImportStaged(context_.session.League(), context_.state, context_.ui);
+    }
+    imported = outcome.done;
+    for (const std::string& note : outcome.notes)
+      context_.ui.ShowMessage({note, "Import", common::MessageIcon::Information});
+  });
+  // What failed left nothing in the league: the list stays, to be mended and imported again.
+  if (imported) {
+    accept();
+  } else {
+    ShowAgain();
+  }
+}
+
+int frmAddRaces::exec() {
+  setModal(true);
+  setResult(Rejected);
+  show();
+  QEventLoop loop;
+  connect(this, &QDialog::finished, &loop, &QEventLoop::quit);
+  loop.exec(QEventLoop::DialogExec);
+  return result();
+}
+
+// Where it was, not where a dialog comes up at first.
+void frmAddRaces::ShowAgain() {
+  move(pos());
+  show();
+  activateWindow();
 }
 
 }  // namespace scorvane::forms

@@ -21,6 +21,10 @@ class frmAddRaces : public QDialog {
   // Empties the staging tables of the open league. Throws EngineError.
   explicit frmAddRaces(FormContext& context, QWidget* parent = nullptr);
 
+  // While files are read, or imported, the dialog is hidden. That does not end it, as it would end Qt's own
+  // loop: an answer does.
+  int exec() override;
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -35,8 +39,10 @@ class frmAddRaces : public QDialog {
   void ListFile(const app::StagedFile& file);
   void RemoveFiles();
   void EditFile();
+  bool MeansDuplicates();
   void Import();
   void SelectionChanged();
+  void ShowAgain();
 
   FormContext& context_;
   bool showAlerts_;

@@ -29,7 +29,7 @@ bool SortsBefore(const std::string& a, const std::string& b, char decimal) {
 }
 
 QString YesNo(bool flag) {
-  return flag ? QStringLiteral("Yes") : QStringLiteral("No");
+  return flag ? frmDriverList::tr("Yes") : frmDriverList::tr("No");
 }
 
 }  // namespace
@@ -67,8 +67,7 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
                               {kClose, tr("Close"), tr("Close this dialog")}},
                              5);
 
-  connect(grid_, &SelectionGrid::SelectionChanged, this,
-          [this] { buttons_[kEdit]->setEnabled(count_ > 0 && grid_->OneRowSelected()); });
+  connect(grid_, &SelectionGrid::SelectionChanged, this, &frmDriverList::UpdateButtons);
   connect(grid_, &SelectionGrid::InsertPressed, buttons_[kAdd], &QPushButton::click);
   connect(grid_, &SelectionGrid::DeletePressed, buttons_[kRemove], &QPushButton::click);
   connect(grid_, &SelectionGrid::EnterPressed, this, [this] {
@@ -99,20 +98,16 @@ void frmDriverList::LoadDrivers() {
   std::vector<SelectionGrid::Row> rows;
   for (const drivers::Driver& driver : all)
     rows.push_back({{Q(driver.name), YesNo(driver.excluded)}, driver.id});
-  count_ = static_cast<int>(all.size());
   if (rows.empty()) rows.emplace_back();
   grid_->SetRows(std::move(rows));
-  ShowCount();
-  EnableDriverButtons(!all.empty());
   grid_->SelectRows(0, 0);
+  UpdateButtons();
 }
 
-void frmDriverList::ShowCount() {
-  lblNumDrivers_->setText(QString::number(count_));
-}
-
-void frmDriverList::EnableDriverButtons(bool enabled) {
-  for (const int index : {kEdit, kRemove, kInclude, kExclude}) buttons_[index]->setEnabled(enabled);
+void frmDriverList::UpdateButtons() {
+  for (const int index : {kRemove, kInclude, kExclude}) buttons_[index]->setEnabled(HasDrivers());
+  buttons_[kEdit]->setEnabled(HasDrivers() && grid_->OneRowSelected());
+  lblNumDrivers_->setText(QString::number(HasDrivers() ? grid_->RowCount() : 0));
 }
 
 std::vector<std::int32_t> frmDriverList::SelectedIds() const {
@@ -123,7 +118,7 @@ std::vector<std::int32_t> frmDriverList::SelectedIds() const {
 }
 
 void frmDriverList::SortByColumn(int column) {
-  if (count_ == 0) return;
+  if (!HasDrivers()) return;
   bool& ascending = ascending_[static_cast<std::size_t>(column)];
   ascending = !ascending;
   grid_->SortRows([&](const SelectionGrid::Row& a, const SelectionGrid::Row& b) {
@@ -143,7 +138,7 @@ void frmDriverList::SetExclude(bool exclude) {
 }
 
 void frmDriverList::RemoveDrivers(bool ask) {
-  if (count_ == 0 || grid_->FirstSelected() < 0) return;
+  if (!HasDrivers() || grid_->FirstSelected() < 0) return;
   const bool one = grid_->OneRowSelected();
   const common::Message question{one ? "Removing this driver will also remove the points associated with the "
                                        "driver.\r\nDo you want to continue?"
@@ -156,16 +151,14 @@ void frmDriverList::RemoveDrivers(bool ask) {
     drivers::RemoveDrivers(context_.session.League(), SelectedIds());
     const int first = grid_->FirstSelected();
     for (int row = grid_->LastSelected(); row >= first; --row) {
-      if (count_ > 1) {
+      if (grid_->RowCount() > 1) {
         grid_->RemoveRow(row);
       } else {
         grid_->SetRow(row, {});
-        EnableDriverButtons(false);
       }
-      --count_;
     }
-    ShowCount();
     grid_->SelectRows(first, first);
+    UpdateButtons();
   });
 }
 
@@ -196,15 +189,11 @@ void frmDriverList::AddDriver() {
     editor.Mode(frmEditDriver::kAdd);
     editor.exec();
     if (editor.Cancelled()) return;
-    if (count_ == 0) {
-      // The empty row makes room, and there is a driver to work on now.
-      grid_->ClearRows();
-      EnableDriverButtons(true);
-    }
+    // The empty row makes room.
+    if (!HasDrivers()) grid_->ClearRows();
     grid_->AddRow({{Q(editor.DriverName()), YesNo(editor.Excluded())}, editor.DriverID()});
-    ++count_;
-    ShowCount();
     grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
+    UpdateButtons();
   });
 }
 

@@ -27,15 +27,15 @@ class frmDriverList : public QDialog {
   void AddDriver();
   int FindDriverRow(std::int32_t id) const;
   void RemoveExcludedResults();
-  void ShowCount();
-  void EnableDriverButtons(bool enabled);
+  void UpdateButtons();
+  // An empty list shows one empty row.
+  bool HasDrivers() const { return grid_->RowData(0) != 0; }
   std::vector<std::int32_t> SelectedIds() const;
 
   FormContext& context_;
   SelectionGrid* grid_;
   QLabel* lblNumDrivers_;
   std::map<int, QPushButton*> buttons_;
-  int count_ = 0;
   std::array<bool, 2> ascending_ = {false, true};  // how each column was sorted last
 };
 

@@ -23,8 +23,9 @@ constexpr int kReasonLength = 25;
 frmEditDriver2::frmEditDriver2(FormContext& context, QWidget* parent) : QDialog(parent), context_(context) {
   setObjectName(QStringLiteral("frmEditDriver2"));
   setWindowTitle(tr("Edit Driver Result"));
-  static constexpr const char* kLabels[] = {"Finish:", "Start:", "Name:",      "Laps Run:",   "Laps Led:",
-                                            "Points:", "Bonus:", "Avg Speed:", "Qualifying:", "Winnings:"};
+  const QString labels[] = {tr("Finish:"),     tr("Start:"),   tr("Name:"),  tr("Laps Run:"),
+                            tr("Laps Led:"),   tr("Points:"),  tr("Bonus:"), tr("Avg Speed:"),
+                            tr("Qualifying:"), tr("Winnings:")};
   auto* form = new QFormLayout;
   for (std::size_t i = 0; i < txtInfo_.size(); ++i) {
     const auto field = static_cast<int>(i);
@@ -34,7 +35,7 @@ frmEditDriver2::frmEditDriver2(FormContext& context, QWidget* parent) : QDialog(
           return scoring::AcceptsCharacter(field, Utf8(text), static_cast<char32_t>(c.unicode()));
         },
         this);
-    auto* label = new QLabel(QString::fromLatin1(kLabels[i]), this);
+    auto* label = new QLabel(labels[i], this);
     label->setObjectName(QStringLiteral("lblInfo_%1").arg(i));
     label->setBuddy(box);
     box->setAccessibleName(label->text());

@@ -162,12 +162,12 @@ void frmEditRace::FillGrid() {
     grid_->SetRows(std::move(rows));
     grid_->setUpdatesEnabled(true);
   }
-  buttons_[kRemove]->setEnabled(!results.empty());
   grid_->SelectRows(0, 0);
   SelectionChanged();
 }
 
 void frmEditRace::SelectionChanged() {
+  buttons_[kRemove]->setEnabled(HasResults());
   buttons_[kEdit]->setEnabled(HasResults() && grid_->OneRowSelected());
 }
 
@@ -195,7 +195,6 @@ void frmEditRace::AddResult() {
   });
   grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   grid_->scrollToBottom();
-  buttons_[kRemove]->setEnabled(true);
   SelectionChanged();
 }
 
@@ -232,7 +231,6 @@ void frmEditRace::RemoveResults() {
         continue;
       }
       grid_->SetRow(row, {});
-      buttons_[kRemove]->setEnabled(false);
     }
   });
   grid_->SelectRows(first, first);

@@ -112,24 +112,24 @@ QWidget* frmExport::BuildTextTab() {
   struct Line {
     QPlainTextEdit** box;
     const char* name;
-    const char* caption;
+    QString caption;
     int color;
-    const char* colorName;
+    QString colorName;
   };
   const Line lines[] = {
-      {&txtHeading_, "txtHeading", "Page &Heading:", kHeadingColor, "Color for Page Heading:"},
-      {&txtRepName_, "txtRepName", "Report &Name:", kReportNameColor, "Color for Report Name:"},
-      {&txtCaption_, "txtCaption", "Table &Caption:", kCaptionColor, "Color for Table Caption:"}};
+      {&txtHeading_, "txtHeading", tr("Page &Heading:"), kHeadingColor, tr("Color for Page Heading:")},
+      {&txtRepName_, "txtRepName", tr("Report &Name:"), kReportNameColor, tr("Color for Report Name:")},
+      {&txtCaption_, "txtCaption", tr("Table &Caption:"), kCaptionColor, tr("Color for Table Caption:")}};
   int row = 0;
   for (const Line& line : lines) {
-    auto* label = new QLabel(QString::fromLatin1(line.caption), page);
-    *line.box = TextBox(line.name, QString::fromLatin1(line.caption).remove(QLatin1Char('&')));
+    auto* label = new QLabel(line.caption, page);
+    *line.box = TextBox(line.name, QString(line.caption).remove(QLatin1Char('&')));
     label->setBuddy(*line.box);
     grid->addWidget(label, row++, 0, 1, 2);
     grid->addWidget(*line.box, row++, 0, 1, 2);
     auto* colors = new QHBoxLayout;
-    colors->addWidget(new QLabel(QString::fromLatin1(line.colorName), page));
-    colors->addWidget(Square(line.color, QString::fromLatin1(line.colorName)));
+    colors->addWidget(new QLabel(line.colorName, page));
+    colors->addWidget(Square(line.color, line.colorName));
     colors->addStretch();
     grid->addLayout(colors, row++, 0, 1, 2);
   }
@@ -141,32 +141,32 @@ QWidget* frmExport::BuildTableTab() {
   auto* page = new QWidget(this);
   auto* layoutBox = new QGroupBox(tr("Layout"), page);
   auto* form = new QFormLayout(layoutBox);
-  static constexpr const char* kLayout[] = {"Border Size:", "Cell Padding:", "Cell Spacing:"};
+  const QString captions[] = {tr("Border Size:"), tr("Cell Padding:"), tr("Cell Spacing:")};
   for (std::size_t i = 0; i < txtLayout_.size(); ++i) {
     auto* box = new EntryBox(QStringLiteral("txtLayout_%1").arg(i), EntryBox::Digits(), layoutBox);
     box->setToolTip(tr("Integer between 0 and 100"));
     box->setMaxLength(5);
     box->setMaximumWidth(box->fontMetrics().averageCharWidth() * 10);
-    box->setAccessibleName(QString::fromLatin1(kLayout[i]));
+    box->setAccessibleName(captions[i]);
     connect(box, &EntryBox::Left, this, [this, i] { LeaveLayoutBox(i); });
-    form->addRow(QString::fromLatin1(kLayout[i]), box);
+    form->addRow(captions[i], box);
     txtLayout_[i] = box;
   }
   auto* colorBox = new QGroupBox(tr("Colors"), page);
   auto* grid = new QGridLayout(colorBox);
-  static constexpr const char* kSwitches[] = {
-      "Header row colors:", "Default row colors:", "Alternate Row Colors:", "Border", "Table Background:"};
-  static constexpr const char* kNames[] = {"Text:",       "Background:", "Text:", "Background:", "Text:",
-                                           "Background:", "Light:",      "Dark:", "Background:", ""};
+  const QString switches[] = {tr("Header row colors:"), tr("Default row colors:"),
+                              tr("Alternate Row Colors:"), tr("Border"), tr("Table Background:")};
+  const QString names[] = {tr("Text:"),       tr("Background:"), tr("Text:"), tr("Background:"), tr("Text:"),
+                           tr("Background:"), tr("Light:"),      tr("Dark:"), tr("Background:"), QString()};
   for (int k = 0; k < static_cast<int>(chkRowColors_.size()); ++k) {
-    auto* check = new QCheckBox(QString::fromLatin1(kSwitches[k]), colorBox);
+    auto* check = new QCheckBox(switches[k], colorBox);
     check->setObjectName(QStringLiteral("chkRowColors_%1").arg(k));
     connect(check, &QCheckBox::toggled, this, [this] { ApplyRules(); });
     chkRowColors_[static_cast<std::size_t>(k)] = check;
     grid->addWidget(check, k, 0);
     for (int side = 0; side < 2; ++side) {
       const int place = 2 * k + side;
-      auto* label = new QLabel(QString::fromLatin1(kNames[place]), colorBox);
+      auto* label = new QLabel(names[place], colorBox);
       label->setObjectName(QStringLiteral("lblRowColors_%1").arg(place));
       lblRowColors_[static_cast<std::size_t>(place)] = label;
       ColorSquare* square =
@@ -191,15 +191,15 @@ QWidget* frmExport::BuildPageTab() {
   auto* page = new QWidget(this);
   auto* options = new QGroupBox(tr("Page Options:"), page);
   auto* grid = new QGridLayout(options);
-  static constexpr const char* kColors[] = {
-      "Background:", "Text:", "Hyperlink:", "Visited Hyperlink:", "Active Hyperlink:"};
-  static constexpr const char* kToolTips[] = {"Color of page background", "Color of page text (table)",
-                                              "Color of hyperlinks", "Color of a visited hyperlink",
-                                              "Color of the active hyperlink"};
+  const QString colors[] = {tr("Background:"), tr("Text:"), tr("Hyperlink:"), tr("Visited Hyperlink:"),
+                            tr("Active Hyperlink:")};
+  const QString toolTips[] = {tr("Color of page background"), tr("Color of page text (table)"),
+                              tr("Color of hyperlinks"), tr("Color of a visited hyperlink"),
+                              tr("Color of the active hyperlink")};
   for (int i = 0; i < 5; ++i) {
-    ColorSquare* square = Square(i, QString::fromLatin1(kToolTips[i]));
-    square->setToolTip(QString::fromLatin1(kToolTips[i]));
-    grid->addWidget(new QLabel(QString::fromLatin1(kColors[i]), options), i % 3, 2 * (i / 3), Qt::AlignRight);
+    ColorSquare* square = Square(i, toolTips[i]);
+    square->setToolTip(toolTips[i]);
+    grid->addWidget(new QLabel(colors[i], options), i % 3, 2 * (i / 3), Qt::AlignRight);
     grid->addWidget(square, i % 3, 2 * (i / 3) + 1);
   }
   chkBGImage_ = new QCheckBox(tr("Background &Image"), options);
@@ -230,9 +230,8 @@ QWidget* frmExport::BuildPageTab() {
     cboFontList_->addItem(standard);
   cboFontSize_ = new QComboBox(fontBox);
   cboFontSize_->setObjectName(QStringLiteral("cboFontSize"));
-  for (const char* size : {"Normal", "1  (  8 pt)", "2  (10 pt)", "3  (12 pt)", "4  (14 pt)", "5  (18 pt)",
-                           "6  (24 pt)", "7  (36 pt)"})
-    cboFontSize_->addItem(QString::fromLatin1(size));
+  cboFontSize_->addItems({tr("Normal"), tr("1  (  8 pt)"), tr("2  (10 pt)"), tr("3  (12 pt)"),
+                          tr("4  (14 pt)"), tr("5  (18 pt)"), tr("6  (24 pt)"), tr("7  (36 pt)")});
   form->addRow(tr("&Font:"), cboFontList_);
   form->addRow(tr("&Size:"), cboFontSize_);
   auto* layout = new QVBoxLayout(page);
@@ -334,11 +333,8 @@ void frmExport::Preview() {
 
 void frmExport::Export() {
   const bool stored = Guarded(context_.ui, [&] {
-    engine::UnitOfWork unit(context_.session.League());
-    if (!reports::SavePageTexts(context_.session.League(), Texts()) ||
-        !reports::SavePageLook(context_.session.League(), Look()))
-      throw engine::EngineError(engine::kReadOnly);
-    unit.Commit();
+    const WaitCursor wait;
+    reports::SavePageSettings(context_.session.League(), Texts(), Look());
   });
   if (!stored) return;
   cancelled_ = false;

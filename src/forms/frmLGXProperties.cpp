@@ -140,7 +140,9 @@ void frmLGXProperties::TakeOver() {
       done = Create();
     } else {
       const WaitCursor wait;
-      done = app::CanSwitchSimulation(context_.state, context_.ui, Properties().simType);
+      if (!app::CanSwitchSimulation(context_.state, context_.ui, Properties().simType)) return;
+      StoreProperties();
+      done = true;
     }
   });
   if (!done) return;
@@ -152,7 +154,6 @@ bool frmLGXProperties::Create() {
   const WaitCursor wait;
   const std::string path = app::CompleteLeaguePath(Utf8(txtFileName_->text()), platform::ApplicationFolder());
   if (cboTitle_->currentIndex() < 0) {
-    fileName_ = path;
     app::ShowCreationError(context_.ui, "Please choose the racing simulation.");
     cboTitle_->setFocus();
     return false;
@@ -160,7 +161,8 @@ bool frmLGXProperties::Create() {
   const app::Creation created =
       app::CreateLeagueAsking(context_.engine, context_.session, context_.ui, path, Properties());
   if (created != app::Creation::Declined) fileName_ = path;
-  return created == app::Creation::Done;
+  created_ = created == app::Creation::Done;
+  return created_;
 }
 
 void frmLGXProperties::StoreProperties() {
@@ -173,8 +175,12 @@ void frmLGXProperties::reject() {
   QDialog::reject();
 }
 
-// The close box is no answer: what was said before it stands.
+// The close box is no answer: what was said before it stands. What was chosen for the open league is stored.
 void frmLGXProperties::closeEvent(QCloseEvent* event) {
+  if (!newDialog_ && isVisible() && !Guarded(context_.ui, [&] { StoreProperties(); })) {
+    event->ignore();
+    return;
+  }
   if (isVisible()) done(Rejected);
   event->accept();
 }

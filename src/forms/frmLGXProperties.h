@@ -21,17 +21,16 @@ class frmLGXProperties : public QDialog {
   // then offers.
   void NewDialog(bool isNew);
   bool NewDialog() const { return newDialog_; }
-  // The new league's path; empty when none was made. After an attempt that failed it is the path of that.
+  // The new league's path, also after an attempt to make it that failed; empty before.
   const std::string& FileName() const { return fileName_; }
   // True only when the Cancel button, or the Esc key, ended the dialog.
   bool Cancelled() const { return cancelled_; }
   // The code of the chosen option.
   std::int16_t LapReportingMethod() const;
+  // True once a new league has been made.
+  bool Created() const { return created_; }
   // The open league; null when there is none.
   engine::Database* CurrentDB() const;
-
-  // Stores what was chosen for the open league. Throws EngineError.
-  void StoreProperties();
 
   void reject() override;
 
@@ -42,11 +41,14 @@ class frmLGXProperties : public QDialog {
   void UpdateButtons();
   void TakeOver();
   bool Create();
+  // Stores what was chosen for the open league. Throws EngineError.
+  void StoreProperties();
   app::LeagueProperties Properties() const;
 
   FormContext& context_;
   bool newDialog_ = true;
   bool cancelled_ = false;
+  bool created_ = false;
   std::string fileName_;
   QLineEdit* txtFileName_;
   QComboBox* cboTitle_;

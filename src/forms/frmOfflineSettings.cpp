@@ -27,16 +27,15 @@ frmOfflineSettings::frmOfflineSettings(FormContext& context, QWidget* parent)
   grid_->horizontalHeader()->hide();
   grid_->horizontalHeader()->setStretchLastSection(true);
   grid_->setMinimumHeight(grid_->fontMetrics().height() * 14);
-  static constexpr const char* kToolTips[] = {"Make item(s) a higher priority",
-                                              "Make item(s) a lower priority"};
+  const QString toolTips[] = {tr("Make item(s) a higher priority"), tr("Make item(s) a lower priority")};
   auto* moves = new QVBoxLayout;
   moves->addStretch();
   for (std::size_t i = 0; i < cmdMove_.size(); ++i) {
     cmdMove_[i] = new QToolButton(this);
     cmdMove_[i]->setObjectName(QStringLiteral("cmdMove_%1").arg(i));
     cmdMove_[i]->setArrowType(i == 0 ? Qt::UpArrow : Qt::DownArrow);
-    cmdMove_[i]->setToolTip(QString::fromLatin1(kToolTips[i]));
-    cmdMove_[i]->setAccessibleName(QString::fromLatin1(kToolTips[i]));
+    cmdMove_[i]->setToolTip(toolTips[i]);
+    cmdMove_[i]->setAccessibleName(toolTips[i]);
     cmdMove_[i]->setFocusPolicy(Qt::StrongFocus);
     connect(cmdMove_[i], &QToolButton::clicked, this, [this, i] { Move(i == 0 ? -1 : 1); });
     moves->addWidget(cmdMove_[i]);

@@ -12,6 +12,7 @@
 #include "app/SimFolders.h"
 #include "common/Formats.h"
 #include "forms/widgets/Filters.h"
+#include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 
 namespace scorvane::forms {
@@ -44,7 +45,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   layout->addWidget(tabs, 1);
   layout->addWidget(buttons);
 
-  const app::Options options = app::ReadOptions(context.templateDb);
+  const app::Options options = app::ReadOptions(context.templateDb, context.state);
   chkLastFileFlag_->setChecked(options.openPreviousFile);
   chkImportAlerts_->setChecked(options.showImportAlerts);
   chkBGImage_->setChecked(options.useBackgroundImage);
@@ -116,17 +117,16 @@ QWidget* frmOptions::BuildHtmlTab() {
   connect(chkBGImage_, &QCheckBox::toggled, cmdBGImage_, &QWidget::setEnabled);
   connect(cmdBGImage_, &QPushButton::clicked, this, &frmOptions::BrowseImage);
   auto* grid = new QGridLayout;
-  static constexpr const char* kColors[] = {
-      "Background:", "Text:", "Hyperlink:", "Visited Hyperlink:", "ActiveHyperlink:"};
-  static constexpr const char* kToolTips[] = {"Color of page background", "Color of page text (table)",
-                                              "Color of hyperlinks", "Color of visited hyperlinks",
-                                              "Color of the active hyperlink"};
+  const QString colors[] = {tr("Background:"), tr("Text:"), tr("Hyperlink:"), tr("Visited Hyperlink:"),
+                            tr("ActiveHyperlink:")};
+  const QString toolTips[] = {tr("Color of page background"), tr("Color of page text (table)"),
+                              tr("Color of hyperlinks"), tr("Color of visited hyperlinks"),
+                              tr("Color of the active hyperlink")};
   for (std::size_t i = 0; i < lblColor_.size(); ++i) {
-    const QString toolTip = QString::fromLatin1(kToolTips[i]);
-    lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTip, context_.ui, page);
-    lblColor_[i]->setToolTip(toolTip);
+    lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTips[i], context_.ui, page);
+    lblColor_[i]->setToolTip(toolTips[i]);
     const int line = static_cast<int>(i);
-    grid->addWidget(new QLabel(QString::fromLatin1(kColors[i]), page), line, 0);
+    grid->addWidget(new QLabel(colors[i], page), line, 0);
     grid->addWidget(lblColor_[i], line, 1);
   }
   grid->setColumnStretch(2, 1);
@@ -171,31 +171,33 @@ void frmOptions::BrowseImage() {
   if (!chosen.empty() && !common::TrimBlanks(chosen.front()).empty()) txtBGImage_->setText(Q(chosen.front()));
 }
 
-void frmOptions::Confirm() {
-  std::array<std::string, app::kSimulations> folders;
-  for (int row = 0; row < app::kSimulations; ++row)
-    folders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
-  const app::FolderCheck check = app::CheckSimFolders(folders);
-  if (!check.failing.empty()) {
-    context_.ui.ShowMessage(check.message);
-    return;
-  }
-  cancelled_ = false;
-  accept();
-}
-
-void frmOptions::StoreOptions() {
-  for (int row = 0; row < app::kSimulations; ++row) {
-    context_.state.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
-    app::SaveNASCARPaths(context_.templateDb, context_.state, row);
-  }
+app::Options frmOptions::Chosen() const {
   app::Options options;
+  for (int row = 0; row < app::kSimulations; ++row)
+    options.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
   options.useBackgroundImage = chkBGImage_->isChecked();
   options.backgroundImage = Utf8(txtBGImage_->text());
   for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();
   options.openPreviousFile = chkLastFileFlag_->isChecked();
   options.showImportAlerts = chkImportAlerts_->isChecked();
-  app::SaveOptions(context_.templateDb, options);
+  return options;
+}
+
+void frmOptions::Confirm() {
+  const app::FolderCheck check = app::CheckSimFolders(Chosen().simFolders);
+  if (!check.failing.empty()) {
+    context_.ui.ShowMessage(check.message);
+    return;
+  }
+  if (Store()) accept();
+}
+
+// An error leaves the dialog open, with what was chosen.
+bool frmOptions::Store() {
+  return Guarded(context_.ui, [&] {
+    const WaitCursor wait;
+    app::SaveOptions(context_.templateDb, context_.state, Chosen());
+  });
 }
 
 void frmOptions::reject() {
@@ -205,9 +207,8 @@ void frmOptions::reject() {
 
 void frmOptions::closeEvent(QCloseEvent* event) {
   // The close box keeps what was chosen, as OK does, but checks no folder.
-  event->accept();
-  cancelled_ = false;
-  done(QDialog::Accepted);
+  event->setAccepted(Store());
+  if (event->isAccepted()) accept();
 }
 
 }  // namespace scorvane::forms

@@ -1,4 +1,5 @@
-// The options: simulation folders, start-up and import, and the page defaults of new leagues.
+// The options: simulation folders, start-up and import, and the page defaults of new leagues. OK and the
+// close box store them in the template.
 #pragma once
 
 #include <QCheckBox>
@@ -18,9 +19,8 @@ class frmOptions : public QDialog {
  public:
   explicit frmOptions(FormContext& context, QWidget* parent = nullptr);
 
+  // True once Cancel, or the Esc key, has ended the dialog: nothing was stored.
   bool Cancelled() const { return cancelled_; }
-  // Stores what was chosen in the template and in the process state. Throws EngineError.
-  void StoreOptions();
 
  protected:
   void reject() override;
@@ -32,7 +32,9 @@ class frmOptions : public QDialog {
   void SelectPath();
   void ClearPaths();
   void BrowseImage();
+  app::Options Chosen() const;
   void Confirm();
+  bool Store();
 
   FormContext& context_;
   SelectionGrid* fgPaths_ = nullptr;

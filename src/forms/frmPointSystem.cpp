@@ -63,8 +63,8 @@ QWidget* frmPointSystem::BuildPositions() {
                              fgPoints_->columnWidth(2) + 36);
   fgPoints_->setMinimumHeight(fgPoints_->fontMetrics().height() * 12);
 
-  static constexpr const char* kLabels[] = {"Total Positions:", "Fill positions", "through",
-                                            "with an initial value of", "and an interval of"};
+  const QString labels[] = {tr("Total Positions:"), tr("Fill positions"), tr("through"),
+                            tr("with an initial value of"), tr("and an interval of")};
   auto* tool = new QGridLayout;
   tool->setVerticalSpacing(kTightSpacing);
   int line = 0;
@@ -72,7 +72,7 @@ QWidget* frmPointSystem::BuildPositions() {
     auto* box = new EntryBox(QStringLiteral("txtPoints_%1").arg(i), EntryBox::Digits(), frame);
     box->setMaximumWidth(box->fontMetrics().horizontalAdvance(QStringLiteral("000000000000")));
     box->setMaxLength(kPointDigits);
-    auto* label = new QLabel(QString::fromLatin1(kLabels[i]), frame);
+    auto* label = new QLabel(labels[i], frame);
     label->setBuddy(box);
     box->setAccessibleName(label->text());
     tool->addWidget(label, line, 0);
@@ -87,9 +87,9 @@ QWidget* frmPointSystem::BuildPositions() {
   tool->addWidget(label, line, 0);
   auto* group = new QButtonGroup(frame);
   auto* options = new QVBoxLayout;
-  static constexpr const char* kColumns[] = {"Points", "Prize Money"};
+  const QString columns[] = {tr("Points"), tr("Prize Money")};
   for (std::size_t i = 0; i < optPoints_.size(); ++i) {
-    optPoints_[i] = new QRadioButton(QString::fromLatin1(kColumns[i]), frame);
+    optPoints_[i] = new QRadioButton(columns[i], frame);
     optPoints_[i]->setObjectName(QStringLiteral("optPoints_%1").arg(i));
     group->addButton(optPoints_[i]);
     options->addWidget(optPoints_[i]);

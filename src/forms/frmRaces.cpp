@@ -1,10 +1,14 @@
 #include "forms/frmRaces.h"
 
 #include <QCloseEvent>
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/LeagueSession.h"
@@ -31,15 +35,20 @@
 namespace scorvane::forms {
 namespace {
 
-constexpr int kPropertiesItem = 8;
-constexpr std::size_t kFirstRecentItem = 12;
-constexpr int kRecentSeparator = 16;
+// The league file that is dragged over the window; empty when it is something else, or several files.
+std::string DraggedLeague(const QMimeData* data) {
+  const QList<QUrl> urls = data->urls();
+  if (urls.size() != 1 || !urls.constFirst().isLocalFile()) return {};
+  const std::string path = Utf8(urls.constFirst().toLocalFile());
+  return common::LowerCase(common::GetExtension(path)) == app::kLeagueExtension ? path : std::string();
+}
 
 }  // namespace
 
 frmRaces::frmRaces(FormContext& context) : context_(context) {
   setObjectName(QStringLiteral("frmRaces"));
   setWindowTitle(Q(common::kApplicationTitle));
+  setAcceptDrops(true);
   // Half the screen and in its middle: without a place, some desktops put it into a corner beside the splash.
   const QRect desktop = screen()->availableGeometry();
   resize(desktop.size() / 2);
@@ -47,33 +56,28 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
 
   auto* center = new QWidget(this);
   auto* layout = new QVBoxLayout(center);
-  grid_ = new SelectionGrid(QStringLiteral("fgRaces"), center);
+  BuildGrid(center);
+  layout->addWidget(grid_);
+  BuildFileMenu();
+  layout->addLayout(BuildRaceMenu(center));
+  BuildToolsMenu();
+  BuildSeasonMenu();
+  BuildHelpMenu();
+  setCentralWidget(center);
+  ShowRecentFiles();
+  ShowNoRaces();
+  grid_->setFocus();
+}
+
+void frmRaces::BuildGrid(QWidget* parent) {
+  grid_ = new SelectionGrid(QStringLiteral("fgRaces"), parent);
   grid_->setAccessibleName(tr("Races of the league"));
   grid_->SetColumns({{tr("Race"), 3000, Qt::AlignLeft},
                      {tr("Laps"), 700, Qt::AlignHCenter},
                      {tr("Miles"), 800, Qt::AlignHCenter},
                      {tr("Standings File"), 2500, Qt::AlignLeft}});
   grid_->horizontalHeader()->setStretchLastSection(true);
-  layout->addWidget(grid_);
-  auto* row = new QHBoxLayout;
-  static constexpr const char* kCaptions[] = {"Calculate", "Edit", "Remove", "Import", "HTML..."};
-  static constexpr void (frmRaces::* kCommands[])() = {&frmRaces::Calculate, &frmRaces::EditRace,
-                                                       &frmRaces::RemoveRaces, &frmRaces::Import,
-                                                       &frmRaces::ExportRace};
-  for (int i = 0; i < kButtons; ++i) {
-    auto* button = new QPushButton(QString::fromLatin1(kCaptions[i]), center);
-    button->setObjectName(QStringLiteral("cmdButton_%1").arg(i));
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, kCommands[i]);
-    row->addWidget(button);
-    buttons_[static_cast<std::size_t>(i)] = button;
-  }
-  buttons_[kHtmlButton]->setToolTip(tr("Export results of selected race to HTML"));
-  row->addStretch();
-  layout->addLayout(row);
-  setCentralWidget(center);
-
-  connect(grid_, &SelectionGrid::SelectionChanged, this, &frmRaces::SelectionChanged);
+  connect(grid_, &SelectionGrid::SelectionChanged, this, &frmRaces::UpdateCommands);
   connect(grid_, &SelectionGrid::InsertPressed, this, [this] {
     if (context_.session.IsOpen()) Import();
   });
@@ -81,88 +85,149 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
     if (context_.session.IsOpen()) RemoveRaces();
   });
   connect(grid_, &SelectionGrid::EnterPressed, this, [this] {
-    if (grid_->OneRowSelected() && HasRaces()) EditRace();
+    if (IsMet(Needs::OneRace)) EditRace();
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, [this](int clicked) {
     if (grid_->RowData(clicked) >= 1) EditRace();
   });
-  BuildMenus();
-  ShowNoRaces();
-  grid_->setFocus();
 }
+
+// ---- commands and when they can be chosen
 
 QAction* frmRaces::AddItem(QMenu* menu, const char* name, int index, const QString& caption,
-                           const QKeySequence& shortcut, void (frmRaces::*command)()) {
-  QAction* action = menu->addAction(caption);
-  action->setObjectName(QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index));
-  action->setShortcut(shortcut);
-  connect(action, &QAction::triggered, this, command);
-  return action;
+                           const QKeySequence& shortcut, Handler handler, Needs needs) {
+  QAction* item = menu->addAction(caption);
+  item->setObjectName(QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index));
+  item->setShortcut(shortcut);
+  connect(item, &QAction::triggered, this, handler);
+  commands_.push_back({item, needs});
+  return item;
 }
 
-void frmRaces::BuildMenus() {
+void frmRaces::BuildFileMenu() {
+  constexpr int kFirstRecentItem = 12;
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  auto fileItem = [&](std::size_t index, const QString& caption, const QKeySequence& shortcut,
-                      void (frmRaces::*command)()) {
-    fileItems_[index] = AddItem(file, "mnuFile", static_cast<int>(index), caption, shortcut, command);
-  };
-  fileItem(0, tr("&New"), Qt::CTRL | Qt::Key_N, &frmRaces::NewLeagueFile);
-  fileItem(1, tr("&Open..."), Qt::CTRL | Qt::Key_O, &frmRaces::OpenLeagueFileDialog);
-  fileItems_[7] = file->addSeparator();
-  fileItem(kPropertiesItem, tr("&Properties"), Qt::CTRL | Qt::Key_P, &frmRaces::ShowProperties);
-  fileItems_[9] = file->addSeparator();
-  fileItem(10, tr("Op&tions"), {}, &frmRaces::ShowOptions);
-  fileItems_[11] = file->addSeparator();
+  AddItem(file, "mnuFile", 0, tr("&New"), Qt::CTRL | Qt::Key_N, &frmRaces::NewLeagueFile);
+  AddItem(file, "mnuFile", 1, tr("&Open..."), Qt::CTRL | Qt::Key_O, &frmRaces::OpenLeagueFileDialog);
+  file->addSeparator();
+  AddItem(file, "mnuFile", 8, tr("&Properties"), Qt::CTRL | Qt::Key_P, &frmRaces::ShowProperties,
+          Needs::League);
+  file->addSeparator();
+  AddItem(file, "mnuFile", 10, tr("Op&tions"), {}, &frmRaces::ShowOptions);
+  file->addSeparator();
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
-    QAction* action = file->addAction(tr("Recent File %1").arg(slot + 1));
-    action->setObjectName(
-        QStringLiteral("mnuFile_%1").arg(kFirstRecentItem + static_cast<std::size_t>(slot)));
-    connect(action, &QAction::triggered, this, [this, slot] { OpenLeagueFile(std::string(recent_[slot])); });
-    fileItems_[kFirstRecentItem + static_cast<std::size_t>(slot)] = action;
+    QAction* item = file->addAction(tr("Recent File %1").arg(slot + 1));
+    item->setObjectName(QStringLiteral("mnuFile_%1").arg(kFirstRecentItem + slot));
+    connect(item, &QAction::triggered, this, [this, slot] { OpenLeagueFile(std::string(recent_[slot])); });
+    recentItems_.push_back(item);
   }
-  fileItems_[kRecentSeparator] = file->addSeparator();
+  recentSeparator_ = file->addSeparator();
   QAction* exit = file->addAction(tr("&Exit"));
   exit->setObjectName(QStringLiteral("mnuFile_17"));
   connect(exit, &QAction::triggered, this, &QWidget::close);
-  fileItems_[17] = exit;
+}
 
+// The Race menu, and a row of buttons that do the same as its items.
+QLayout* frmRaces::BuildRaceMenu(QWidget* parent) {
   QMenu* race = menuBar()->addMenu(tr("&Race"));
-  auto raceItem = [&](std::size_t index, const QString& caption, const QKeySequence& shortcut,
-                      void (frmRaces::*command)()) {
-    raceItems_[index] = AddItem(race, "mnuRace", static_cast<int>(index), caption, shortcut, command);
-  };
-  raceItem(kImportItem, tr("&Import..."), Qt::CTRL | Qt::Key_I, &frmRaces::Import);
-  raceItem(kRemoveItem, tr("&Remove"), Qt::CTRL | Qt::Key_R, &frmRaces::RemoveRaces);
-  raceItem(kEditItem, tr("&Edit..."), Qt::CTRL | Qt::Key_E, &frmRaces::EditRace);
+  QAction* import =
+      AddItem(race, "mnuRace", 0, tr("&Import..."), Qt::CTRL | Qt::Key_I, &frmRaces::Import, Needs::League);
+  QAction* remove =
+      AddItem(race, "mnuRace", 1, tr("&Remove"), Qt::CTRL | Qt::Key_R, &frmRaces::RemoveRaces, Needs::Races);
+  QAction* edit =
+      AddItem(race, "mnuRace", 2, tr("&Edit..."), Qt::CTRL | Qt::Key_E, &frmRaces::EditRace, Needs::OneRace);
   race->addSeparator();
-  raceItem(kCalculateItem, tr("&Calculate..."), Qt::CTRL | Qt::Key_C, &frmRaces::Calculate);
+  QAction* calculate = AddItem(race, "mnuRace", 4, tr("&Calculate..."), Qt::CTRL | Qt::Key_C,
+                               &frmRaces::Calculate, Needs::Races);
   race->addSeparator();
-  raceItem(kHtmlItem, tr("&HTML"), Qt::CTRL | Qt::Key_H, &frmRaces::ExportRace);
+  QAction* html =
+      AddItem(race, "mnuRace", 6, tr("&HTML"), Qt::CTRL | Qt::Key_H, &frmRaces::ExportRace, Needs::OneRace);
 
+  auto* row = new QHBoxLayout;
+  int index = 0;
+  auto addButton = [&](const QString& caption, QAction* item, const QString& toolTip = {}) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(QStringLiteral("cmdButton_%1").arg(index++));
+    button->setToolTip(toolTip);
+    button->setAutoDefault(false);
+    connect(button, &QPushButton::clicked, item, &QAction::trigger);
+    connect(item, &QAction::enabledChanged, button, &QWidget::setEnabled);
+    row->addWidget(button);
+  };
+  addButton(tr("Calculate"), calculate);
+  addButton(tr("Edit"), edit);
+  addButton(tr("Remove"), remove);
+  addButton(tr("Import"), import);
+  addButton(tr("HTML..."), html, tr("Export results of selected race to HTML"));
+  row->addStretch();
+  return row;
+}
+
+void frmRaces::BuildToolsMenu() {
   QMenu* tools = menuBar()->addMenu(tr("&Tools"));
-  auto toolItem = [&](std::size_t index, const QString& caption, void (frmRaces::*command)()) {
-    toolItems_[index] = AddItem(tools, "mnuTools", static_cast<int>(index), caption, {}, command);
-  };
-  toolItem(kDriverListItem, tr("&Driver List"), &frmRaces::DriverList);
-  toolItem(kPointSystemItem, tr("&Point System"), &frmRaces::PointSystem);
+  AddItem(tools, "mnuTools", 0, tr("&Driver List"), {}, &frmRaces::DriverList, Needs::League);
+  AddItem(tools, "mnuTools", 1, tr("&Point System"), {}, &frmRaces::PointSystem, Needs::League);
   tools->addSeparator();
-  toolItem(kOfflineSettingsItem, tr("Offline Settings"), &frmRaces::OfflineSettings);
+  AddItem(tools, "mnuTools", 3, tr("Offline Settings"), {}, &frmRaces::OfflineSettings, Needs::OfflineLeague);
+}
 
+// What concerns the season as a whole. The menu is shown once it has an item; one that is added here with
+// AddItem is switched by UpdateCommands, as all others are.
+void frmRaces::BuildSeasonMenu() {
+  mnuSeason_ = menuBar()->addMenu(tr("&Season"));
+  mnuSeason_->setObjectName(QStringLiteral("mnuSeason"));
+}
+
+void frmRaces::BuildHelpMenu() {
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   AddItem(help, "mnuHelp", 0, tr("View &ReadMe.htm"), {}, &frmRaces::ViewReadMe);
   AddItem(help, "mnuHelp", 1, tr("&About"), {}, &frmRaces::About);
-  ShowRecentFiles();
+}
+
+bool frmRaces::IsMet(Needs needs) const {
+  const bool open = context_.session.IsOpen();
+  switch (needs) {
+    case Needs::Nothing:
+      return true;
+    case Needs::League:
+      return open;
+    case Needs::OfflineLeague:
+      return open && context_.state.leagueType == common::kOffline;
+    case Needs::Races:
+      return open && HasRaces();
+    case Needs::OneRace:
+      return open && HasRaces() && grid_->OneRowSelected();
+  }
+  return false;
+}
+
+QString frmRaces::Hint() const {
+  if (!context_.session.IsOpen())
+    return tr(
+        "No league is open.\n\nFile > New (Ctrl+N) makes one, File > Open (Ctrl+O) opens one.\n"
+        "Or drop a league file here.");
+  if (!HasRaces())
+    return tr(
+        "This league has no races yet.\n\nImport (Ctrl+I) brings in the result files that the "
+        "simulation wrote.");
+  return {};
+}
+
+void frmRaces::UpdateCommands() {
+  for (const Command& command : commands_) command.item->setEnabled(IsMet(command.needs));
+  mnuSeason_->menuAction()->setVisible(!mnuSeason_->isEmpty());
+  grid_->SetHint(Hint());
 }
 
 void frmRaces::ShowRecentFiles() {
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
-    QAction* action = fileItems_[kFirstRecentItem + static_cast<std::size_t>(slot)];
+    QAction* item = recentItems_[static_cast<std::size_t>(slot)];
     // An ampersand in a path is no mnemonic.
-    action->setText(QStringLiteral("&%1 %2").arg(slot + 1).arg(
+    item->setText(QStringLiteral("&%1 %2").arg(slot + 1).arg(
         Q(recent_[slot]).replace(QLatin1Char('&'), QStringLiteral("&&"))));
-    action->setVisible(!recent_[slot].empty());
+    item->setVisible(!recent_[slot].empty());
   }
-  fileItems_[kRecentSeparator]->setVisible(!recent_.IsEmpty());
+  recentSeparator_->setVisible(!recent_.IsEmpty());
 }
 
 void frmRaces::StartUp(const std::string& argument) {
@@ -224,13 +289,8 @@ void frmRaces::CloseLeagueFile() {
 void frmRaces::ShowNoRaces() {
   setWindowTitle(Q(common::kApplicationTitle));
   grid_->SetRows({SelectionGrid::Row{}});
-  for (QPushButton* button : buttons_) button->setEnabled(false);
-  for (QAction* item : raceItems_)
-    if (item != nullptr) item->setEnabled(false);
-  for (QAction* item : toolItems_)
-    if (item != nullptr) item->setEnabled(false);
-  fileItems_[kPropertiesItem]->setEnabled(false);
   grid_->SelectRows(0, 0);
+  UpdateCommands();
 }
 
 void frmRaces::FillRaceGrid() {
@@ -245,33 +305,43 @@ void frmRaces::FillRaceGrid() {
     if (rows.empty()) rows.emplace_back();
     grid_->SetRows(std::move(rows));
     grid_->FitColumn(0);
+    grid_->SelectRows(0, 0);
     grid_->setUpdatesEnabled(true);
   }
-  buttons_[kImportButton]->setEnabled(true);
-  raceItems_[kImportItem]->setEnabled(true);
-  fileItems_[kPropertiesItem]->setEnabled(true);
-  toolItems_[kDriverListItem]->setEnabled(true);
-  toolItems_[kPointSystemItem]->setEnabled(true);
-  toolItems_[kOfflineSettingsItem]->setEnabled(context_.state.leagueType == common::kOffline);
-  EnableRaceCommands(!races.empty());
-  grid_->SelectRows(0, 0);
-  SelectionChanged();
+  UpdateCommands();
 }
 
-void frmRaces::EnableRaceCommands(bool enabled) {
-  buttons_[kRemoveButton]->setEnabled(enabled);
-  raceItems_[kRemoveItem]->setEnabled(enabled);
-  buttons_[kCalculateButton]->setEnabled(enabled);
-  raceItems_[kCalculateItem]->setEnabled(enabled);
-  SelectionChanged();
+// Another program may have the league open, too: what it has changed is shown when the user comes back.
+void frmRaces::ShowOthersChanges() {
+  if (!context_.session.IsOpen() || !context_.session.League().ChangedByOthers()) return;
+  Guarded(context_.ui, [&] {
+    app::ReadLeagueSettings(context_.session.League(), context_.state);
+    const int current = grid_->RowData(grid_->CurrentRow());
+    FillRaceGrid();
+    for (int row = 0; row < grid_->RowCount(); ++row) {
+      if (grid_->RowData(row) != current) continue;
+      grid_->SelectRows(row, row);
+      grid_->scrollTo(grid_->currentIndex());
+    }
+  });
 }
 
-void frmRaces::SelectionChanged() {
-  const bool one = context_.session.IsOpen() && HasRaces() && grid_->OneRowSelected();
-  buttons_[kEditButton]->setEnabled(one);
-  raceItems_[kEditItem]->setEnabled(one);
-  buttons_[kHtmlButton]->setEnabled(one);
-  raceItems_[kHtmlItem]->setEnabled(one);
+bool frmRaces::event(QEvent* event) {
+  const bool done = QMainWindow::event(event);
+  if (event->type() == QEvent::WindowActivate) ShowOthersChanges();
+  return done;
+}
+
+void frmRaces::dragEnterEvent(QDragEnterEvent* event) {
+  if (!DraggedLeague(event->mimeData()).empty()) event->acceptProposedAction();
+}
+
+void frmRaces::dropEvent(QDropEvent* event) {
+  const std::string path = DraggedLeague(event->mimeData());
+  if (path.empty()) return;
+  event->acceptProposedAction();
+  // Later, so that the program it comes from does not wait for what opening may ask.
+  QTimer::singleShot(0, this, [this, path] { OpenLeagueFile(path); });
 }
 
 void frmRaces::closeEvent(QCloseEvent* event) {
@@ -289,9 +359,8 @@ void frmRaces::NewLeagueFile() {
     dialog.NewDialog(true);
     dialog.setWindowTitle(tr("New Scorvane File"));
     dialog.exec();
-    const std::string path = dialog.FileName();
     if (!context_.session.IsOpen()) ShowNoRaces();
-    if (!common::TrimBlanks(path).empty() && !dialog.Cancelled()) OpenLeagueFile(path);
+    if (dialog.Created()) OpenLeagueFile(dialog.FileName());
   });
 }
 
@@ -310,7 +379,6 @@ void frmRaces::ShowProperties() {
     dialog.setWindowTitle(tr("Properties - ") +
                           Q(common::GetFileTitle(context_.session.League().Name(), true)));
     dialog.exec();
-    if (!dialog.Cancelled()) dialog.StoreProperties();
   });
 }
 
@@ -350,7 +418,6 @@ void frmRaces::ShowOptions() {
     const PlainCursor plain;
     frmOptions dialog(context_, this);
     dialog.exec();
-    if (!dialog.Cancelled()) dialog.StoreOptions();
   });
 }
 

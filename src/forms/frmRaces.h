@@ -3,8 +3,7 @@
 
 #include <QAction>
 #include <QMainWindow>
-#include <QPushButton>
-#include <array>
+#include <QMenu>
 #include <vector>
 
 #include "app/RecentFiles.h"
@@ -27,22 +26,36 @@ class frmRaces : public QMainWindow {
   void ShowOptions();
 
  protected:
+  bool event(QEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  enum Button { kCalculateButton, kEditButton, kRemoveButton, kImportButton, kHtmlButton, kButtons };
-  enum RaceItem { kImportItem = 0, kRemoveItem = 1, kEditItem = 2, kCalculateItem = 4, kHtmlItem = 6 };
-  enum ToolItem { kDriverListItem = 0, kPointSystemItem = 1, kOfflineSettingsItem = 3 };
+  // What must be there before a command can be chosen.
+  enum class Needs { Nothing, League, OfflineLeague, Races, OneRace };
+  struct Command {
+    QAction* item;
+    Needs needs;
+  };
+  using Handler = void (frmRaces::*)();
 
-  void BuildMenus();
+  void BuildGrid(QWidget* parent);
+  void BuildFileMenu();
+  QLayout* BuildRaceMenu(QWidget* parent);
+  void BuildToolsMenu();
+  void BuildSeasonMenu();
+  void BuildHelpMenu();
   QAction* AddItem(QMenu* menu, const char* name, int index, const QString& caption,
-                   const QKeySequence& shortcut, void (frmRaces::*command)());
+                   const QKeySequence& shortcut, Handler handler, Needs needs = Needs::Nothing);
   void ShowRecentFiles();
   void ShowNoRaces();
-  // The commands that need races; Edit and HTML then follow the selection.
-  void EnableRaceCommands(bool enabled);
-  void SelectionChanged();
+  // The one place that decides what can be chosen, and what an empty grid says.
+  void UpdateCommands();
+  bool IsMet(Needs needs) const;
+  QString Hint() const;
   bool HasRaces() const { return grid_->RowData(0) != 0; }
+  void ShowOthersChanges();
 
   void NewLeagueFile();
   void OpenLeagueFileDialog();
@@ -61,10 +74,10 @@ class frmRaces : public QMainWindow {
   FormContext& context_;
   app::RecentFiles recent_;
   SelectionGrid* grid_ = nullptr;
-  std::array<QPushButton*, kButtons> buttons_{};
-  std::array<QAction*, 18> fileItems_{};
-  std::array<QAction*, 7> raceItems_{};
-  std::array<QAction*, 4> toolItems_{};
+  QMenu* mnuSeason_ = nullptr;
+  std::vector<Command> commands_;
+  std::vector<QAction*> recentItems_;  // by slot
+  QAction* recentSeparator_ = nullptr;
 };
 
 }  // namespace scorvane::forms

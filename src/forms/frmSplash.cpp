@@ -97,6 +97,12 @@ void frmSplash::ShowAbout() {
   exec();
 }
 
+// A message that start-up has would stand behind the splash, which could not be clicked away: it goes first.
+bool frmSplash::event(QEvent* event) {
+  if (event->type() == QEvent::WindowBlocked && timer1_.isActive()) reject();
+  return QDialog::event(event);
+}
+
 bool frmSplash::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::MouseButtonRelease) {
     reject();

@@ -17,6 +17,7 @@ class frmSplash : public QDialog {
   void ShowAbout();
 
  protected:
+  bool event(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:

@@ -28,6 +28,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kTemplateName = "Kirrelon.dat";
+// The installation's template has a folder of its own: where the prefix is the user's own, the installation's
+// folder is the one of the user's data.
+constexpr const char* kTemplateFolder = "template";
 constexpr int kMaximumLinks = 40;
 
 // A file descriptor that closes itself.
@@ -94,8 +97,9 @@ void FillFromProgramsTemplate(const fs::path& folder) {
   std::error_code error;
   const fs::path target = folder / kTemplateName;
   if (fs::exists(target, error)) return;
-  fs::path installed = fs::path(InstalledFolder()) / kTemplateName;
+  fs::path installed = fs::path(InstalledFolder()) / kTemplateFolder / kTemplateName;
   if (!fs::exists(installed, error)) installed = fs::path(ProgramFolder()) / kTemplateName;
+  if (!fs::is_directory(folder, error)) return;
   const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(::getpid()));
   if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
   fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
@@ -233,8 +237,10 @@ std::string InstalledFolder() {
 }
 
 std::string ApplicationFolder() {
-  if (std::string home = Environment("SCORVANE_HOME"); !home.empty())
+  if (std::string home = Environment("SCORVANE_HOME"); !home.empty()) {
+    FillFromProgramsTemplate(home);
     return WithoutTrailingSeparator(std::move(home));
+  }
   std::string program = ProgramFolder();
   if (const fs::path portable = fs::path(program) / kTemplateName; IsWritable(portable.string()))
     return program;

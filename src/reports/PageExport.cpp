@@ -29,10 +29,13 @@ PageTexts StoredPageTexts(engine::Database& league) {
           TextSetting(league, common::kCaption)};
 }
 
-bool SavePageTexts(engine::Database& league, const PageTexts& texts) {
-  return common::SaveSettingValue(league, common::kPageHeading, texts.heading) &&
-         common::SaveSettingValue(league, common::kReportName, texts.reportName) &&
-         common::SaveSettingValue(league, common::kCaption, texts.caption);
+void SavePageSettings(engine::Database& league, const PageTexts& texts, const PageLook& look) {
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::TakeBack);
+  common::StoreSetting(league, common::kPageHeading, texts.heading);
+  common::StoreSetting(league, common::kReportName, texts.reportName);
+  common::StoreSetting(league, common::kCaption, texts.caption);
+  SavePageLook(league, look);
+  unit.Commit();
 }
 
 bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,

@@ -30,8 +30,8 @@ PageTexts RacePageTexts(engine::Database& league, std::int32_t raceId, char deci
 
 // The league's own texts, empty where a setting is missing.
 PageTexts StoredPageTexts(engine::Database& league);
-// False when a setting could not be stored.
-bool SavePageTexts(engine::Database& league, const PageTexts& texts);
+// Stores texts and look in the league's settings: all of it or nothing. Throws EngineError.
+void SavePageSettings(engine::Database& league, const PageTexts& texts, const PageLook& look);
 
 // Writes a page with the footer; false when the table cannot be built or the file cannot be written.
 bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,

@@ -59,12 +59,9 @@ PageLook ReadPageLook(engine::Database& league) {
   return look;
 }
 
-bool SavePageLook(engine::Database& league, const PageLook& look) {
+void SavePageLook(engine::Database& league, const PageLook& look) {
   engine::UnitOfWork unit(league);
-  bool stored = true;
-  auto save = [&](int id, const std::string& value) {
-    stored = stored && common::SaveSettingValue(league, id, value);
-  };
+  auto save = [&](int id, const std::string& value) { common::StoreSetting(league, id, value); };
   save(common::kPageFont, look.font);
   save(common::kPageFontSize, std::to_string(look.fontSize));
   save(common::kUseBackgroundImage, look.useBGImage ? "True" : "False");
@@ -76,7 +73,6 @@ bool SavePageLook(engine::Database& league, const PageLook& look) {
   for (std::size_t i = 0; i < look.layout.size(); ++i)
     save(common::kFirstLayout + static_cast<int>(i), std::to_string(look.layout[i]));
   unit.Commit();
-  return stored;
 }
 
 void ApplyPageLook(const PageLook& look, CExport& page) {

@@ -42,8 +42,8 @@ struct PageLook {
 // the default.
 PageLook ReadPageLook(engine::Database& league);
 
-// Stores a look in the league's settings: false when one of them could not be stored; those before it are.
-bool SavePageLook(engine::Database& league, const PageLook& look);
+// Stores a look in the league's settings. Throws EngineError; the settings before the failing one are stored.
+void SavePageLook(engine::Database& league, const PageLook& look);
 
 // Gives a page its look.
 void ApplyPageLook(const PageLook& look, CExport& page);

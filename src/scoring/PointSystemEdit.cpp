@@ -16,10 +16,6 @@ std::optional<std::int32_t> Cell(const engine::Value& value) {
   return value.ToLong();
 }
 
-void SaveFlag(engine::Database& league, int id, bool flag) {
-  if (!common::SaveSettingValue(league, id, flag ? "1" : "0")) throw engine::EngineError(engine::kReadOnly);
-}
-
 }  // namespace
 
 PointSystemEdit ReadPointSystem(engine::Database& league) {
@@ -48,10 +44,11 @@ void SavePointSystem(engine::Database& league, const PointSystemEdit& edit) {
     if (bonus.points < -32768 || bonus.points > 32767)
       throw engine::EngineError(engine::kOverflow, std::to_string(bonus.points), "Bonus.Points");
   }
-  engine::UnitOfWork unit(league);
-  SaveFlag(league, common::kUseCustomPointSystem, edit.usePositions);
-  SaveFlag(league, common::kUseCustomBonusSystem, edit.useBonus);
-  for (const BonusPoints& bonus : edit.bonuses) common::SetBonusPoints(league, bonus.id, bonus.points);
+  engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::TakeBack);
+  common::StoreSetting(league, common::kUseCustomPointSystem, edit.usePositions ? "1" : "0");
+  common::StoreSetting(league, common::kUseCustomBonusSystem, edit.useBonus ? "1" : "0");
+  for (const BonusPoints& bonus : edit.bonuses)
+    league.Execute(fmt::format("UPDATE Bonus SET Points={} WHERE BonusID={}", bonus.points, bonus.id));
   league.Execute("DELETE * FROM PointSystem");
   std::int32_t place = 0;
   for (const PositionPoints& position : edit.positions) {

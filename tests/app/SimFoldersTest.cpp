@@ -154,22 +154,23 @@ TEST_F(SimFolders, OptionsAreStoredAsTextsAndRead) {
   options.backgroundImage = "it's a|b.gif";
   options.colors = {0xFFFFFF, 0x0000FF, 0xFF0000, 0x00FF00, 1};
   options.showImportAlerts = true;
-  SaveOptions(*template_, options);
+  SaveOptions(*template_, state_, options);
   EXPECT_EQ(Setting(100), "1");
   EXPECT_EQ(Setting(102), "&H00FFFFFF");
   EXPECT_EQ(Setting(104), "&H00FF0000");
   EXPECT_EQ(Setting(106), "&H00000001");
   EXPECT_EQ(Setting(11), "0");
   EXPECT_EQ(Setting(18), "1");
-  const Options read = ReadOptions(*template_);
+  const Options read = ReadOptions(*template_, state_);
   EXPECT_EQ(read.backgroundImage, options.backgroundImage);
   EXPECT_EQ(read.colors, options.colors);
   EXPECT_TRUE(read.useBackgroundImage && read.showImportAlerts && !read.openPreviousFile);
 
   template_->Execute("DELETE FROM Settings WHERE SettingsID IN (11,18,100,101)");
   template_->Execute("UPDATE Settings SET SettingValue='blue' WHERE SettingsID=102");
-  const Options odd = ReadOptions(*template_);
-  EXPECT_FALSE(odd.useBackgroundImage || odd.showImportAlerts || odd.openPreviousFile);
+  const Options odd = ReadOptions(*template_, state_);
+  EXPECT_FALSE(odd.useBackgroundImage || odd.openPreviousFile);
+  EXPECT_TRUE(odd.showImportAlerts) << "imports show them without the setting, too";
   EXPECT_EQ(odd.backgroundImage, "");
   EXPECT_EQ(odd.colors[0], 0xFFFFFF);
 }

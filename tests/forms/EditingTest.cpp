@@ -1,11 +1,9 @@
 // Drivers, points and results, edited as a user edits them: by keys and clicks, boxes on top of boxes.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QHeaderView>
 #include <QRadioButton>
-#include <functional>
 
 #include "common/SettingsStore.h"
 #include "forms/FormFixture.h"
@@ -25,19 +23,6 @@ namespace {
 
 class Editing : public FormFixture {
  protected:
-  // Works the modal dialog that the next step opens. A dialog that is never answered is closed, and the test
-  // fails.
-  static void OnModal(std::function<void(QWidget&)> work) {
-    QTimer::singleShot(0, qApp, [work = std::move(work)] {
-      QWidget* dialog = QApplication::activeModalWidget();
-      ASSERT_NE(dialog, nullptr) << "no dialog came up";
-      work(*dialog);
-      if (QApplication::activeModalWidget() == dialog) {
-        ADD_FAILURE() << "the dialog " << dialog->objectName().toStdString() << " is still there";
-        dialog->close();
-      }
-    });
-  }
   static void Type(QWidget& form, const char* box, const char* text) {
     auto& field = Find<QLineEdit>(form, box);
     field.setFocus();

@@ -1,6 +1,7 @@
 // A session with a league file for dialogs to work on, and the hands that work them.
 #pragma once
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -59,6 +61,20 @@ class FormFixture : public test::LeagueFixture {
   static void PressMnemonic(QWidget& form, Qt::Key key) {
     QTest::keyClick(&form, key, Qt::AltModifier);
     QTest::qWait(150);
+  }
+
+  // Works the modal dialog that the next step opens. A dialog that is never answered is closed, and the test
+  // fails.
+  static void OnModal(std::function<void(QWidget&)> work) {
+    QTimer::singleShot(0, qApp, [work = std::move(work)] {
+      QWidget* dialog = QApplication::activeModalWidget();
+      ASSERT_NE(dialog, nullptr) << "no dialog came up";
+      work(*dialog);
+      if (QApplication::activeModalWidget() == dialog) {
+        ADD_FAILURE() << "the dialog " << dialog->objectName().toStdString() << " is still there";
+        dialog->close();
+      }
+    });
   }
 
   static std::vector<std::string> SeasonFiles() {

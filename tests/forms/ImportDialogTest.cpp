@@ -222,6 +222,14 @@ TEST_F(ImportDialog, ImportBringsTheListIntoTheLeague) {
   ui.filesToOpen = {{kSeason + "06-bristol.stn"}, {kSeason + "06-bristol.stn"}};
   Click(dialog, kAdd);
   Click(dialog, kAdd);
+  // A file that is there twice is asked about first.
+  ui.answers = {common::Answer::No, common::Answer::Yes};
+  PressMnemonic(dialog, Qt::Key_I);
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_EQ(Count("Race"), "0");
+  ASSERT_EQ(ui.messages.size(), 1U);
+  EXPECT_EQ(ui.messages[0].text,
+            "06-bristol.stn: it is among the chosen files twice.\r\n\r\nDo you want to import all the same?");
   PressMnemonic(dialog, Qt::Key_I);
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
   EXPECT_EQ(ui.visibleAtProgress, std::vector<bool>{false});
@@ -259,19 +267,45 @@ TEST_F(ImportDialog, PagesOfANewerSimulationAreRead) {
   EXPECT_EQ(Count("Race"), "2");
 }
 
-TEST_F(ImportDialog, EngineErrorsEndInAMessage) {
+TEST_F(ImportDialog, AnImportThatFailsKeepsItsListAndLeavesNothingBehind) {
   engine::Database& league = OpenLeague(common::kNascarRacing3);
   frmAddRaces dialog(context_);
+  ui_.filesToOpen = {{kSeason + "06-bristol.stn", kSeason + "08-martinsville.stn"}};
+  league.Execute("INSERT INTO Race (Name, FileName) VALUES ('in the way', '08-martinsville.stn')");
+  league.AppendIndex("Race", {"Once", {"FileName"}, false, true});
+  ui_.answers = {common::Answer::Yes, common::Answer::Yes};  // the name is in the league already
+  QTimer::singleShot(0, &dialog, [&] {
+    Click(dialog, kAdd);
+    dialog.move(30, 40);
+    Click(dialog, kImport);
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_TRUE(dialog.isModal());
+    EXPECT_EQ(dialog.pos(), QPoint(30, 40));
+    EXPECT_EQ(Items(dialog).size(), 2U);
+    ASSERT_EQ(ui_.messages.size(), 2U);
+    EXPECT_EQ(ui_.messages[1].icon, MessageIcon::Critical);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(Count("Race") + " " + Count("Stats") + " " + Count("Driver"), "1 0 0");
+    league.DeleteIndex("Race", "Once");
+    Click(dialog, kImport);
+    EXPECT_FALSE(dialog.isVisible());
+  });
+  EXPECT_EQ(dialog.exec(), QDialog::Accepted);
+  EXPECT_EQ(Count("Race"), "3");
+}
+
+TEST_F(ImportDialog, NobodyToRankKeepsTheList) {
+  OpenLeague(common::kNascarRacing3, common::kOffline);
+  frmAddRaces dialog(context_);
   Show(dialog);
-  ui_.filesToOpen = {{kSeason + "06-bristol.stn"}};
+  ui_.filesToOpen = {{kSamples + "offline-1.stn", kSamples + "offline-1.stn"}};
+  ui_.answers = {common::Answer::Yes};
   Click(dialog, kAdd);
-  league.DeleteField("Race", "Weather");
   Click(dialog, kImport);
-  EXPECT_FALSE(dialog.isVisible());
-  ASSERT_EQ(ui_.messages.size(), 1U);
-  EXPECT_NE(ui_.messages[0].text.find("Weather"), std::string::npos) << ui_.messages[0];
-  EXPECT_EQ(ui_.messages[0].icon, MessageIcon::Critical);
-  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  EXPECT_TRUE(dialog.isVisible());
+  ASSERT_EQ(ui_.messages.size(), 2U);
+  EXPECT_EQ(ui_.messages[1].title, "Warning");
+  EXPECT_EQ(Count("Race"), "0");
 }
 
 TEST_F(ImportDialog, EveryControlHasANameAndTheKeyboardWalksThemInOrder) {

@@ -2,27 +2,22 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
-#include <QLabel>
-#include <QPushButton>
-#include <QTest>
-#include <filesystem>
-#include <fstream>
+#include <QDragEnterEvent>
+#include <QMenuBar>
+#include <QMimeData>
 
 #include "app/RaceList.h"
 #include "app/RecentFiles.h"
-#include "common/ScriptedUserInterface.h"
 #include "common/SettingsStore.h"
-#include "db/LeagueFixture.h"
-#include "forms/FormContext.h"
+#include "forms/FormFixture.h"
 #include "forms/frmRaces.h"
-#include "forms/widgets/Text.h"
 
 namespace scorvane::forms {
 namespace {
 
-class MainWindow : public test::LeagueFixture {
+class MainWindow : public FormFixture {
  protected:
-  MainWindow() : session_(engine_, *template_, state_, ui_), window_(context_) {}
+  MainWindow() : window_(context_) {}
 
   std::string League(const std::string& name, int races, std::int16_t leagueType = 0) {
     const std::string path = folder_.File(name);
@@ -47,10 +42,25 @@ class MainWindow : public test::LeagueFixture {
   SelectionGrid* Grid() { return window_.findChild<SelectionGrid*>(QStringLiteral("fgRaces")); }
   std::string Title() { return Utf8(window_.windowTitle()); }
 
-  common::ProcessState state_;
-  common::ScriptedUserInterface ui_;
-  app::LeagueSession session_;
-  FormContext context_{engine_, *template_, state_, ui_, session_};
+  // What the grid says where there is no race yet; empty when it says nothing.
+  std::string Hint() {
+    const auto& label = Find<QLabel>(window_, "lblHint");
+    EXPECT_EQ(Grid()->accessibleDescription(), label.text());
+    return label.isHidden() ? std::string() : Utf8(label.text());
+  }
+  void Drop(const std::vector<std::string>& paths) {
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string& path : paths) urls << QUrl::fromLocalFile(Q(path));
+    data.setUrls(urls);
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window_, &enter);
+    if (!enter.isAccepted()) return;
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window_, &drop);
+    QApplication::processEvents();
+  }
+
   frmRaces window_;
 };
 
@@ -160,6 +170,85 @@ TEST_F(MainWindow, BadFilesLeaveAMessageAndAWorkingWindow) {
   std::filesystem::remove(good);
   window_.CloseLeagueFile();
   EXPECT_EQ(ui_.messages.size(), 2U);
+}
+
+TEST_F(MainWindow, AnEmptyWindowSaysHowToGoOn) {
+  Show(window_);
+  EXPECT_NE(Hint().find("Ctrl+N"), std::string::npos);
+  window_.OpenLeagueFile(League("empty.lgx", 0));
+  EXPECT_NE(Hint().find("Ctrl+I"), std::string::npos);
+  EXPECT_EQ(Grid()->RowCount(), 1) << "it is no row";
+  // It lies in the middle, and what is clicked there is the grid.
+  const auto& label = Find<QLabel>(window_, "lblHint");
+  EXPECT_TRUE(Grid()->rect().contains(label.geometry()));
+  EXPECT_GT(label.y(), Grid()->viewport()->y() + Grid()->rowHeight(0) - 1);
+  EXPECT_EQ(Grid()->childAt(label.geometry().center()), Grid()->viewport());
+  window_.OpenLeagueFile(League("three.lgx", 3));
+  EXPECT_EQ(Hint(), "");
+  ui_.answers = {common::Answer::Yes};
+  QTest::keyClick(Grid(), Qt::Key_A, Qt::ControlModifier);
+  Click(window_, 2);
+  EXPECT_NE(Hint().find("Ctrl+I"), std::string::npos);
+}
+
+TEST_F(MainWindow, ALeagueFileIsDroppedToOpenIt) {
+  const std::string one = League("o'né.LGX", 1);
+  Drop({folder_.File("text.txt")});
+  Drop({one, one});
+  EXPECT_FALSE(session_.IsOpen());
+  Drop({one});
+  EXPECT_EQ(Title(), "o'né - Scorvane");
+  Drop({folder_.File("gone.lgx")});
+  EXPECT_EQ(ui_.messages.size(), 1U);
+  EXPECT_TRUE(session_.IsOpen());
+}
+
+TEST_F(MainWindow, TheMenusStandAsTheyAreAndNoneIsEmpty) {
+  Show(window_);
+  std::string shown;
+  for (const QAction* menu : window_.menuBar()->actions())
+    if (menu->isVisible()) shown += Utf8(menu->text()) + " ";
+  EXPECT_EQ(shown, "&File &Race &Tools &Help ");
+}
+
+TEST_F(MainWindow, ALeagueThatWasNotMadeIsNotOpened) {
+  Show(window_);
+  OnModal([this](QWidget& dialog) {
+    Find<QLineEdit>(dialog, "txtFileName").setText(Q(folder_.File("a")));
+    Click(dialog, 0);
+    Find<QComboBox>(dialog, "cboTitle").setCurrentIndex(0);
+    Find<QLineEdit>(dialog, "txtFileName").setText(Q(folder_.File("no such folder/a")));
+    Click(dialog, 0);
+    dialog.close();
+  });
+  Item("mnuFile_0")->trigger();
+  EXPECT_EQ(ui_.messages.size(), 2U) << testing::PrintToString(ui_.messages);
+}
+
+TEST_F(MainWindow, WhatAnotherProgramHasChangedIsShownWhenTheWindowComesBack) {
+  const std::string path = League("shared.lgx", 3);
+  window_.OpenLeagueFile(path);
+  Show(window_);
+  Grid()->SelectRows(2, 2);
+  const auto other = engine_.DefaultWorkspace().OpenDatabase(path);
+  other->Execute("DELETE FROM Race WHERE RaceID=1");
+  other->Execute("UPDATE Race SET Name='<b>Näme</b>' WHERE RaceID=2");
+  common::StoreSetting(*other, common::kDroppedRaces, "7");
+  const auto comeBack = [this] {
+    QEvent activated(QEvent::WindowActivate);
+    QApplication::sendEvent(&window_, &activated);
+  };
+  comeBack();
+  EXPECT_EQ(Grid()->RowCount(), 2);
+  EXPECT_EQ(Utf8(Grid()->Cell(0, 0)), "<b>Näme</b>");
+  EXPECT_EQ(Grid()->RowData(Grid()->CurrentRow()), 3) << "the race that was chosen";
+  EXPECT_EQ(state_.droppedRaces, 7);
+
+  // Only once, and not for what this program writes itself.
+  Grid()->SetCell(0, 0, QStringLiteral("as it was"));
+  session_.League().Execute("UPDATE Race SET Laps=1");
+  comeBack();
+  EXPECT_EQ(Utf8(Grid()->Cell(0, 0)), "as it was");
 }
 
 }  // namespace

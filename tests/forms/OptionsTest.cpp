@@ -8,6 +8,7 @@
 #include "forms/FormFixture.h"
 #include "forms/frmOptions.h"
 #include "forms/frmSplash.h"
+#include "forms/widgets/QtUserInterface.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
@@ -57,7 +58,6 @@ TEST_F(OptionsDialog, FoldersAreChosenCheckedAndCleared) {
   Find<QPushButton>(dialog, "OKButton").click();
   EXPECT_FALSE(dialog.isVisible());
   EXPECT_FALSE(dialog.Cancelled());
-  dialog.StoreOptions();
   EXPECT_EQ(state_.simFolders[0], folder_.File("nr3") + "/");
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderNR3), folder_.File("nr3") + "/");
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderLegends), "");
@@ -107,7 +107,6 @@ TEST_F(OptionsDialog, PageDefaultsAndSwitchesAreStored) {
   dialog.show();
   dialog.close();
   EXPECT_FALSE(dialog.Cancelled());
-  dialog.StoreOptions();
   const std::vector<std::pair<int, std::string>> stored = {
       {100, "1"}, {101, "/pictures/track.gif"}, {102, "&H000000FF"}, {11, "0"}, {18, "0"}};
   for (const auto& [id, value] : stored) EXPECT_EQ(common::GetSettingValue(*template_, id), value) << id;
@@ -123,6 +122,15 @@ TEST_F(OptionsDialog, SplashGoesByItselfAndAboutStays) {
   EXPECT_TRUE(splash.isVisible());
   EXPECT_EQ(Utf8(Find<QLabel>(splash, "lblVersion").text()), "Version 1.00.00");
   EXPECT_TRUE(QTest::qWaitFor([&] { return !splash.isVisible(); }, 4000));
+
+  // What start-up has to say is not hidden behind it.
+  frmSplash early;
+  early.ShowSplash();
+  OnModal([&early](QWidget& box) {
+    EXPECT_FALSE(early.isVisible());
+    box.close();
+  });
+  QtUserInterface().ShowMessage({"Please locate"});
 
   // A click on the version closes it; until then it stays.
   frmSplash about;

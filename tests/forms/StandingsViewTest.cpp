@@ -164,6 +164,23 @@ TEST_F(StandingsView, ColumnsLookAsTheReportSays) {
   EXPECT_EQ(grid.horizontalHeader()->sectionResizeMode(2), QHeaderView::Interactive);
 }
 
+TEST_F(StandingsView, OnlyRowsAreSelectedAndNoCellWearsAFrame) {
+  OpenLeague(common::kNascarRacing3);
+  ImportSeason();
+  frmStats view(context_);
+  Show(view);
+  SelectionGrid& grid = Grid(view);
+  QTest::mouseClick(grid.findChild<QAbstractButton*>(), Qt::LeftButton);
+  EXPECT_TRUE(grid.OneRowSelected()) << "the corner";
+  QTest::mouseClick(grid.horizontalHeader()->viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+  EXPECT_TRUE(grid.OneRowSelected()) << "a heading";
+  QTest::keyClick(&grid, Qt::Key_Down);
+  QTest::keyClick(&grid, Qt::Key_Right);
+  const QImage with = grid.viewport()->grab().toImage();
+  Find<QComboBox>(view, "cboStat").setFocus();
+  EXPECT_EQ(grid.viewport()->grab().toImage(), with);
+}
+
 TEST_F(StandingsView, KeepsWorkingWhenAReportDoesNot) {
   OpenLeague(common::kNascarRacing3);
   ImportSeason();
@@ -225,7 +242,7 @@ TEST_F(StandingsView, TheButtonsEditAndExportTheShownReport) {
 
   const std::string path = folder_.File("page.htm");
   std::ofstream(path) << "old";
-  ui_.filesToSave = {path, path};
+  ui_.filesToSave = {path, folder_.File("page")};
   ui_.answers = {common::Answer::No, common::Answer::Yes};
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(std::filesystem::file_size(path), 3U);

@@ -82,16 +82,16 @@ TEST_F(Platform, FindsTheApplicationFolder) {
   const fs::path program = ProgramFolder();
   ASSERT_FALSE(fs::exists(program / "Kirrelon.dat"));
   const fs::path installed = program.parent_path() / "share" / "scorvane";
-  ASSERT_FALSE(fs::exists(installed / "Kirrelon.dat"));
+  ASSERT_FALSE(fs::exists(installed / "template" / "Kirrelon.dat"));
   ::setenv("XDG_DATA_HOME", folder_.c_str(), 1);
   const fs::path data = folder_ / "scorvane";
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_TRUE(fs::is_directory(data));
   EXPECT_FALSE(fs::exists(data / "Kirrelon.dat"));
 
-  const bool madeShare = fs::create_directories(installed);
-  std::ofstream(installed / "Kirrelon.dat") << "installed";
-  fs::permissions(installed / "Kirrelon.dat", fs::perms::owner_read);
+  const bool madeShare = fs::create_directories(installed / "template");
+  std::ofstream(installed / "template" / "Kirrelon.dat") << "installed";
+  fs::permissions(installed / "template" / "Kirrelon.dat", fs::perms::owner_read);
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_EQ(Read(data / "Kirrelon.dat"), "installed");
   EXPECT_NE(fs::status(data / "Kirrelon.dat").permissions() & fs::perms::owner_write, fs::perms::none);
@@ -99,8 +99,8 @@ TEST_F(Platform, FindsTheApplicationFolder) {
   std::ofstream(data / "Kirrelon.dat") << "edited";
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_EQ(Read(data / "Kirrelon.dat"), "edited");
-  fs::remove(installed / "Kirrelon.dat");
-  if (madeShare) fs::remove(installed);
+  fs::remove(installed / "template" / "Kirrelon.dat");
+  if (madeShare) fs::remove_all(installed);
   ::unsetenv("XDG_DATA_HOME");
 }
 

@@ -69,14 +69,23 @@ class CliTest(unittest.TestCase):
     def test_installed_program_keeps_its_template_in_the_users_folder(self):
         build = os.path.dirname(PROGRAM)
         subprocess.run(["cmake", "--install", build, "--prefix", self.path("usr")], check=True, capture_output=True)
-        environment = {**os.environ, "XDG_DATA_HOME": self.path("data"), "HOME": self.folder}
+        # The prefix is the user's own, so that both share a folder.
+        environment = {**os.environ, "XDG_DATA_HOME": self.path("usr/share"), "HOME": self.folder}
         environment.pop("SCORVANE_HOME", None)
         program = self.path("usr/bin/scorvane-cli")
         for command in (["create", self.league, "--sim", "nr3"], ["import", self.league, SEASON[0]]):
             subprocess.run([program, *command], check=True, capture_output=True, env=environment)
-        self.assertEqual(os.listdir(self.path("data/scorvane")), ["Kirrelon.dat"])
-        self.assertEqual(sorted(os.listdir(self.path("usr/share/scorvane"))), ["Kirrelon.dat", "ReadMe", "ReadMe.htm"])
+        own = self.path("usr/share/scorvane/Kirrelon.dat")
+        cli("sql", own, "UPDATE Settings SET SettingValue='/my/folder' WHERE SettingsID=14")
+        subprocess.run(["cmake", "--install", build, "--prefix", self.path("usr")], check=True, capture_output=True)
+        self.assertEqual(rows("sql", own, "SELECT SettingValue AS V FROM Settings WHERE SettingsID=14"), [{"V": "/my/folder"}])
+        self.assertEqual(sorted(os.listdir(self.path("usr/share/scorvane"))),
+                         ["Kirrelon.dat", "ReadMe", "ReadMe.htm", "template"])
         self.assertEqual(len(rows("races", self.league)), 1)
+        os.mkdir(self.path("home"))
+        subprocess.run([program, "reports"], check=True, capture_output=True,
+                       env={**environment, "SCORVANE_HOME": self.path("home")})
+        self.assertEqual(os.listdir(self.path("home")), ["Kirrelon.dat"])
 
     def test_leagues_closed_at_once_in_one_folder_stay_apart(self):
         for name in ("A", "B"):
@@ -225,7 +234,7 @@ class CliTest(unittest.TestCase):
             listed = rows("criteria", self.league, "--order", "4")
             self.assertEqual(listed, rows("criteria", self.league))
             self.assertEqual([listed[0][key] for key in ("Rank", "ID", "Name")], [1, 4, "Laps Led"])
-            cli("import", self.league, *options, *files)
+            cli("import", self.league, *options, "--again", *files)
             led = [result["LapsLed"] for result in rows("results", self.league, 2)]
             self.assertEqual(led, sorted(led, reverse=True))
         self.refused("criteria", self.league, "--order", "1,3", says="no criterion 3")  # not of this simulation

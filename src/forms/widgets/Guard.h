@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QApplication>
+#include <QCursor>
 #include <exception>
+#include <optional>
 
 #include "common/UserInterface.h"
 
@@ -17,20 +19,24 @@ class WaitCursor {
   ~WaitCursor() { QApplication::restoreOverrideCursor(); }
 };
 
-// The plain pointer, while somebody is asked something in the middle of a wait.
+// The plain pointer, while somebody is asked something in the middle of a wait. What was shown before comes
+// back, so a question within a question leaves the pointer plain.
 class PlainCursor {
  public:
-  PlainCursor() : waiting_(QApplication::overrideCursor() != nullptr) {
-    if (waiting_) QApplication::changeOverrideCursor(Qt::ArrowCursor);
+  PlainCursor() {
+    if (const QCursor* shown = QApplication::overrideCursor()) {
+      before_ = *shown;
+      QApplication::changeOverrideCursor(Qt::ArrowCursor);
+    }
   }
   PlainCursor(const PlainCursor&) = delete;
   PlainCursor& operator=(const PlainCursor&) = delete;
   ~PlainCursor() {
-    if (waiting_) QApplication::changeOverrideCursor(Qt::WaitCursor);
+    if (before_) QApplication::changeOverrideCursor(*before_);
   }
 
  private:
-  bool waiting_;
+  std::optional<QCursor> before_;
 };
 
 // Runs a command; false, after the message, when it throws.

@@ -54,12 +54,28 @@ QMessageBox::StandardButtons QtButtons(common::Buttons buttons) {
   return QMessageBox::Ok;
 }
 
-int ShowBox(const common::Message& message, QMessageBox::StandardButtons buttons) {
+// What leaving a box without an answer means: the answer that changes least.
+QMessageBox::StandardButton EscapeButton(common::Buttons buttons) {
+  switch (buttons) {
+    case common::Buttons::OkOnly:
+      return QMessageBox::Ok;
+    case common::Buttons::YesNo:
+      return QMessageBox::No;
+    case common::Buttons::YesNoCancel:
+      return QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+// The Esc key and the close box press `escape`.
+QMessageBox::StandardButton ShowBox(const common::Message& message, QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton escape) {
   const PlainCursor plain;
   QMessageBox box(Icon(message.icon), Q(message.title), Q(message.text), buttons, FrontWindow());
   box.setObjectName(QStringLiteral("MessageBox"));
   box.setTextFormat(Qt::PlainText);
-  return box.exec();
+  box.setEscapeButton(escape);
+  return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
 class DialogProgress : public common::Progress {
@@ -110,23 +126,27 @@ QString QtFilter(const std::string& filter) {
 }
 
 void QtUserInterface::ShowMessage(const common::Message& message) {
-  ShowBox(message, QMessageBox::Ok);
+  ShowBox(message, QMessageBox::Ok, QMessageBox::Ok);
 }
 
 common::Answer QtUserInterface::Ask(const common::Message& message, common::Buttons buttons) {
-  switch (ShowBox(message, QtButtons(buttons))) {
-    case QMessageBox::Ok:
-      return common::Answer::Ok;
+  const QMessageBox::StandardButton escape = EscapeButton(buttons);
+  QMessageBox::StandardButton pressed = ShowBox(message, QtButtons(buttons), escape);
+  if ((QtButtons(buttons) & pressed) == 0) pressed = escape;
+  switch (pressed) {
     case QMessageBox::Yes:
       return common::Answer::Yes;
+    case QMessageBox::No:
+      return common::Answer::No;
     case QMessageBox::Cancel:
       return common::Answer::Cancel;
     default:
-      return buttons == common::Buttons::YesNoCancel ? common::Answer::Cancel : common::Answer::No;
+      return common::Answer::Ok;
   }
 }
 
 std::vector<std::string> QtUserInterface::OpenFiles(common::FileRequest& request) {
+  const PlainCursor plain;
   QFileDialog dialog(FrontWindow());
   dialog.setFileMode(request.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
   Prepare(dialog, request, folder_);
@@ -139,6 +159,7 @@ std::vector<std::string> QtUserInterface::OpenFiles(common::FileRequest& request
 }
 
 std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
+  const PlainCursor plain;
   QFileDialog dialog(FrontWindow());
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setOption(QFileDialog::DontConfirmOverwrite);
@@ -149,12 +170,14 @@ std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
 }
 
 std::string QtUserInterface::PickFolder(const std::string& title, const std::string& folder) {
+  const PlainCursor plain;
   return Utf8(QFileDialog::getExistingDirectory(FrontWindow(), Q(title), Q(folder)));
 }
 
 bool QtUserInterface::PickColor(std::uint32_t& color) {
   const QColor initial(static_cast<int>(color & 0xFFU), static_cast<int>(color >> 8U & 0xFFU),
                        static_cast<int>(color >> 16U & 0xFFU));
+  const PlainCursor plain;
   const QColor picked = QColorDialog::getColor(initial, FrontWindow());
   if (!picked.isValid()) return false;
   color = static_cast<std::uint32_t>(picked.red()) | static_cast<std::uint32_t>(picked.green()) << 8U |

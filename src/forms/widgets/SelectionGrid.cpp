@@ -6,6 +6,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QSet>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
 
@@ -17,6 +18,19 @@ namespace {
 constexpr int kWidestCharacters = 40;  // of a cell; what is longer is elided until the user widens its column
 constexpr int kFittingMargin = 14;
 constexpr qsizetype kMeasuredTexts = 50;
+constexpr int kHintMargin = 24;
+
+// Whole rows are selected, so no cell of them wears a frame.
+class RowDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->state.setFlag(QStyle::State_HasFocus, false);
+  }
+};
 
 }  // namespace
 
@@ -117,8 +131,9 @@ class GridModel : public QAbstractTableModel {
 };
 
 SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
-    : QTableView(parent), model_(new GridModel(this)) {
+    : QTableView(parent), model_(new GridModel(this)), lblHint_(new QLabel(this)) {
   setModel(model_);
+  setItemDelegate(new RowDelegate(this));
   setObjectName(name);
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::ContiguousSelection);
@@ -127,11 +142,19 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
   setWordWrap(false);
   setTextElideMode(Qt::ElideRight);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  setCornerButtonEnabled(false);
   verticalHeader()->hide();
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setSectionsClickable(false);
+  lblHint_->setObjectName(QStringLiteral("lblHint"));
+  lblHint_->setTextFormat(Qt::PlainText);
+  lblHint_->setAlignment(Qt::AlignCenter);
+  lblHint_->setWordWrap(true);
+  lblHint_->setForegroundRole(QPalette::Text);
+  lblHint_->setAttribute(Qt::WA_TransparentForMouseEvents);
+  lblHint_->hide();
   connect(this, &QTableView::doubleClicked, this,
           [this](const QModelIndex& cell) { emit RowDoubleClicked(cell.row()); });
 }
@@ -147,6 +170,22 @@ void SelectionGrid::SetColumns(std::vector<Column> columns) {
 
 void SelectionGrid::SetRows(std::vector<Row> rows) {
   model_->SetRows(std::move(rows));
+}
+
+void SelectionGrid::SetHint(const QString& text) {
+  if (text == lblHint_->text()) return;
+  lblHint_->setText(text);
+  lblHint_->setVisible(!text.isEmpty());
+  // The keyboard is in the grid, not in the label.
+  setAccessibleDescription(text);
+}
+
+void SelectionGrid::updateGeometries() {
+  QTableView::updateGeometries();
+  // Beside the viewport, not in it: what is in it scrolls.
+  if (lblHint_ != nullptr)
+    lblHint_->setGeometry(viewport()->geometry().adjusted(kHintMargin, verticalHeader()->defaultSectionSize(),
+                                                          -kHintMargin, 0));
 }
 
 void SelectionGrid::FitColumn(int column) {

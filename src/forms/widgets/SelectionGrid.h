@@ -2,6 +2,7 @@
 // end.
 #pragma once
 
+#include <QLabel>
 #include <QTableView>
 #include <functional>
 #include <vector>
@@ -31,6 +32,9 @@ class SelectionGrid : public QTableView {
   // The grid is without rows after it.
   void SetColumns(std::vector<Column> columns);
   void SetRows(std::vector<Row> rows);
+  // Shows a text in the middle, below the first row, until it is set to an empty one: what to do where there
+  // is nothing yet. It is no row, and clicks go through it.
+  void SetHint(const QString& text);
   // Widens a column until its heading and what stands below it have room, within reason. It never narrows it.
   void FitColumn(int column);
   void AddRow(Row row);
@@ -71,9 +75,11 @@ class SelectionGrid : public QTableView {
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                        const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+  void updateGeometries() override;
 
  private:
   GridModel* model_;
+  QLabel* lblHint_;
 };
 
 }  // namespace scorvane::forms

@@ -123,10 +123,7 @@ void Look(const CommonOptions& common, const std::string& path, const std::vecto
                                      set.substr(equals + 1)));
   }
   if (!sets.empty()) {
-    engine::UnitOfWork unit(league);
-    if (!reports::SavePageTexts(league, texts) || !reports::SavePageLook(league, look))
-      throw CommandError("The look could not be stored.");
-    unit.Commit();
+    reports::SavePageSettings(league, texts, look);
     return;
   }
   OutputTable table;
