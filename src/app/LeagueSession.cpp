@@ -1,14 +1,17 @@
 #include "app/LeagueSession.h"
 
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <filesystem>
 #include <map>
 #include <system_error>
 #include <utility>
 
+#include "app/Backup.h"
 #include "app/SimFolders.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
@@ -192,6 +195,13 @@ void LeagueSession::CopyPageDefaults() {
         fmt::format("INSERT INTO Settings (SettingsID, SettingName, SettingValue) VALUES ({},{},{})", id,
                     common::QuoteSQL(name), common::QuoteSQL(value)));
   }
+}
+
+void LeagueSession::KeepBackup() {
+  const std::string day =
+      fmt::format("{:%Y-%m-%d} {}", fmt::localtime(std::time(nullptr)), league_->Name());
+  if (std::exchange(backedUp_, day) == day) return;
+  backupFault_ = BackUpOnceADay(engine_, *league_, ReadBackupOptions(templateDb_));
 }
 
 void LeagueSession::CloseLeagueFile() {

@@ -48,6 +48,13 @@ class LeagueSession {
   // condition that the template has under their number. Says nothing when none has.
   void TellReplacedRules();
 
+  // To be called before a command changes the league: keeps a backup when it is the first one of the day. What
+  // went wrong with it does not stop the command; it is told here.
+  void KeepBackup();
+  // What the last KeepBackup could not do; asked for once.
+  std::string TakeBackupFault() { return std::exchange(backupFault_, {}); }
+
+  engine::DBEngine& Engine() { return engine_; }
   bool IsOpen() const { return league_ != nullptr; }
   // The open league file; there must be one.
   engine::Database& League() { return *league_; }
@@ -69,6 +76,8 @@ class LeagueSession {
   common::UserInterface& ui_;
   std::function<void()> askForSimFolder_;
   std::unique_ptr<engine::Database> league_;
+  std::string backedUp_;  // the league and the day of the last look for a backup
+  std::string backupFault_;
   std::string replacedRules_;  // a line for each that the opening of the league replaced
 };
 

@@ -21,6 +21,8 @@ enum TemplateSetting : int {
   kFolderNR2002 = 13,
   kFolderNR2003 = 14,
   kShowImportAlerts = 18,
+  kBackupFolder = 20,
+  kBackupDays = 21,
 };
 
 // Settings of a league file.

@@ -112,6 +112,14 @@ void Database::Impl::ClearCache() {
   functions.targets.clear();
 }
 
+void Database::Impl::DropDeletes() {
+  for (Cache* cache : {&byShape, &byText}) {
+    std::erase_if(*cache, [](const auto& entry) {
+      return entry.second && entry.second->plan.kind == sql::Statement::Kind::Delete;
+    });
+  }
+}
+
 int Database::Impl::AddTarget(std::shared_ptr<const StoreTarget> target) {
   const auto [found, added] =
       targetNumbers.try_emplace(target->label, static_cast<int>(functions.targets.size()));
@@ -391,13 +399,16 @@ void UnitOfWork::Commit() {
   }
 }
 
+void UnitOfWork::TakeBack() {
+  if (!open_) return;
+  open_ = false;
+  Database::Impl& impl = *database_.impl_;
+  sqlite3_exec(impl.connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  impl.unitLost = --impl.units > 0;
+}
+
 UnitOfWork::~UnitOfWork() {
-  if (open_ && onError_ == OnError::TakeBack && std::uncaught_exceptions() > exceptions_) {
-    Database::Impl& impl = *database_.impl_;
-    sqlite3_exec(impl.connection.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-    impl.unitLost = --impl.units > 0;
-    return;
-  }
+  if (open_ && onError_ == OnError::TakeBack && std::uncaught_exceptions() > exceptions_) TakeBack();
   try {
     Commit();
   } catch (const EngineError&) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell

@@ -71,12 +71,19 @@ class Database {
   // was opened or this was last asked. False when it cannot be told.
   bool ChangedByOthers();
 
+  // Writes a compact copy of what is stored to a path that does not exist yet, and flushes it to the disk. Others
+  // may have the file open. No unit of work may be open.
+  void CopyTo(const std::string& path);
+
   // Pages of the file that hold nothing; a compaction gives them back.
   std::int64_t FreePages() const;
 
  private:
   friend class UnitOfWork;
   friend class Workspace;
+  friend class ChangeRecorder;
+  friend class ChangeTransaction;
+  friend class ChangeLog;
   friend class Recordset;
   std::unique_ptr<Impl> impl_;
 };
@@ -143,6 +150,8 @@ class UnitOfWork {
 
   // Commits and reports what goes wrong, which the destructor cannot. On a failure nothing of the unit stays.
   void Commit();
+  // Ends the unit, and those around it, with nothing of them kept.
+  void TakeBack();
 
  private:
   Database& database_;

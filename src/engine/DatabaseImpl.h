@@ -53,6 +53,8 @@ struct Database::Impl : sql::Catalog {
   bool Step(Prepared& prepared);
   [[noreturn]] void ThrowStepError(Prepared& prepared, int code);
   void ClearCache();
+  // Drops the prepared statements that delete rows.
+  void DropDeletes();
   // A number that another is when another connection has committed meanwhile; -1 when it cannot be read.
   std::int64_t DataVersion();
   // Steps a statement that yields no rows and tells how many rows it changed.
@@ -101,6 +103,8 @@ struct Database::Impl : sql::Catalog {
   std::vector<Value> bound;  // what the parameters of the running statement point into
 
   std::int64_t dataVersion = -1;  // when it was last asked for
+
+  bool recording = false;  // a ChangeRecorder is at work
 
   int units = 0;          // units of work that are open
   bool unitLost = false;  // the store has rolled the unit back on its own

@@ -69,6 +69,8 @@ constexpr Message kMessages[] = {
      "less data."},
     {kRecordDeleted, "Record is deleted."},
     {kFieldExists, "Cannot define field '{0}' more than once."},
+    {kDataChanged,
+     "The data have been changed since, by another program or another command; nothing was taken back."},
     {kRelatedRecordsExist,
      "The record cannot be deleted or changed because table '{0}' includes related records."},
     {kRelatedRecordRequired,

@@ -43,6 +43,7 @@ enum ErrorNumber : int {
   kFieldTooSmall = 3163,
   kRecordDeleted = 3167,
   kFieldExists = 3191,
+  kDataChanged = 3197,
   kRelatedRecordsExist = 3200,
   kRelatedRecordRequired = 3201,
   kDatabaseExists = 3204,

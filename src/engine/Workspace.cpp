@@ -80,6 +80,28 @@ std::unique_ptr<platform::FileLock> ShareFile(const std::string& path) {
   }
 }
 
+// Writes a compact copy to a path that does not exist, and flushes it to the disk.
+void CopyInto(sqlite3* connection, const std::string& source, const std::string& target) {
+  int code = SQLITE_OK;
+  {
+    sqlite3_stmt* raw = nullptr;
+    code = sqlite3_prepare_v2(connection, "VACUUM INTO ?1", -1, &raw, nullptr);
+    const StatementPtr statement(raw);
+    const Value path(target);
+    if (code == SQLITE_OK) {
+      Bind(statement.get(), 1, path);
+      code = sqlite3_step(statement.get());
+    }
+  }
+  const bool copied = code == SQLITE_DONE;
+  if (copied && platform::FlushFile(target)) return;
+  std::error_code error;
+  fs::remove(SystemPath(target), error);
+  fs::remove(SystemPath(target + "-journal"), error);
+  if (copied) throw EngineError(kDiskError, target);
+  ThrowStoreError(connection, code, source);
+}
+
 ConnectionPtr OpenConnection(const std::string& path, int flags) {
   sqlite3* raw = nullptr;
   const int code = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -192,26 +214,15 @@ void DBEngine::CompactDatabase(const std::string& from, const std::string& to) {
   CheckHeader(source);
   std::error_code error;
   if (fs::exists(SystemPath(target), error)) throw EngineError(kDatabaseExists, target);
-  {
-    const ConnectionPtr connection = OpenConnection(source, SQLITE_OPEN_READWRITE);
-    sqlite3_stmt* raw = nullptr;
-    int code = sqlite3_prepare_v2(connection.get(), "VACUUM INTO ?1", -1, &raw, nullptr);
-    const StatementPtr statement(raw);
-    const Value path(target);
-    if (code == SQLITE_OK) {
-      Bind(statement.get(), 1, path);
-      code = sqlite3_step(statement.get());
-    }
-    if (code != SQLITE_DONE) {
-      fs::remove(SystemPath(target), error);
-      fs::remove(SystemPath(target + "-journal"), error);
-      ThrowStoreError(connection.get(), code, source);
-    }
-  }
-  if (!platform::FlushFile(target)) {
-    fs::remove(SystemPath(target), error);
-    throw EngineError(kDiskError, target);
-  }
+  const ConnectionPtr connection = OpenConnection(source, SQLITE_OPEN_READWRITE);
+  CopyInto(connection.get(), source, target);
+}
+
+void Database::CopyTo(const std::string& path) {
+  const std::string target = FullPath(path);
+  std::error_code error;
+  if (fs::exists(SystemPath(target), error)) throw EngineError(kDatabaseExists, target);
+  CopyInto(impl_->connection.get(), impl_->path, target);
 }
 
 void DBEngine::TakeBackUnfinished(const std::string& path) {

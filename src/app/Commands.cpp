@@ -1,0 +1,194 @@
+#include "app/Commands.h"
+
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "app/RaceList.h"
+#include "common/Formats.h"
+#include "common/SettingsStore.h"
+#include "scoring/OfflineMerge.h"
+#include "scoring/RaceScoring.h"
+
+namespace scorvane::app {
+namespace {
+
+std::string RaceName(engine::Database& league, std::int32_t raceId) {
+  const auto row = league.OpenRecordset(fmt::format("SELECT Name FROM Race WHERE RaceID={}", raceId));
+  const std::string name = row.AtEnd() ? std::string() : row.At(0).ToText();
+  return name.empty() ? fmt::format("race {}", raceId) : name;
+}
+
+std::string DriverName(engine::Database& league, std::int32_t driverId) {
+  const auto driver = drivers::ReadDriver(league, driverId);
+  return driver ? driver->name : fmt::format("driver {}", driverId);
+}
+
+std::string DriverOfResult(engine::Database& league, std::int32_t resultId) {
+  const auto row = league.OpenRecordset(
+      fmt::format("SELECT Driver.Name FROM Driver INNER JOIN Stats ON Driver.DriverID=Stats.DriverID WHERE "
+                  "Stats.StatsID={}",
+                  resultId));
+  return row.AtEnd() ? fmt::format("result {}", resultId) : row.At(0).ToText();
+}
+
+// "Daytona", or "3 races".
+template <typename Name>
+std::string OneOrMany(const std::vector<std::int32_t>& ids, const char* many, Name name) {
+  return ids.size() == 1 ? name(ids.front()) : fmt::format("{} {}", ids.size(), many);
+}
+
+std::string Races(engine::Database& league, const std::vector<std::int32_t>& ids) {
+  return OneOrMany(ids, "races", [&](std::int32_t id) { return RaceName(league, id); });
+}
+
+std::string Drivers(engine::Database& league, const std::vector<std::int32_t>& ids) {
+  return OneOrMany(ids, "drivers", [&](std::int32_t id) { return DriverName(league, id); });
+}
+
+// What a result belongs to decides whether its change is one of the league.
+template <typename Body>
+auto OfRace(LeagueSession& session, scoring::RaceKey race, const std::string& what, Body body) {
+  if (race.staged) return body();
+  return AsChange(session, fmt::format("{}, {}", what, RaceName(session.League(), race.id)), body);
+}
+
+}  // namespace
+
+ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files) {
+  const std::string count = fmt::format("{} file{}", files, files == 1 ? "" : "s");
+  const bool offline = session.State().leagueType == common::kOffline;
+  return AsChange(session, (offline ? "Import an event of " : "Import ") + count,
+                  [&] { return ImportStaged(session.League(), session.State(), ui); });
+}
+
+void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds) {
+  engine::Database& league = session.League();
+  AsChange(session, "Remove " + Races(league, raceIds), [&] { RemoveRaces(league, raceIds); });
+}
+
+void Recalculate(LeagueSession& session, common::UserInterface& ui, const std::vector<std::int32_t>& raceIds) {
+  engine::Database& league = session.League();
+  AsChange(session, "Recalculate " + Races(league, raceIds), [&] {
+    std::unique_ptr<common::Progress> progress;
+    if (raceIds.size() > 1) progress = ui.StartProgress("Recalculating", static_cast<int>(raceIds.size()));
+    int done = 0;
+    for (const std::int32_t id : raceIds) {
+      scoring::RecalculateRace(session.Template(), league, session.State(), id, false);
+      if (progress) progress->SetValue(++done);
+    }
+  });
+}
+
+std::int32_t AddResult(LeagueSession& session, scoring::RaceKey race, const scoring::ResultEntry& entry,
+                       float length) {
+  const std::string name(common::TrimBlanks(entry.fields[scoring::ResultEntry::kName]));
+  return OfRace(session, race, fmt::format("Add {}'s result", name), [&] {
+    return scoring::AddResult(session.League(), session.State(), race, entry, length);
+  });
+}
+
+void UpdateResult(LeagueSession& session, scoring::RaceKey race, std::int32_t resultId,
+                  const scoring::ResultEntry& entry, float length) {
+  const std::string name = race.staged ? std::string() : DriverOfResult(session.League(), resultId);
+  OfRace(session, race, fmt::format("Edit {}'s result", name), [&] {
+    scoring::UpdateResult(session.League(), session.State(), race, resultId, entry, length);
+  });
+}
+
+void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vector<std::int32_t>& resultIds) {
+  const std::string what = OneOrMany(resultIds, "results", [&](std::int32_t id) {
+    return race.staged ? std::string() : DriverOfResult(session.League(), id) + "'s result";
+  });
+  OfRace(session, race, "Remove " + what,
+         [&] { scoring::RemoveResults(session.League(), race, resultIds); });
+}
+
+std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver) {
+  return AsChange(session, fmt::format("Add {}", common::TrimBlanks(driver.name)),
+                  [&] { return drivers::AddDriver(session.League(), driver); });
+}
+
+void UpdateDriver(LeagueSession& session, const drivers::Driver& driver) {
+  const std::string before = DriverName(session.League(), driver.id);
+  const std::string after(common::TrimBlanks(driver.name));
+  AsChange(session,
+           before == after ? fmt::format("Edit {}", before) : fmt::format("Rename {} to {}", before, after),
+           [&] { drivers::UpdateDriver(session.League(), driver); });
+}
+
+void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into) {
+  engine::Database& league = session.League();
+  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)),
+           [&] { drivers::MergeDrivers(league, from, into); });
+}
+
+void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bool exclude) {
+  engine::Database& league = session.League();
+  AsChange(session, (exclude ? "Exclude " : "Include ") + Drivers(league, ids),
+           [&] { drivers::SetExclude(league, ids, exclude); });
+}
+
+void RemoveDrivers(LeagueSession& session, const std::vector<std::int32_t>& ids) {
+  engine::Database& league = session.League();
+  AsChange(session, "Remove " + Drivers(league, ids), [&] { drivers::RemoveDrivers(league, ids); });
+}
+
+void RemoveExcludedResults(LeagueSession& session, common::UserInterface& ui) {
+  AsChange(session, "Remove excluded results", [&] {
+    drivers::RemoveExcludedResults(session.Template(), session.League(), session.State(), ui);
+  });
+}
+
+void SavePointSystem(LeagueSession& session, const scoring::PointSystemEdit& edit) {
+  AsChange(session, "Point system", [&] { scoring::SavePointSystem(session.League(), edit); });
+  ReadLeagueSettings(session.League(), session.State());
+}
+
+void StoreRankCriteria(LeagueSession& session, const std::vector<std::int32_t>& ids) {
+  AsChange(session, "Off-line criteria",
+           [&] { scoring::StoreRankCriteria(session.League(), session.State().simType, ids); });
+}
+
+void StoreProperties(LeagueSession& session, const LeagueProperties& properties) {
+  AsChange(session, "Properties",
+           [&] { StoreLeagueProperties(session.League(), session.State(), properties); });
+}
+
+void StoreSetting(LeagueSession& session, int id, const std::string& value) {
+  std::string name;
+  common::GetSettingValue(session.League(), id, &name);
+  AsChange(session, name.empty() ? fmt::format("Setting {}", id) : fmt::format("Setting {} ({})", id, name),
+           [&] { common::StoreSetting(session.League(), id, value); });
+}
+
+void SavePageSettings(LeagueSession& session, const reports::PageTexts& texts, const reports::PageLook& look) {
+  AsChange(session, "Page look", [&] { reports::SavePageSettings(session.League(), texts, look); });
+}
+
+std::int32_t CountRaces(engine::Database& league) {
+  return league.OpenRecordset("SELECT Count(RaceID) AS Races FROM Race").At(0).ToLong();
+}
+
+std::optional<std::string> Undo(LeagueSession& session) {
+  session.KeepBackup();
+  auto label = history::Undo(session.League());
+  if (label) ReadLeagueSettings(session.League(), session.State());
+  return label;
+}
+
+std::optional<std::string> Redo(LeagueSession& session) {
+  session.KeepBackup();
+  auto label = history::Redo(session.League());
+  if (label) ReadLeagueSettings(session.League(), session.State());
+  return label;
+}
+
+std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t changeId) {
+  session.KeepBackup();
+  auto labels = history::UndoThrough(session.League(), changeId);
+  if (!labels.empty()) ReadLeagueSettings(session.League(), session.State());
+  return labels;
+}
+
+}  // namespace scorvane::app

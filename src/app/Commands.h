@@ -1,0 +1,79 @@
+// The commands that change a league, each as one change that can be taken back: what the window and the command
+// line both do. Behind each stands an operation of a lower floor; here it gets its name in the history, its
+// transaction and the day's backup. All throw what their operation throws; the league is then as it was.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/ImportFiles.h"
+#include "app/LeagueSession.h"
+#include "app/NewLeague.h"
+#include "drivers/Roster.h"
+#include "history/History.h"
+#include "reports/PageExport.h"
+#include "scoring/PointSystemEdit.h"
+#include "scoring/RaceResults.h"
+
+namespace scorvane::app {
+
+// Runs `body` as one change of the open league with this name.
+template <typename Body>
+auto AsChange(LeagueSession& session, std::string label, Body body) {
+  if (!engine::ChangeRecorder::IsRecording(session.League())) session.KeepBackup();
+  history::Change change(session.League(), std::move(label));
+  if constexpr (std::is_void_v<decltype(body())>) {
+    body();
+    change.Commit();
+  } else {
+    auto result = body();
+    change.Commit();
+    return result;
+  }
+}
+
+// ---- races
+
+// As one change "Import 3 files"; in an off-line league "Import an event of 3 files".
+ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files);
+void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds);
+// Numbers and scores the races anew, showing progress for several.
+void Recalculate(LeagueSession& session, common::UserInterface& ui, const std::vector<std::int32_t>& raceIds);
+
+// ---- results; those of a staged race are no part of the league and no change
+
+std::int32_t AddResult(LeagueSession& session, scoring::RaceKey race, const scoring::ResultEntry& entry,
+                       float length);
+void UpdateResult(LeagueSession& session, scoring::RaceKey race, std::int32_t resultId,
+                  const scoring::ResultEntry& entry, float length);
+void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vector<std::int32_t>& resultIds);
+
+// ---- drivers
+
+std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver);
+void UpdateDriver(LeagueSession& session, const drivers::Driver& driver);
+void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into);
+void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bool exclude);
+void RemoveDrivers(LeagueSession& session, const std::vector<std::int32_t>& ids);
+void RemoveExcludedResults(LeagueSession& session, common::UserInterface& ui);
+
+// ---- the league's rules and looks
+
+void SavePointSystem(LeagueSession& session, const scoring::PointSystemEdit& edit);
+void StoreRankCriteria(LeagueSession& session, const std::vector<std::int32_t>& ids);
+void StoreProperties(LeagueSession& session, const LeagueProperties& properties);
+void StoreSetting(LeagueSession& session, int id, const std::string& value);
+void SavePageSettings(LeagueSession& session, const reports::PageTexts& texts, const reports::PageLook& look);
+
+// How many races have been scored under the rules as they were before, for what is said after a change of them.
+std::int32_t CountRaces(engine::Database& league);
+
+// ---- going back and forth; the settings that the whole program shares are read anew
+
+std::optional<std::string> Undo(LeagueSession& session);
+std::optional<std::string> Redo(LeagueSession& session);
+std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t changeId);
+
+}  // namespace scorvane::app
