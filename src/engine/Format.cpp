@@ -180,7 +180,10 @@ std::string FormatValue(const Value& value, std::string_view format, char decima
     readable = ParseNumber(value.Text(), decimal, number);
   }
   if (choice != nullptr) return !readable ? value.Text() : number != 0 ? choice->yes : choice->no;
-  if (SameName(format, "General Number")) return readable ? Value(number).ToText(decimal) : value.Text();
+  if (SameName(format, "General Number")) {
+    const bool plain = !readable || value.GetType() == Value::Type::Single;
+    return (plain ? value : Value(number)).ToText(decimal);
+  }
   if (const NamedFormat* named = FindNamed(kNumberNames, format))
     return readable ? WriteSections(value, number, named->format, decimal) : value.Text();
   if (const NamedFormat* named = FindNamed(kDateNames, format)) format = named->format;

@@ -41,7 +41,7 @@ std::u32string Characters(std::string_view text) {
   std::size_t place = 0;
   while (place < text.size()) {
     UChar32 c = 0;
-    U8_NEXT_OR_FFFD(bytes, place, text.size(), c);
+    U8_NEXT_OR_FFFD(bytes, place, text.size(), c);  // NOLINT(bugprone-inc-dec-in-conditions): ICU's macro
     characters += static_cast<char32_t>(c);
   }
   return characters;

@@ -82,10 +82,10 @@ Value DateDiff(const Args& args) {
   const DateParts b = SplitDate(to);
   const int days = DayNumber(to) - DayNumber(from);
   // Units that begin between the two, not whole ones that lie between.
-  const auto clock = [&](int seconds) {
-    const double difference = days * (86400.0 / seconds) +
-                              static_cast<double>(SecondOfDay(to) / seconds - SecondOfDay(from) / seconds);
-    return Value(Value(difference).ToLong());
+  const auto clock = [&](std::int64_t seconds) {
+    const std::int64_t difference =
+        days * (86400 / seconds) + SecondOfDay(to) / seconds - SecondOfDay(from) / seconds;
+    return Value(Value(static_cast<double>(difference)).ToLong());
   };
   switch (interval) {
     case Interval::Year:

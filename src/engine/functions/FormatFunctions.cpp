@@ -36,7 +36,9 @@ Value Written(const Args& args, std::string_view before, std::string_view behind
   number += behind;
   std::string format = number;
   if (Switch(args, 3, usualParentheses)) format += ";(" + number + ")";
-  return Value(FormatValue(Value(args.Number(0)), format, args.decimal));
+  const Value value = args.At(0);
+  return Value(
+      FormatValue(value.GetType() == Type::Single ? value : Value(args.Number(0)), format, args.decimal));
 }
 
 Value FormatDateTime(const Args& args) {

@@ -39,8 +39,8 @@ Value Power(const Args& args) {
   const double base = args.Number(0);
   const double exponent = args.Number(1);
   // A root of a negative number, and 0 to a negative power, have no value.
-  if (base < 0 && exponent != std::trunc(exponent)) args.Refuse();
-  if (base == 0 && exponent < 0) args.Refuse();
+  const bool root = base < 0 && exponent != std::trunc(exponent);
+  if (root || (base == 0 && exponent < 0)) throw EngineError(kInvalidArgument, "^");
   const double result = std::pow(base, exponent);
   if (!std::isfinite(result))
     throw EngineError(kOverflow, fmt::format("{}^{}", args.Text(0), args.Text(1)), "Double");
@@ -54,8 +54,9 @@ Value Add(const Args& args) {
     return args.IsText(i) && !ReadNumber(args.Text(i), args.decimal, number);
   };
   if ((args.IsText(0) && args.IsText(1)) || isWord(0) || isWord(1)) {
-    std::string left = args.Text(0);
-    return args.Bounded(left.append(args.Text(1)));
+    std::string joined = args.Text(0) + args.Text(1);
+    if (joined.size() > kLongestText) throw EngineError(kOutOfStringSpace, "+", std::to_string(kLongestText));
+    return Value(std::move(joined));
   }
   return Value(args.Number(0) + args.Number(1));
 }
