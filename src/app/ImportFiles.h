@@ -44,9 +44,9 @@ common::Message FailedFilesWarning(std::size_t failed);
 // Removes staged races with their results. Throws EngineError; the races before the failing one are removed.
 void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>& ids);
 
-// Makes races of what is staged: of an on-line league one each, of an off-line league one in all. False, after
-// a message, when an off-line event has nobody to rank. Throws EngineError; what was done before it is taken
-// back, so that the same staged races can be imported again.
+// Makes races of what is staged: of an on-line league one each, of an off-line league one in all. False,
+// after a message, when an off-line event has nobody to rank. Throws EngineError; what was done before it is
+// taken back, so that the same staged races can be imported again.
 bool ImportStaged(engine::Database& league, common::ProcessState& state, common::UserInterface& ui);
 
 }  // namespace scorvane::app
