@@ -1,5 +1,6 @@
 #include "forms/frmRaces.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QHBoxLayout>
@@ -329,6 +330,12 @@ void frmRaces::ShowOthersChanges() {
 bool frmRaces::event(QEvent* event) {
   const bool done = QMainWindow::event(event);
   if (event->type() == QEvent::WindowActivate) ShowOthersChanges();
+  if (event->type() == QEvent::WindowUnblocked && QApplication::applicationState() == Qt::ApplicationActive) {
+    // A dialog that closes together with its question leaves some desktops without a window to type into.
+    QTimer::singleShot(0, this, [this] {
+      if (QApplication::activeModalWidget() == nullptr) activateWindow();
+    });
+  }
   return done;
 }
 
