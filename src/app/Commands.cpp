@@ -55,10 +55,13 @@ auto OfRace(LeagueSession& session, scoring::RaceKey race, const std::string& wh
 
 }  // namespace
 
+std::string ImportLabel(const common::ProcessState& state, std::size_t files) {
+  return fmt::format("{}{} file{}", state.leagueType == common::kOffline ? "Import an event of " : "Import ", files,
+                     files == 1 ? "" : "s");
+}
+
 ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files) {
-  const std::string count = fmt::format("{} file{}", files, files == 1 ? "" : "s");
-  const bool offline = session.State().leagueType == common::kOffline;
-  return AsChange(session, (offline ? "Import an event of " : "Import ") + count,
+  return AsChange(session, ImportLabel(session.State(), files),
                   [&] { return ImportStaged(session.League(), session.State(), ui); });
 }
 

@@ -37,6 +37,7 @@ auto AsChange(LeagueSession& session, std::string label, Body body) {
 // ---- races
 
 // As one change "Import 3 files"; in an off-line league "Import an event of 3 files".
+std::string ImportLabel(const common::ProcessState& state, std::size_t files);
 ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files);
 void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds);
 // Numbers and scores the races anew, showing progress for several.

@@ -192,8 +192,8 @@ void BindPacked(sqlite3_stmt* statement, int first, std::string_view values) {
       default:
         Unpacker::Fail();
     }
-    // A damaged record may hold more values than the table has columns.
-    if (code != SQLITE_OK) Unpacker::Fail();
+    // The statement may leave the last columns out.
+    if (code != SQLITE_OK && code != SQLITE_RANGE) Unpacker::Fail();
   }
 }
 

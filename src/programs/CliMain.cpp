@@ -98,6 +98,7 @@ class CommandLine {
     AddLeagueCommands();
     AddEditCommands();
     AddQueryCommands();
+    AddHistoryCommands();
   }
 
   int Run(int argc, char** argv) {
@@ -166,6 +167,8 @@ class CommandLine {
         ->check(CLI::Range(0, 10))
         ->type_name("");
     AddChoice(create, "--laps", create_.lapReportingMethod, kLapMethods, "Show qualifying as speed or time");
+    create->add_option("--heading", create_.heading, "The league's name, as its pages are headed")
+        ->type_name("TEXT");
     create->add_flag("--replace", create_.replace, "Replace a file of that name");
 
     CLI::App* import =
@@ -294,6 +297,28 @@ class CommandLine {
     result->add_flag("--yes", result_.yes, "remove: do not ask");
   }
 
+  void AddHistoryCommands() {
+    CLI::App* history = AddForLeague("history", "List what commands changed, the newest first",
+                                     [this] { cli::History(common_, league_, clear_); });
+    history->add_flag("--clear", clear_, "Forget it all, before the league is given to somebody");
+    CLI::App* undo =
+        AddForLeague("undo", "Take the last change back", [this] { cli::Undo(common_, league_, count_); });
+    CLI::App* redo = AddForLeague("redo", "Do again what was taken back last",
+                                  [this] { cli::Redo(common_, league_, count_); });
+    for (CLI::App* command : {undo, redo}) {
+      command->add_option("N", count_, "How many changes (default: 1)")
+          ->check(CLI::Range(1, 1000000))
+          ->type_name("");
+    }
+    CLI::App* backup = AddForLeague("backup", "Write a whole and checked copy of a league, which may be open",
+                                    [this] { cli::Backup(common_, league_, folder_); });
+    backup->add_option("FILE", folder_, "The copy (default: in the backup folder, with league and time in its name)");
+    CLI::App* restore = AddForLeague("restore", "Put a backup in the league's place; what is there is backed up first",
+                                     [this] { cli::Restore(common_, league_, folder_, yes_); });
+    restore->add_option("FILE", folder_, "The backup")->required();
+    restore->add_flag("--yes", yes_, "Do not ask");
+  }
+
   void AddQueryCommands() {
     AddForLeague("races", "List the races", [this] { cli::Races(common_, league_); });
     CLI::App* results = AddForLeague("results", "List the results of a race in finishing order",
@@ -381,6 +406,9 @@ class CommandLine {
   std::vector<std::string> sets_;
   cli::ColumnOptions columns_;
   std::string statement_;
+  bool clear_ = false;
+  bool yes_ = false;
+  int count_ = 1;
 };
 
 }  // namespace

@@ -33,6 +33,7 @@ struct CreateOptions {
   std::int16_t droppedRaces = 0;
   std::int16_t lapReportingMethod = 0;
   bool replace = false;
+  std::string heading;  // of its pages; empty: the one that every new league has
 };
 void Create(const CommonOptions& common, const CreateOptions& options);
 
@@ -130,6 +131,15 @@ void EditResults(const CommonOptions& common, const ResultOptions& options);
 void Convert(const CommonOptions& common, const std::string& from, const std::string& to);
 // Looks a league file over without changing it; throws CommandError when something is wrong.
 void Check(const CommonOptions& common, const std::string& path);
+
+// What commands changed, newest first; with `clear` it is forgotten.
+void History(const CommonOptions& common, const std::string& path, bool clear);
+// Takes the last `count` changes back, or does them again.
+void Undo(const CommonOptions& common, const std::string& path, int count);
+void Redo(const CommonOptions& common, const std::string& path, int count);
+// Without a file into the backup folder, with league and time in its name.
+void Backup(const CommonOptions& common, const std::string& path, const std::string& file);
+void Restore(const CommonOptions& common, const std::string& path, const std::string& file, bool yes);
 
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement);
 

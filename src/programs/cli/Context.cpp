@@ -41,6 +41,13 @@ Context::Context(const CommonOptions& options, const std::string& leaguePath, co
   OpenLeague(leaguePath, app::LeagueSession::Use::Everything);
 }
 
+Context::~Context() {
+  if (session_) {
+    if (const std::string fault = session_->TakeBackupFault(); !fault.empty())
+      fmt::print(stderr, "scorvane-cli: {}\n", fault);
+  }
+}
+
 void Context::Say(const std::string& line) const {
   if (!quiet_) fmt::print("{}\n", line);
 }
@@ -50,6 +57,13 @@ void Context::OpenLeague(const std::string& path, app::LeagueSession::Use use) {
   if (session_->OpenLeagueFile(path, use)) return;
   throw CommandError(
       app::LacksSimFolder(state, state.simType) ? "--sim-folder DIR names the simulation's folder." : "");
+}
+
+void NeedConsent(Context& context, bool yes, const std::string& question) {
+  if (yes) return;
+  const common::Message message{question, common::kApplicationTitle, common::MessageIcon::Question};
+  if (context.ui.Ask(message, common::Buttons::YesNo) != common::Answer::Yes)
+    throw CommandError("Nothing was changed. --yes answers the question beforehand.");
 }
 
 RaceFacts NeedRace(engine::Database& league, std::int32_t raceId) {

@@ -28,6 +28,10 @@ class Context {
   // empty.
   Context(const CommonOptions& options, const std::string& leaguePath, const std::string& simFolder);
 
+  ~Context();
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+
   engine::DBEngine engine;
   CliUserInterface ui;
   common::ProcessState state;
@@ -52,6 +56,9 @@ template <typename Number>
 std::string Plural(Number number, const char* noun) {
   return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
+
+// Asks before something goes. Without a terminal there is nobody to ask: then only --yes will do.
+void NeedConsent(Context& context, bool yes, const std::string& question);
 
 // The name and length of a race; throws CommandError when the league has no such race.
 struct RaceFacts {

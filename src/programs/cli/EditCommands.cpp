@@ -5,8 +5,9 @@
 #include <charconv>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
-#include "app/RaceList.h"
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
@@ -18,10 +19,54 @@
 namespace scorvane::cli {
 namespace {
 
+// How many letters one has to add, drop, change or swap to make one name of the other.
+std::size_t Distance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i);
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t change = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, change});
+    }
+  }
+  return row[b.size()];
+}
+
+// " Did you mean ...?" with the names of the league that come near, or that hold what was typed.
+std::string NearestNames(engine::Database& league, const std::string& name) {
+  constexpr std::size_t kMost = 3;
+  const std::string typed = common::LowerCase(common::TrimBlanks(name));
+  std::vector<std::pair<std::size_t, std::string>> near;
+  for (const drivers::Driver& driver : drivers::ListDrivers(league)) {
+    const std::string known = common::LowerCase(driver.name);
+    const bool within = !typed.empty() && known.find(typed) != std::string::npos;
+    const std::size_t distance = within ? 1 : Distance(typed, known);
+    if (distance <= std::max<std::size_t>(2, typed.size() / 3)) near.emplace_back(distance, driver.name);
+  }
+  std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  if (near.empty()) return {};
+  std::string text;
+  for (std::size_t i = 0; i < std::min(near.size(), kMost); ++i)
+    text += (i == 0 ? " Did you mean " : i + 1 == std::min(near.size(), kMost) ? " or " : ", ") + near[i].second;
+  return text + "?";
+}
+
+// Points already given do not change with the rules.
+void SayOldPoints(Context& context) {
+  const std::int32_t races = app::CountRaces(context.League());
+  if (races == 0) return;
+  context.Say(fmt::format("{} {} the points that {} before; `recalculate` scores {} anew.", Plural(races, "race"),
+                          races == 1 ? "keeps" : "keep", races == 1 ? "it had" : "they had",
+                          races == 1 ? "it" : "them"));
+}
+
 drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
   const auto id = drivers::FindNameClash(league, name, std::nullopt);
   const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
-  if (!driver) throw CommandError(fmt::format("The league has no driver '{}'.", name));
+  if (!driver)
+    throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
   return *driver;
 }
 
@@ -45,25 +90,19 @@ bool OnOrOff(const std::string& text) {
   throw CommandError(fmt::format("on or off, not '{}'.", text));
 }
 
-// Without a terminal there is nobody to ask: then only --yes will do.
-void NeedConsent(Context& context, bool yes, const std::string& question) {
-  if (yes) return;
-  const common::Message message{question, common::kApplicationTitle, common::MessageIcon::Question};
-  if (context.ui.Ask(message, common::Buttons::YesNo) != common::Answer::Yes)
-    throw CommandError("Nothing was changed. --yes answers the question beforehand.");
-}
-
 std::int32_t Count(engine::Database& league, const std::string& query) {
   return league.OpenRecordset(query).At(0).ToLong();
 }
 
-void Rename(engine::Database& league, const std::string& from, const std::string& to) {
+void Rename(Context& context, const std::string& from, const std::string& to) {
+  engine::Database& league = context.League();
   drivers::Driver driver = NeedDriver(league, from);
   if (common::TrimBlanks(to).empty()) throw CommandError("A driver needs a name.");
   if (drivers::FindNameClash(league, to, driver.id))
     throw CommandError(fmt::format("\"{}\" already exists! `driver merge` makes one driver of two.", to));
   driver.name = to;
-  drivers::UpdateDriver(league, driver);
+  app::UpdateDriver(context.Session(), driver);
+  context.Say(fmt::format("{} is {} now.", from, common::TrimBlanks(to)));
 }
 
 }  // namespace
@@ -79,25 +118,30 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
     if (common::TrimBlanks(names[0]).empty()) throw CommandError("A driver needs a name.");
     if (drivers::FindNameClash(league, names[0], std::nullopt))
       throw CommandError(fmt::format("\"{}\" already exists!", names[0]));
-    drivers::AddDriver(league, {0, names[0], options.exclude, options.rookie, options.handicap});
+    app::AddDriver(context.Session(), {0, names[0], options.exclude, options.rookie, options.handicap});
+    context.Say(fmt::format("Added {}.", common::TrimBlanks(names[0])));
   } else if (action == "rename") {
     NeedNames(options, 2, 2, "a NAME and the new one");
-    Rename(league, names[0], names[1]);
+    Rename(context, names[0], names[1]);
   } else if (action == "exclude" || action == "include") {
     NeedNames(options, 1, kAny, "one NAME or more");
     std::vector<std::int32_t> ids;
     for (const std::string& name : names) ids.push_back(NeedDriver(league, name).id);
-    drivers::SetExclude(league, ids, action == "exclude");
+    app::SetExclude(context.Session(), ids, action == "exclude");
+    context.Say(fmt::format("{} {} {}.", Plural(ids.size(), "driver"), ids.size() == 1 ? "is" : "are",
+                            action == "exclude" ? "excluded from imports and reports" : "included again"));
   } else if (action == "rookie") {
     NeedNames(options, 2, 2, "a NAME and on or off");
     drivers::Driver driver = NeedDriver(league, names[0]);
     driver.rookie = OnOrOff(names[1]);
-    drivers::UpdateDriver(league, driver);
+    app::UpdateDriver(context.Session(), driver);
+    context.Say(fmt::format("{} is {} rookie.", driver.name, driver.rookie ? "a" : "no"));
   } else if (action == "handicap") {
     NeedNames(options, 2, 2, "a NAME and a whole number");
     drivers::Driver driver = NeedDriver(league, names[0]);
     driver.handicap = WholeNumber(names[1], "A handicap");
-    drivers::UpdateDriver(league, driver);
+    app::UpdateDriver(context.Session(), driver);
+    context.Say(fmt::format("{} has a handicap of {}.", driver.name, driver.handicap));
   } else if (action == "merge") {
     NeedNames(options, 2, 2, "the NAME that goes and the one that stays");
     const drivers::Driver from = NeedDriver(league, names[0]);
@@ -107,11 +151,12 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
         league, fmt::format("SELECT Count(*) AS N FROM Stats AS A INNER JOIN Stats AS B ON A.RaceID=B.RaceID "
                             "WHERE A.DriverID={} AND B.DriverID={}",
                             from.id, into.id));
-    drivers::MergeDrivers(league, from.id, into.id);
+    app::MergeDrivers(context.Session(), from.id, into.id);
+    context.Say(fmt::format("Merged {} into {}.", from.name, into.name));
     if (shared > 0) {
-      fmt::print(
-          "Both took part in {} race{}: {} has two results there now. `result remove` takes one away.\n",
-          shared, shared == 1 ? "" : "s", into.name);
+      context.Say(fmt::format(
+          "Both took part in {}: {} has two results there now. `result remove` takes one away.",
+          Plural(shared, "race"), into.name));
     }
   } else {
     NeedNames(options, 1, kAny, "one NAME or more");
@@ -123,7 +168,9 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
                       "Do you want to continue?"
                     : "Removing these drivers will also remove the points associated with these "
                       "drivers. Do you want to continue?");
-    drivers::RemoveDrivers(league, ids);
+    app::RemoveDrivers(context.Session(), ids);
+    context.Say(fmt::format("Removed {} with all results. `recalculate` moves the others up.",
+                            Plural(ids.size(), "driver")));
   }
 }
 
@@ -131,11 +178,11 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path) {
   Context context(common, path);
   constexpr const char* kResults = "SELECT Count(*) AS N FROM Stats";
   const std::int32_t before = Count(context.League(), kResults);
-  drivers::RemoveExcludedResults(context.Template(), context.League(), context.state, context.ui);
-  fmt::print(
-      "The results of excluded drivers have been removed from all races ({} of {}),\n"
-      "and the remaining results have been recalculated.\n",
-      before - Count(context.League(), kResults), before);
+  app::RemoveExcludedResults(context.Session(), context.ui);
+  context.Say(
+      fmt::format("The results of excluded drivers have been removed from all races ({} of {}),\n"
+                  "and the remaining results have been recalculated.",
+                  before - Count(context.League(), kResults), before));
 }
 
 // ---- points
@@ -181,7 +228,10 @@ void Points(const CommonOptions& common, const PointOptions& options) {
     scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
     if (!options.file.empty()) edit.positions = ReadPointFile(options.file);
     edit.usePositions = options.use.value_or(edit.usePositions);
-    scoring::SavePointSystem(league, edit);
+    app::SavePointSystem(context.Session(), edit);
+    context.Say(fmt::format("The league's own point system has {} and is {}.",
+                            Plural(edit.positions.size(), "position"), edit.usePositions ? "on" : "off"));
+    SayOldPoints(context);
     return;
   }
   auto rows = league.OpenRecordset("SELECT Position, Points, PrizeMoney FROM PointSystem ORDER BY Position");
@@ -204,7 +254,9 @@ void Bonus(const CommonOptions& common, const PointOptions& options) {
       rule->points = WholeNumber(set.substr(equals + 1), "A rule's points");
     }
     edit.useBonus = options.use.value_or(edit.useBonus);
-    scoring::SavePointSystem(league, edit);
+    app::SavePointSystem(context.Session(), edit);
+    context.Say(fmt::format("The league's own bonus rules are {}.", edit.useBonus ? "on" : "off"));
+    SayOldPoints(context);
     return;
   }
   auto rows = league.OpenRecordset("SELECT BonusID, Name, Points, Query FROM Bonus");
@@ -221,7 +273,8 @@ void EditRaces(const CommonOptions& common, const RaceOptions& options) {
               fmt::format("This will remove {} race{} with all results and cannot be undone. Do you want to "
                           "continue?",
                           options.ids.size(), options.ids.size() == 1 ? "" : "s"));
-  app::RemoveRaces(league, options.ids);
+  app::Remove(context.Session(), options.ids);
+  context.Say(fmt::format("Removed {} with all results.", Plural(options.ids.size(), "race")));
 }
 
 namespace {
@@ -254,12 +307,13 @@ void TakeFields(const ResultOptions& options, char decimal, scoring::ResultEntry
 }
 
 // A driver may have several results in a race, but hardly ever is meant to.
-void SayResultsOf(engine::Database& league, std::int32_t raceId, const scoring::ResultEntry& entry) {
+void SayResultsOf(Context& context, std::int32_t raceId, const scoring::ResultEntry& entry) {
+  engine::Database& league = context.League();
   const drivers::Driver driver = NeedDriver(league, entry.fields[scoring::ResultEntry::kName]);
   const std::int32_t results = Count(
       league,
       fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={} AND DriverID={}", raceId, driver.id));
-  if (results > 1) fmt::print("{} has {} results in this race now.\n", driver.name, results);
+  if (results > 1) context.Say(fmt::format("{} has {} results in this race now.", driver.name, results));
 }
 
 }  // namespace
@@ -267,7 +321,7 @@ void SayResultsOf(engine::Database& league, std::int32_t raceId, const scoring::
 void EditResults(const CommonOptions& common, const ResultOptions& options) {
   Context context(common, options.path);
   engine::Database& league = context.League();
-  NeedRace(league, options.raceId);
+  const RaceFacts facts = NeedRace(league, options.raceId);
   const scoring::RaceKey race{options.raceId, false};
   const float length = scoring::ReadRaceHeader(league, context.state, race).length;
   const std::vector<scoring::RaceResult> results = scoring::ReadRaceResults(league, race);
@@ -279,8 +333,9 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
     for (std::size_t i = 0; i < entry.fields.size(); ++i)
       entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
     TakeFields(options, common.decimal, entry);
-    scoring::AddResult(league, context.state, race, entry, length);
-    SayResultsOf(league, options.raceId, entry);
+    app::AddResult(context.Session(), race, entry, length);
+    context.Say(fmt::format("Added {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
+    SayResultsOf(context, options.raceId, entry);
   } else if (options.action == "edit") {
     const bool changes = options.reason || std::any_of(options.fields.begin(), options.fields.end(),
                                                        [](const std::optional<std::string>& field) {
@@ -291,15 +346,18 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
     const std::int32_t id = NeedResult(results, league, options.drivers[0]);
     scoring::ResultEntry entry = scoring::ReadResultEntry(league, context.state, race, id, length);
     TakeFields(options, common.decimal, entry);
-    scoring::UpdateResult(league, context.state, race, id, entry, length);
-    SayResultsOf(league, options.raceId, entry);
+    app::UpdateResult(context.Session(), race, id, entry, length);
+    context.Say(fmt::format("Changed {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
+    SayResultsOf(context, options.raceId, entry);
   } else {
     std::vector<std::int32_t> ids;
     for (const std::string& name : options.drivers) ids.push_back(NeedResult(results, league, name));
     NeedConsent(context, options.yes,
                 fmt::format("This will remove {} result{} and cannot be undone. Do you want to continue?",
                             ids.size(), ids.size() == 1 ? "" : "s"));
-    scoring::RemoveResults(league, race, ids);
+    app::RemoveResults(context.Session(), race, ids);
+    context.Say(fmt::format("Removed {} from {}. `recalculate {} {}` moves the others up.",
+                            Plural(ids.size(), "result"), facts.name, options.path, options.raceId));
   }
 }
 

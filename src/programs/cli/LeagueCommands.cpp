@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-#include "app/ImportFiles.h"
-#include "app/NewLeague.h"
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "common/HeldMessages.h"
 #include "common/Paths.h"
@@ -13,7 +12,6 @@
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "scoring/OfflineMerge.h"
-#include "scoring/RaceScoring.h"
 
 namespace scorvane::cli {
 namespace {
@@ -67,8 +65,16 @@ void Create(const CommonOptions& common, const CreateOptions& options) {
     throw CommandError(fmt::format("\"{}\" already exists! --replace replaces it.", path));
   app::CreateLeague(context.engine, context.Template(), path,
                     {options.simType, options.leagueType, options.droppedRaces, options.lapReportingMethod});
-  fmt::print("Created {} ({}, {}).\n", path, common::SimTypeName(options.simType),
-             options.leagueType == common::kOnline ? "on-line" : "off-line");
+  if (!options.heading.empty()) {
+    const auto league = context.engine.DefaultWorkspace().OpenDatabase(path);
+    common::StoreSetting(*league, common::kPageHeading, options.heading);
+  }
+  context.Say(fmt::format("Created {} ({}, {}).", path, common::SimTypeName(options.simType),
+                          options.leagueType == common::kOnline ? "on-line" : "off-line"));
+  if (options.heading.empty()) {
+    context.Say(fmt::format("Its pages are headed \"{}\" until `look {} --set heading=NAME` gives them a name.",
+                            "XYZ Racing League", path));
+  }
 }
 
 void Import(const CommonOptions& common, const ImportOptions& options) {
@@ -78,8 +84,9 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   const std::vector<std::string> paths = app::ExpandFolders(options.files, context.state.simType);
   if (paths.empty()) throw CommandError("There are no result files of the league's simulation in this folder.");
 
-  // One transaction for the command: a power cut or an error leaves all of it or nothing.
-  engine::UnitOfWork unit(league);
+  // The staging is a part of the change, so that a power cut or an error leaves all of the command or nothing.
+  context.Session().KeepBackup();
+  history::Change change(league, "Import");
   app::PrepareImport(league, context.Template(), context.state);
   import::ResultFileOptions reading;
   reading.qualifying = options.qualifying.value_or(context.state.lapReportingMethod);
@@ -101,7 +108,8 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   }
   const app::ImportOutcome outcome = app::ImportStaged(league, context.state, held);
   if (!outcome.done) Refuse(held, "There is nobody to rank; nothing was imported.");
-  unit.Commit();
+  change.SetLabel(app::ImportLabel(context.state, paths.size()));
+  change.Commit();
   held.Release();
   if (context.state.leagueType == common::kOffline) {
     context.Say(fmt::format("Merged {} into a race of {}; the league has {}.", Plural(paths.size(), "file"),
@@ -134,7 +142,7 @@ void Criteria(const CommonOptions& common, const std::string& path, const std::v
     std::vector<std::int32_t> ids;
     ids.reserve(criteria.size());
     for (const scoring::RankCriterion& criterion : criteria) ids.push_back(criterion.id);
-    scoring::StoreRankCriteria(league, simType, ids);
+    app::StoreRankCriteria(context.Session(), ids);
   }
   OutputTable table;
   table.columns = {{"Rank", true}, {"ID", true}, {"Name", false}};
@@ -155,17 +163,8 @@ void Recalculate(const CommonOptions& common, const std::string& path,
     for (auto rows = league.OpenRecordset("SELECT RaceID FROM Race"); !rows.AtEnd(); rows.MoveNext())
       ids.push_back(rows.At(0).ToLong());
   }
-  engine::UnitOfWork unit(league);
-  {
-    const auto progress = context.ui.StartProgress("Recalculating", static_cast<int>(ids.size()));
-    int done = 0;
-    for (const std::int32_t id : ids) {
-      scoring::RecalculateRace(context.Template(), league, context.state, id, false);
-      progress->SetValue(++done);
-    }
-  }
-  unit.Commit();
-  fmt::print("Recalculated {} race{}.\n", ids.size(), ids.size() == 1 ? "" : "s");
+  app::Recalculate(context.Session(), context.ui, ids);
+  context.Say(fmt::format("Recalculated {}.", Plural(ids.size(), "race")));
 }
 
 void Settings(const CommonOptions& common, const std::string& path, std::optional<int> id,
@@ -176,8 +175,8 @@ void Settings(const CommonOptions& common, const std::string& path, std::optiona
     if (!common::IsLeagueSetting(*id)) throw CommandError(fmt::format("There is no league setting {}.", *id));
     CheckSetting(*id, *value);
     if (*id == common::kLeagueTypeSetting) throw CommandError("The type of a league cannot be changed.");
-    if (!common::SaveSettingValue(league, *id, *value))
-      throw CommandError(fmt::format("Setting {} could not be stored.", *id));
+    app::StoreSetting(context.Session(), *id, *value);
+    context.Say(fmt::format("Setting {} is {} now.", *id, common::GetSettingValue(league, *id)));
     return;
   }
   if (id) {

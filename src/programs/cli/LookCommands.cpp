@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "engine/Names.h"
 #include "programs/cli/Commands.h"
@@ -123,7 +124,8 @@ void Look(const CommonOptions& common, const std::string& path, const std::vecto
                                      set.substr(equals + 1)));
   }
   if (!sets.empty()) {
-    reports::SavePageSettings(league, texts, look);
+    app::SavePageSettings(context.Session(), texts, look);
+    context.Say(fmt::format("Changed {} of the pages' look.", Plural(sets.size(), "part")));
     return;
   }
   OutputTable table;
@@ -159,6 +161,7 @@ void Columns(const CommonOptions& common, const ColumnOptions& options) {
   if (changes) {
     if (!reports::CanSave(columns)) throw CommandError("A report needs a column that is shown.");
     reports::SaveColumnChoices(context.Template(), columns);
+    context.Say(fmt::format("Changed the columns of {}, in every league.", info.name));
     return;
   }
   OutputTable table;

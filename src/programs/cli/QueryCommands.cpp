@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include "engine/Names.h"
+#include "history/History.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "programs/cli/ReportNames.h"
@@ -119,7 +120,11 @@ void Sql(const CommonOptions& common, const std::string& path, const std::string
     PrintQuery(common, *database, statement);
     return;
   }
+  // The template has no history.
+  std::optional<history::Change> change;
+  if (database->FindTableDef("Race") != nullptr) change.emplace(*database, "SQL: " + statement);
   const std::int64_t changed = database->Execute(statement);
+  if (change) change->Commit();
   if (common.format == OutputFormat::Json) {
     fmt::print("{{\"changed\": {}}}\n", changed);
   } else {
