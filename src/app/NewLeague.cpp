@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
 #include <utility>
 
 #include "app/SimFolders.h"
@@ -47,16 +48,14 @@ void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const 
     db::CreateLeagueFile(engine, target, properties.simType, properties.leagueType, templateDb,
                          properties.droppedRaces, properties.lapReportingMethod);
   };
-  if (!common::FileExists(path)) {
-    // A journal without its league would be rolled into the new one.
-    db::RemoveWithJournal(path);
-    make(path);
-    return;
+  // A league gets its name when it is complete, so that no command ever meets half of one.
+  std::unique_ptr<platform::FileLock> lock;
+  if (common::FileExists(path)) {
+    if (engine.DefaultWorkspace().FindDatabase(path) != nullptr) throw FileOpenElsewhere(path);
+    if (!platform::IsWritable(path)) throw engine::EngineError(engine::kCannotOpenFile, path);
+    lock = platform::FileLock::TryLock(path);
+    if (!lock) throw FileOpenElsewhere(path);
   }
-  if (engine.DefaultWorkspace().FindDatabase(path) != nullptr) throw FileOpenElsewhere(path);
-  if (!platform::IsWritable(path)) throw engine::EngineError(engine::kCannotOpenFile, path);
-  const auto lock = platform::FileLock::TryLock(path);
-  if (!lock) throw FileOpenElsewhere(path);
   platform::RemoveTemporariesBeside(path);
   const std::string fresh = platform::TemporaryBeside(path);
   try {

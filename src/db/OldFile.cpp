@@ -271,7 +271,11 @@ void ConvertOldFile(engine::DBEngine& engine, const std::string& from, const std
   std::error_code error;
   if (fs::file_size(common::SystemPath(from), error) > kLargest)
     throw std::runtime_error(untouched + "It is too large to be a league file.");
-  auto league = engine.DefaultWorkspace().CreateDatabase(to);
+  if (common::FileExists(to)) throw engine::EngineError(engine::kDatabaseExists, to);
+  // It gets its name when it is complete.
+  platform::RemoveTemporariesBeside(to);
+  const std::string fresh = platform::TemporaryBeside(to);
+  auto league = engine.DefaultWorkspace().CreateDatabase(fresh);
   const DecimalPoint point(engine.DefaultWorkspace());
   try {
     engine::UnitOfWork unit(*league);
@@ -285,9 +289,10 @@ void ConvertOldFile(engine::DBEngine& engine, const std::string& from, const std
     if (!league->CheckIntegrity().empty())
       throw std::runtime_error(untouched + "Its rows contradict each other.");
     league.reset();
+    ReplaceDatabase(engine, fresh, to);
   } catch (...) {
     league.reset();
-    RemoveWithJournal(to);
+    RemoveWithJournal(fresh);
     throw;
   }
 }

@@ -95,12 +95,22 @@ constexpr Message kMessages[] = {
     {kCriteriaMismatch, "Data type mismatch in criteria expression: {0}."},
 };
 
+// A value may be a whole book; a message shows how it begins.
+constexpr std::size_t kLongestShown = 500;
+
+std::string Shown(std::string_view text) {
+  if (text.size() <= kLongestShown) return std::string(text);
+  std::size_t end = kLongestShown;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  return std::string(text.substr(0, end)) + "…";
+}
+
 std::string Text(int number, std::string_view first, std::string_view second, int position) {
   std::string text;
   for (const Message& message : kMessages) {
     if (message.number == number) {
       if (number == kFileInUse && second.empty()) second = "another program";
-      text = fmt::format(fmt::runtime(message.text), first, second);
+      text = fmt::format(fmt::runtime(message.text), Shown(first), Shown(second));
       break;
     }
   }

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
+
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
 
@@ -34,6 +36,8 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
     case SQLITE_AUTH:
       throw EngineError(kCannotOpenFile, path);
     case SQLITE_IOERR:
+      // Some disks say only when they are to keep what they took that they have no room for it.
+      if (connection != nullptr && sqlite3_system_errno(connection) == ENOSPC) throw EngineError(kDiskFull);
       throw EngineError(kDiskError, path);
     case SQLITE_TOOBIG:
       throw EngineError(kTooComplex, "a text or the statement is too long");

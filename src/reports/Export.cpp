@@ -11,7 +11,9 @@
 
 #include "common/Encoding.h"
 #include "common/Formats.h"
+#include "common/Paths.h"
 #include "engine/Format.h"
+#include "platform/Platform.h"
 #include "reports/Report.h"
 
 namespace scorvane::reports {
@@ -78,23 +80,38 @@ std::string IntervalFormat(const std::string& format) {
 // Whether a file begins as no text does: a league or the template, whose name was given for the page's.
 bool IsNoText(const std::string& path) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return false;
+  if (!std::filesystem::is_regular_file(common::SystemPath(path), error)) return false;
   std::array<char, 16> start{};
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(common::SystemPath(path), std::ios::binary);
   file.read(start.data(), start.size());
   return std::string_view(start.data(), static_cast<std::size_t>(file.gcount())).find('\0') !=
          std::string_view::npos;
 }
 
-bool WriteFile(const std::string& path, const std::string& bytes) {
-  if (IsNoText(path)) return false;
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  return file.good();
-}
-
 }  // namespace
+
+bool WritePageFile(const std::string& path, std::string_view bytes) {
+  if (IsNoText(path)) return false;
+  std::error_code error;
+  const auto status = std::filesystem::status(common::SystemPath(path), error);
+  // What is no file, as a printer's port or a pipe, takes the page as it comes.
+  const bool inPlace = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+  const std::string target = inPlace ? path : platform::TemporaryBeside(path);
+  try {
+    std::ofstream file(common::SystemPath(target), std::ios::binary | std::ios::trunc);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    file.close();
+    if (inPlace) return file.good();
+    if (file.good()) {
+      platform::RemoveTemporariesBeside(path);
+      platform::ReplaceFile(target, path);
+      return true;
+    }
+  } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): as below
+  }
+  std::filesystem::remove(common::SystemPath(target), error);
+  return false;
+}
 
 bool CExport::HTML(const std::string& path) {
   try {
@@ -102,7 +119,7 @@ bool CExport::HTML(const std::string& path) {
         layout_.size() < kWidths)
       return false;
     if (!BuildTable() || columns_.empty() || cells_.empty()) return false;
-    return WriteFile(path, common::ToWindows1252(Page()));
+    return WritePageFile(path, common::ToWindows1252(Page()));
   } catch (const std::exception&) {
     return false;
   }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,14 +13,18 @@
 
 namespace scorvane::reports {
 
+// Writes a page's bytes in the place of a file that is there, in one step; never over a file that is no text, as
+// a league. False when that fails: the old file is then as it was.
+bool WritePageFile(const std::string& path, std::string_view bytes);
+
 // Used for one page: its properties are set, then HTML writes it. The league's sim type, league type, lap
 // reporting method and the user's decimal separator come from `state`, which must outlive the writer.
 class CExport {
  public:
   explicit CExport(const common::ProcessState& state) : state_(state) {}
 
-  // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails: then no
-  // file was touched if there was no table to show, and a part of the page may be left if writing failed.
+  // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails; what was
+  // there is then as it was.
   bool HTML(const std::string& path);
 
   void Database(engine::Database* league) { database_ = league; }

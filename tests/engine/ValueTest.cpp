@@ -125,6 +125,11 @@ TEST(Value, RefusesWhatCannotBeConverted) {
   EXPECT_EQ(ErrorOf([] { return Value(1e39).ToSingle(); }), kOverflow);
   EXPECT_EQ(ErrorOf([] { return Value("1e400").ToDouble(); }), kOverflow);
   EXPECT_EQ(Value("3,5").ToDouble(','), 3.5);
+  // A message shows the beginning of what is long, and never half a character.
+  std::string letters = "x";
+  for (int i = 0; i < 1000; ++i) letters += "é";
+  const std::string shown = EngineError(kTypeMismatch, letters, "a number").Description();
+  EXPECT_NE(shown.find("é…' is not a number"), std::string::npos) << shown;
 }
 
 TEST(Value, EqualsOnlyItsOwnType) {

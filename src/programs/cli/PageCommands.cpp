@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 #include "common/Paths.h"
 #include "engine/Names.h"
@@ -11,6 +10,7 @@
 #include "programs/cli/Context.h"
 #include "programs/cli/ReportNames.h"
 #include "reports/DroppedRaces.h"
+#include "reports/Export.h"
 #include "reports/PageExport.h"
 #include "reports/Report.h"
 
@@ -189,10 +189,8 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
     write({reports::PageSubject::kRace, id}, raceTexts, file);
     raceLinks.push_back({file, raceTexts.reportName, raceTexts.caption});
   }
-  std::ofstream index(common::JoinPath(folder, "index.htm"), std::ios::binary);
-  index << IndexPage(texts.heading, caption, reportLinks, raceLinks);
-  index.close();
-  if (!index)
+  if (!reports::WritePageFile(common::JoinPath(folder, "index.htm"),
+                              IndexPage(texts.heading, caption, reportLinks, raceLinks)))
     throw CommandError(fmt::format("'{}' could not be written.", common::JoinPath(folder, "index.htm")));
   fmt::print("Wrote {} report pages, {} race pages and index.htm into {}.\n", reportLinks.size(),
              raceLinks.size(), folder);
