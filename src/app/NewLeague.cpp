@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "app/SimFolders.h"
@@ -56,6 +58,10 @@ void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const 
     lock = platform::FileLock::TryLock(path);
     if (!lock) throw FileOpenElsewhere(path);
   }
+  std::error_code error;
+  const auto folder = common::SystemPath(common::GetFolder(path));
+  if (!folder.empty() && !std::filesystem::is_directory(folder, error))
+    throw engine::EngineError(engine::kInvalidPath, path);
   platform::RemoveTemporariesBeside(path);
   const std::string fresh = platform::TemporaryBeside(path);
   try {

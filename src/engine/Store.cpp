@@ -17,6 +17,9 @@ void ConnectionCloser::operator()(sqlite3* connection) const {
 }
 
 void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
+  // A full disk shows itself in many ways: no room for a journal's name, or none when what was taken is to be kept.
+  const bool failed = (code & 0xFF) == SQLITE_IOERR || (code & 0xFF) == SQLITE_CANTOPEN;
+  if (failed && connection != nullptr && sqlite3_system_errno(connection) == ENOSPC) throw EngineError(kDiskFull);
   switch (code & 0xFF) {
     case SQLITE_FULL:
       throw EngineError(kDiskFull);
@@ -36,8 +39,6 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
     case SQLITE_AUTH:
       throw EngineError(kCannotOpenFile, path);
     case SQLITE_IOERR:
-      // Some disks say only when they are to keep what they took that they have no room for it.
-      if (connection != nullptr && sqlite3_system_errno(connection) == ENOSPC) throw EngineError(kDiskFull);
       throw EngineError(kDiskError, path);
     case SQLITE_TOOBIG:
       throw EngineError(kTooComplex, "a text or the statement is too long");
