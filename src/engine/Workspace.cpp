@@ -9,6 +9,7 @@
 #include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
 #include "engine/EngineError.h"
+#include "engine/Operators.h"
 
 namespace scorvane::engine {
 namespace {
@@ -84,6 +85,7 @@ void Database::Impl::Connect(bool create, bool wantReadOnly) {
   readOnly = wantReadOnly;
   sqlite3_busy_timeout(connection.get(), kPatience);
   RegisterFunctions(connection.get(), functions);
+  RegisterOperators(connection.get(), functions);
   Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA "
       "temp_store=MEMORY; "
       "PRAGMA cache_size=-16000; PRAGMA cell_size_check=ON");
