@@ -8,7 +8,7 @@
 namespace scorvane::engine {
 namespace {
 
-constexpr int kStepsBetweenLooks = 10'000;
+constexpr int kStepsBetweenLooks = 100;  // one step may be a search through a long text
 constexpr std::size_t kBytesBetweenLooks = 1U << 20U;
 
 }  // namespace

@@ -68,6 +68,7 @@ TEST(Hostile, StatementsEndSoon) {
       {"SELECT " + Repeat("Finish & ", 90) + "Finish FROM Stats WHERE " + Repeat("Finish=1 And ", 90) +
            "1=1 ORDER BY " + Repeat("Finish=2 Or ", 90) + "1=1",
        0},
+      {"SELECT " + Nest("IIf(Finish=1, 2, @)", "3", 90) + " FROM Stats", 0},
       {"SELECT " + Nest("(Finish Xor @)", "Points", 100) + " FROM Stats", kTooComplex},
       {Nest("SELECT TOP 50 PERCENT a FROM (@) AS T ORDER BY a", "SELECT Finish AS a FROM Stats", 25),
        kTooComplex},

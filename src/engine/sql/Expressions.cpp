@@ -189,19 +189,13 @@ Piece Sum(Piece left, Piece right) {
                     maybeText ? SqlType::Unknown : SqlType::Double);
 }
 
-bool ChecksGroups(const Scope& scope) {
-  for (const Scope* level = &scope; level != nullptr; level = level->parent)
-    if (level->checksGroups) return true;
-  return false;
-}
-
 // a & b & c, or And and Or, in one pair of brackets, as the store allows only so many. Null when the operator
 // has no such form, or another one for these operands.
 std::optional<Piece> Chain(Translation& t, const Expr& e, Scope& scope) {
   if (e.op != Op::Join && e.op != Op::And && e.op != Op::Or) return std::nullopt;
   const auto continues = [&](const Expr& left) { return left.kind == Expr::Kind::Binary && left.op == e.op; };
   // What is grouped may be a part of it.
-  if (!continues(*e.args[0]) || ChecksGroups(scope)) return std::nullopt;
+  if (!continues(*e.args[0]) || scope.ChecksGroups()) return std::nullopt;
   std::vector<const Expr*> operands;
   const Expr* left = &e;
   for (; continues(*left); left = left->args[0].get()) operands.push_back(left->args[1].get());
