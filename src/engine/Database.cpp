@@ -12,6 +12,8 @@
 namespace scorvane::engine {
 namespace {
 
+const std::size_t kShortText = std::string().capacity();  // needs no memory of its own
+
 // The limits of a statement, known to the connection while it runs.
 class Limited {
  public:
@@ -44,7 +46,8 @@ std::unique_ptr<Recordset::State> Fetch(Database::Impl& impl, Prepared& prepared
     std::size_t bytes = state->columns.size() * sizeof(Value);
     for (int i = 0; i < count; ++i) {
       state->values.push_back(ReadColumn(statement, i, state->columns[static_cast<std::size_t>(i)].type));
-      bytes += state->values.back().Text().size();
+      const std::string& text = state->values.back().Text();
+      if (text.capacity() > kShortText) bytes += text.capacity();
     }
     guard.AddBytes(bytes);
     if (type == RecordsetType::Dynaset) state->keys.push_back(sqlite3_column_int64(statement, count));

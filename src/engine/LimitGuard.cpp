@@ -8,7 +8,8 @@
 namespace scorvane::engine {
 namespace {
 
-constexpr int kStepsBetweenLooks = 10'000;
+constexpr int kStepsBetweenLooks = 100;  // one step may be a search through a long text
+constexpr std::size_t kBytesBetweenLooks = 1U << 20U;
 
 }  // namespace
 
@@ -19,7 +20,8 @@ LimitGuard::LimitGuard(sqlite3* connection, const QueryLimits& limits)
     sqlite3_progress_handler(connection_, kStepsBetweenLooks, Watch, this);
   if (limits_.bytes > 0) {
     heapBefore_ = sqlite3_hard_heap_limit64(-1);
-    sqlite3_hard_heap_limit64(sqlite3_memory_used() + static_cast<sqlite3_int64>(limits_.bytes));
+    usedBefore_ = sqlite3_memory_used();
+    sqlite3_hard_heap_limit64(usedBefore_ + static_cast<sqlite3_int64>(limits_.bytes));
   }
 }
 
@@ -46,7 +48,10 @@ void LimitGuard::ThrowIfReached(int code) const {
 
 void LimitGuard::AddBytes(std::size_t bytes) {
   bytes_ += bytes;
-  if (limits_.bytes > 0 && bytes_ > limits_.bytes)
+  if (limits_.bytes == 0 || bytes_ - looked_ < kBytesBetweenLooks) return;
+  looked_ = bytes_;
+  const std::int64_t store = sqlite3_memory_used() - usedBefore_;
+  if (static_cast<std::int64_t>(bytes_) + store > static_cast<std::int64_t>(limits_.bytes))
     throw EngineError(kQueryStopped, "its result is too large");
 }
 

@@ -19,7 +19,7 @@ class LimitGuard {
 
   // Throws EngineError 3059 when a limit was the reason for the store's result `code`.
   void ThrowIfReached(int code) const;
-  // Counts a part of the result; throws beyond the limit.
+  // Counts a part of the result; throws when that and what the store holds are beyond the limit.
   void AddBytes(std::size_t bytes);
 
  private:
@@ -32,6 +32,8 @@ class LimitGuard {
   const char* reached_ = nullptr;
   std::int64_t steps_ = 0;
   std::size_t bytes_ = 0;
+  std::size_t looked_ = 0;  // of them, when the store was asked last
+  std::int64_t usedBefore_ = 0;
   std::int64_t heapBefore_ = 0;
 };
 

@@ -12,10 +12,10 @@ namespace scorvane::engine {
 struct QueryLimits {
   std::chrono::milliseconds time{0};
   std::int64_t steps = 0;  // instructions of the store's machine: the same on every computer
-  std::size_t bytes = 0;   // of memory, once for the result and once for what the store needs on the way
+  std::size_t bytes = 0;   // of memory, for the result and for what the store needs on the way
 };
 
-// Ten times what a report over the results of 10,000 races takes.
-inline constexpr QueryLimits kFileTextLimits{std::chrono::milliseconds(4000), 1'000'000'000, 96U << 20U};
+// Several times what a report over the results of 10,000 races takes.
+inline constexpr QueryLimits kFileTextLimits{std::chrono::milliseconds(4000), 1'000'000'000, 192U << 20U};
 
 }  // namespace scorvane::engine

@@ -73,14 +73,12 @@ std::map<std::string, StoredColumns> ReadStoredTables(Database::Impl& impl) {
 
 void CheckTable(const Database::Impl& impl, const TableDef& table, const StoredColumns& columns) {
   if (!IsValidName(table.Name)) Refuse(impl, fmt::format("'{}' is not a valid name.", table.Name));
-  const Field* key = RowKey(table);
   for (const Field& field : table.Fields) {
     const auto stored = columns.find(Lower(field.Name));
     if (!IsValidName(field.Name)) Refuse(impl, fmt::format("'{}' is not a valid name.", field.Name));
     if (stored == columns.end())
       Refuse(impl, fmt::format("The field '{}' of the table '{}' is missing.", field.Name, table.Name));
-    if (&field == key && field.IsCounter() &&
-        (!stored->second.key || !SameName(stored->second.type, "INTEGER")))
+    if (field.IsCounter() && (!stored->second.key || !SameName(stored->second.type, "INTEGER")))
       Refuse(impl, fmt::format("The field '{}' of the table '{}' does not count.", field.Name, table.Name));
   }
   for (const auto& [name, column] : columns) {

@@ -84,7 +84,11 @@ StatementPtr Database::Impl::Prepare(std::string_view storeSql) {
                                       SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
   StatementPtr owned(statement);
   if (limits != nullptr) limits->ThrowIfReached(code);
-  if (code == SQLITE_ERROR) throw EngineError(kTooComplex, sqlite3_errmsg(connection.get()));
+  // It was written for the store, which has bounds of its own for brackets and terms.
+  if (code == SQLITE_ERROR) {
+    throw EngineError(kTooComplex, fmt::format("it is nested too deeply or too long ({})",
+                                               sqlite3_errmsg(connection.get())));
+  }
   if (code != SQLITE_OK) ThrowStoreError(connection.get(), code, path);
   return owned;
 }

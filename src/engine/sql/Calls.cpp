@@ -67,14 +67,28 @@ Piece PlainAggregate(Translation& t, const Expr& call, Scope& scope, const Funct
 
 // ---- choices
 
+// One that stands in the last place of another goes on with its cases: the store allows only so many
+// brackets.
 Piece IIf(Translation& t, const Expr& call, Scope& scope) {
-  const std::string test = AsCondition(Argument(t, call, 0, scope));
-  Piece yes = Argument(t, call, 1, scope);
-  Piece no = Argument(t, call, 2, scope);
-  const SqlType type = CommonType(yes.type, no.type);
-  return ValuePiece(fmt::format("(CASE WHEN {} THEN {} ELSE {} END)", test, AsValue(std::move(yes)),
-                                AsValue(std::move(no))),
-                    type);
+  const FunctionInfo* self = FindFunction(call.name);
+  const auto goesOn = [&](const Expr& no) {
+    return no.kind == Expr::Kind::Call && no.args.size() == 3 && FindFunction(no.name) == self &&
+           !scope.ChecksGroups();  // what is grouped may be a part of it
+  };
+  SqlType type = SqlType::Null;
+  std::string sql = "(CASE";
+  const Expr* e = &call;
+  while (true) {
+    const std::string test = AsCondition(Argument(t, *e, 0, scope));
+    Piece yes = Argument(t, *e, 1, scope);
+    type = CommonType(type, yes.type);
+    sql += fmt::format(" WHEN {} THEN {}", test, AsValue(std::move(yes)));
+    if (!goesOn(*e->args[2])) break;
+    e = e->args[2].get();
+  }
+  Piece no = Argument(t, *e, 2, scope);
+  type = CommonType(type, no.type);
+  return ValuePiece(fmt::format("{} ELSE {} END)", sql, AsValue(std::move(no))), type);
 }
 
 Piece Nz(Translation& t, const Expr& call, Scope& scope) {
@@ -156,6 +170,9 @@ Piece TranslateCall(Translation& t, const Expr& call, Scope& scope) {
   const int count = call.star ? 1 : static_cast<int>(call.args.size());
   if (count < info->minArgs || count > info->maxArgs || (call.star && handler != Count))
     WrongCount(*info, call);
+  if (info->aggregate && !scope.allowsAggregates)
+    throw EngineError(kSyntaxError, fmt::format("the aggregate '{}' cannot stand here", info->name), {},
+                      call.position);
   if (info->aggregate && scope.inAggregate)
     throw EngineError(kSyntaxError, "an aggregate stands inside an aggregate", {}, call.position);
   if (handler != nullptr) return handler(t, call, scope);

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+#include <vector>
+
 #include "engine/EngineError.h"
 #include "engine/sql/Calls.h"
 #include "engine/sql/Grouping.h"
@@ -77,6 +80,29 @@ Piece InQuery(Translation& t, const Expr& e, Scope& scope) {
   return ConditionPiece(fmt::format("({} {}IN ({}))", AsCollated(std::move(value)), Negation(e), query));
 }
 
+// Compares a total with the least or the greatest of the rows: the store takes no aggregate of a query into a
+// subquery's own rows. The rows are written anew for each question, which nothing but a HAVING does.
+Piece QuantifiedTotal(Piece value, const Expr& e, const std::string& query, SqlType type) {
+  const bool in = e.op == (e.all ? Op::NotEqual : Op::Equal);
+  if (in) {
+    return ConditionPiece(
+        fmt::format("({} {}IN ({}))", AsCollated(std::move(value)), e.all ? "NOT " : "", query));
+  }
+  if (e.op == Op::Equal || e.op == Op::NotEqual)
+    throw EngineError(kSyntaxError, "an aggregate cannot be compared so", {}, e.position);
+  const bool greater = e.op == Op::Greater || e.op == Op::GreaterOrEqual;
+  const std::string rows = fmt::format("({})", query);
+  const std::string column = OutputName(0);
+  Piece bound = ValuePiece(
+      fmt::format("(SELECT {}({}) FROM {})", greater == e.all ? "max" : "min", column, rows), type);
+  const std::string test = Comparison(e.op, std::move(value), std::move(bound), e).sql;
+  return ConditionPiece(
+      fmt::format("(CASE {0} WHEN {1} THEN {1} WHEN {2} THEN (SELECT iif(count(*) > count({3}), NULL, {2}) "
+                  "FROM {4}) ELSE "
+                  "(SELECT iif(count(*) > 0, NULL, {2}) FROM {4}) END)",
+                  test, e.all ? 0 : 1, e.all ? 1 : 0, column, rows));
+}
+
 // Any: True when the comparison holds for one row, Null when that is not known. All: False when it fails for
 // one.
 Piece Quantified(Translation& t, const Expr& e, Scope& scope) {
@@ -84,8 +110,10 @@ Piece Quantified(Translation& t, const Expr& e, Scope& scope) {
   std::vector<Output> outputs;
   const std::string query = QuerySql(t, *e.query, &scope, outputs, false);
   NeedOneColumn(outputs, e);
+  const SqlType type = outputs[0].column.type;
+  if (HasAggregate(*e.args[0])) return QuantifiedTotal(std::move(value), e, query, type);
   const std::string source = t.NextSourceName();
-  Piece row = ValuePiece(source + "." + OutputName(0), outputs[0].column.type);
+  Piece row = ValuePiece(source + "." + OutputName(0), type);
   row.collated = row.type == SqlType::Text;
   const std::string test = Comparison(e.op, std::move(value), std::move(row), e).sql;
   const std::string rows = fmt::format("SELECT {} AS sv_holds FROM ({}) AS {}", test, query, source);
@@ -97,8 +125,9 @@ Piece Quantified(Translation& t, const Expr& e, Scope& scope) {
 
 // Two truth values, or the bits of two whole numbers.
 Piece Logical(Op op, Piece left, Piece right) {
-  const bool numbers = IsNumeric(left.type) && IsNumeric(right.type);
-  if (numbers && (left.type != SqlType::Boolean || right.type != SqlType::Boolean)) {
+  const auto isNumber = [](SqlType type) { return IsNumeric(type) && type != SqlType::Boolean; };
+  const auto canBeNumber = [](SqlType type) { return IsNumeric(type) || type == SqlType::Null; };
+  if ((isNumber(left.type) && canBeNumber(right.type)) || (isNumber(right.type) && canBeNumber(left.type))) {
     const char* function = op == Op::And   ? "sv_bits_and"
                            : op == Op::Or  ? "sv_bits_or"
                            : op == Op::Xor ? "sv_bits_xor"
@@ -160,7 +189,32 @@ Piece Sum(Piece left, Piece right) {
                     maybeText ? SqlType::Unknown : SqlType::Double);
 }
 
+// a & b & c, or And and Or, in one pair of brackets, as the store allows only so many. Null when the operator
+// has no such form, or another one for these operands.
+std::optional<Piece> Chain(Translation& t, const Expr& e, Scope& scope) {
+  if (e.op != Op::Join && e.op != Op::And && e.op != Op::Or) return std::nullopt;
+  const auto continues = [&](const Expr& left) { return left.kind == Expr::Kind::Binary && left.op == e.op; };
+  // What is grouped may be a part of it.
+  if (!continues(*e.args[0]) || scope.ChecksGroups()) return std::nullopt;
+  std::vector<const Expr*> operands;
+  const Expr* left = &e;
+  for (; continues(*left); left = left->args[0].get()) operands.push_back(left->args[1].get());
+  operands.push_back(left);
+  const char* between = e.op == Op::Join ? " || " : e.op == Op::And ? " AND " : " OR ";
+  std::string sql;
+  for (auto operand = operands.rbegin(); operand != operands.rend(); ++operand) {
+    Piece piece = TranslateExpr(t, **operand, scope);
+    if (e.op != Op::Join && IsNumeric(piece.type) && piece.type != SqlType::Boolean) return std::nullopt;
+    sql += sql.empty() ? "(" : between;
+    sql +=
+        e.op == Op::Join ? "coalesce(" + AsText(std::move(piece)) + ", '')" : AsCondition(std::move(piece));
+  }
+  sql += ")";
+  return e.op == Op::Join ? ValuePiece(std::move(sql), SqlType::Text) : ConditionPiece(std::move(sql));
+}
+
 Piece Binary(Translation& t, const Expr& e, Scope& scope) {
+  if (std::optional<Piece> chain = Chain(t, e, scope)) return std::move(*chain);
   Piece left = TranslateExpr(t, *e.args[0], scope);
   Piece right = TranslateExpr(t, *e.args[1], scope);
   auto call = [&](const char* function, SqlType type) {

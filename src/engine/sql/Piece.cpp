@@ -79,7 +79,8 @@ SqlType CommonType(SqlType a, SqlType b) {
 }
 
 std::string AsValue(Piece piece) {
-  return piece.condition ? "(-(" + piece.sql + "))" : std::move(piece.sql);
+  // A condition brings its brackets.
+  return piece.condition ? "(-" + piece.sql + ")" : std::move(piece.sql);
 }
 
 std::string AsCondition(Piece piece) {

@@ -30,6 +30,10 @@ std::string LiteralText(const Value& value) {
       std::string text = fmt::format("{}", value.ToDouble());
       return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
     }
+    case Value::Type::Long:
+      // With a minus it would be read as a term.
+      if (value.ToLong() < 0) return fmt::format("&H{:X}", static_cast<std::uint32_t>(value.ToLong()));
+      return value.ToText();
     default:
       return value.ToText();
   }

@@ -101,6 +101,7 @@ void QualifyDoubles(std::vector<Output>& outputs) {
 
 void CollectOutputs(Translation& t, const Select& select, Scope& scope, std::vector<Output>& outputs) {
   const Temporarily checked(scope.checksGroups, scope.grouped);
+  const Temporarily allowed(scope.allowsAggregates, true);
   scope.used.clear();
   for (const SelectItem& item : select.items) {
     if (item.star) {
@@ -162,6 +163,7 @@ std::optional<std::size_t> FindOutput(Translation& t, const Expr& e, Scope& scop
 std::vector<Term> OrderTerms(Translation& t, const Query& query, Scope& scope,
                              const std::vector<Output>& outputs) {
   const Temporarily checked(scope.checksGroups, scope.grouped);
+  const Temporarily allowed(scope.allowsAggregates, true);
   std::vector<Term> terms;
   for (const OrderItem& item : query.orderBy) {
     Term term;
@@ -195,17 +197,11 @@ std::string DistinctRowText(Scope& scope) {
 // Everything behind the columns but the order.
 std::string TailText(Translation& t, const Select& select, Scope& scope) {
   std::string conditions;
-  if (select.where) {
-    if (HasAggregate(*select.where))
-      throw EngineError(kSyntaxError, "an aggregate stands in WHERE", {}, select.where->position);
-    conditions += " WHERE " + AsCondition(TranslateExpr(t, *select.where, scope));
-  }
-  for (std::size_t i = 0; i < select.groupBy.size(); ++i) {
-    if (HasAggregate(*select.groupBy[i]))
-      throw EngineError(kSyntaxError, "an aggregate stands in GROUP BY", {}, select.groupBy[i]->position);
+  if (select.where) conditions += " WHERE " + AsCondition(TranslateExpr(t, *select.where, scope));
+  for (std::size_t i = 0; i < select.groupBy.size(); ++i)
     conditions += (i == 0 ? " GROUP BY " : ", ") + KeyText(t, *select.groupBy[i], scope);
-  }
   if (select.having) {
+    const Temporarily allowed(scope.allowsAggregates, true);
     const Temporarily checked(scope.checksGroups, true);
     conditions += " HAVING " + AsCondition(TranslateExpr(t, *select.having, scope));
   }

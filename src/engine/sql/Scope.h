@@ -53,10 +53,13 @@ struct Scope {
   bool grouped = false;                  // GROUP BY or an aggregate somewhere
   bool checksGroups = false;             // a field must be grouped where the translation stands
   bool inAggregate = false;
+  bool allowsAggregates = false;  // in the columns, the HAVING and the ORDER BY
   std::set<std::size_t> used;   // sources whose fields were taken
   std::set<std::size_t> shown;  // those that the columns of the result were taken from
 
-  // True when it is one table that is not grouped, whose rows have an order of their own.
+  // True when a field must be grouped here or in a query around.
+  bool ChecksGroups() const { return checksGroups || (parent != nullptr && parent->ChecksGroups()); }
+  // True when it is one table, whose rows have an order of their own.
   bool IsOneTable() const { return sources.size() == 1 && sources[0].table != nullptr; }
 };
 
