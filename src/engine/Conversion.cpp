@@ -64,6 +64,7 @@ int CharacterCount(std::string_view text) {
 
 Value ConvertForField(const Value& value, const StoreTarget& target, char decimal) {
   if (value.IsNull()) {
+    if (target.field.Type == FieldType::Boolean) return Value(false);
     if (target.field.Required) throw EngineError(kNullNotAllowed, target.label);
     if (target.nullForbidden) throw EngineError(kNullInIndex, target.label);
     return value;

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "engine/EngineError.h"
+#include "engine/QueryLimits.h"
 #include "engine/Recordset.h"
 #include "engine/Schema.h"
 #include "engine/Value.h"
@@ -37,10 +38,12 @@ class Database {
   // The full path of the file.
   const std::string& Name() const;
 
-  // Runs a statement that changes data; yields the number of rows inserted, changed or deleted.
-  std::int64_t Execute(std::string_view sql);
+  // Runs a statement that changes data; yields the number of rows inserted, changed or deleted. A text that
+  // comes out of a file, or a part of it, runs under limits: kFileTextLimits.
+  std::int64_t Execute(std::string_view sql, const QueryLimits& limits = {});
   // Runs a SELECT.
-  Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot);
+  Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot,
+                          const QueryLimits& limits = {});
   // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at
   // all.
   static bool IsSelect(std::string_view sql);
@@ -64,7 +67,8 @@ class Database {
 
   // Makes the counter of a table go on behind `last`, unless it is further already.
   void SetCounter(std::string_view table, std::int32_t last);
-  // What is wrong with the file as the store sees it; empty when it is whole.
+  // What is wrong with the file, a sentence each: its pages, its relations, and where its tables are not what
+  // its catalogue says. Empty when it is whole.
   std::vector<std::string> CheckIntegrity();
 
   // True once after another connection, of this or of another program, has committed something since the file
@@ -85,7 +89,7 @@ class Database {
   friend class ChangeTransaction;
   friend class ChangeLog;
   friend class Recordset;
-  std::unique_ptr<Impl> impl_;
+  std::shared_ptr<Impl> impl_;  // recordsets watch it: they may live longer
 };
 
 // Several programs may have a file open; who writes waits for his turn.
@@ -104,8 +108,10 @@ class Workspace {
   // Throws EngineError 3204 when the file exists, 3044 when its folder does not, 3051 when it cannot be
   // written.
   std::unique_ptr<Database> CreateDatabase(const std::string& path);
-  // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine, 3045 when
-  // another process keeps it to itself (after five seconds) or, exclusively, has it open at all, 3051 when it (or, unless readOnly, its folder) does not let itself be written.
+  // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine or one of
+  // a newer version, 3049 when its tables are not what its catalogue says, 3045 when another process keeps it to
+  // itself (after five seconds) or, exclusively, has it open at all, 3051 when it (or, unless readOnly, its
+  // folder) does not let itself be written.
   std::unique_ptr<Database> OpenDatabase(const std::string& path, OpenOptions options = {});
   // The open database with this path; null when there is none.
   Database* FindDatabase(const std::string& path) const;

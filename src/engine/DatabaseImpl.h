@@ -21,12 +21,41 @@ namespace scorvane::engine {
 // What marks a file as ours: SQLite's application id and the version of our tables in it.
 inline constexpr int kApplicationId = 0x53435256;
 inline constexpr int kFormatVersion = 1;
+// From here on each new row is looked at before it is kept: a counter ends at 2,147,483,647.
+inline constexpr std::int64_t kCounterWatch = INT32_MAX - 1'000'000;
+
+class LimitGuard;
 
 struct Prepared {
   sql::Plan plan;
   StatementPtr statement;
   int parameters = 0;
 };
+
+// Resets a statement when the work with it ends.
+class ResetGuard {
+ public:
+  explicit ResetGuard(sqlite3_stmt* statement) : statement_(statement) {}
+  ResetGuard(const ResetGuard&) = delete;
+  ResetGuard& operator=(const ResetGuard&) = delete;
+  ~ResetGuard();
+
+ private:
+  sqlite3_stmt* statement_;
+};
+
+// A column of the current row. Throws EngineError 6 for an infinite number.
+Value ReadColumn(sqlite3_stmt* statement, int column, sql::SqlType type);
+std::string TextColumn(sqlite3_stmt* statement, int column);
+
+// The field that the store keeps as its row key; null when the table has none.
+const Field* RowKey(const TableDef& table);
+// The name of an index in the store's own catalogue.
+std::string IndexStoreName(const TableDef& table, const Index& index);
+// How the store keeps a field of this type.
+const char* StoreType(FieldType type);
+// True for a name that a table or a field may have.
+bool IsValidName(std::string_view name);
 
 struct Database::Impl : sql::Catalog {
   Impl(Workspace& owner, std::string fullPath) : workspace(&owner), path(std::move(fullPath)) {
@@ -36,14 +65,17 @@ struct Database::Impl : sql::Catalog {
   // ---- opening
 
   void Connect(bool create, bool readOnly);
+  void Configure();
   void CreateSystemTables();
+  // Throws EngineError 3049, with the reason, when the tables are not what the catalogue says.
   void LoadSchema();
   void CheckCollation();
 
   // ---- statements
 
   // Runs store text that takes no parameters, such as "BEGIN".
-  void Run(const std::string& storeSql);
+  // `table` is named when a rule of its rows stands against it.
+  void Run(const std::string& storeSql, std::string_view table = {});
   StatementPtr Prepare(std::string_view storeSql);
   // The prepared statement for a text, from the cache when one of its shape is there. Leaves the text's
   // literals in `lexed`.
@@ -51,7 +83,7 @@ struct Database::Impl : sql::Catalog {
   void BindLiterals(Prepared& prepared);
   // One step: true when there is a row. Throws what went wrong, after a reset.
   bool Step(Prepared& prepared);
-  [[noreturn]] void ThrowStepError(Prepared& prepared, int code);
+  [[noreturn]] void ThrowStepError(Prepared& prepared);
   void ClearCache();
   // Drops the prepared statements that delete rows.
   void DropDeletes();
@@ -59,17 +91,29 @@ struct Database::Impl : sql::Catalog {
   std::int64_t DataVersion();
   // Steps a statement that yields no rows and tells how many rows it changed.
   std::int64_t Change(Prepared& prepared);
-  std::int64_t InsertInto(Prepared& prepared);
+  std::int64_t InsertInto(Prepared& prepared, LimitGuard& guard);
+  // The statement that reads one row of a dynaset again.
+  Prepared& FindRowStatement(const std::string& rowSql, const std::vector<sql::PlanColumn>& columns);
+  // False when the file is surely what it was in the unit of work `unit` after `changes` changes.
+  bool HasChangedSince(std::int64_t unit, std::int64_t changes) const;
+  std::int64_t Changes() const;
   void NeedTransaction() const;
   void NeedWritable() const;
 
-  // The name of the table that a failing statement misses a related record in.
-  std::string MissingParent(Prepared& prepared);
+  // Throws why a relation refuses a statement: 3201 or 3200, with the table on the other side.
+  [[noreturn]] void ThrowRelationError(Prepared& prepared);
 
   // ---- schema
 
   const TableDef* FindTable(std::string_view name) const override;
   int AddTarget(std::shared_ptr<const StoreTarget> target) override;
+  bool HasOutdatedIndexes() const override { return indexesOutdated; }
+  // Reads the schema anew when the file may have taken changes of it back.
+  void RefreshSchema();
+  // To be called when a transaction has been rolled back, by us or by the store.
+  void NoteRollback();
+  // Where the file differs from its catalogue, a sentence each.
+  std::vector<std::string> SchemaFaults();
   TableDef& NeedTable(std::string_view name);
   // Runs `body` as one step: all of it or, when it throws, nothing.
   void Atomically(const std::function<void()>& body);
@@ -78,11 +122,15 @@ struct Database::Impl : sql::Catalog {
   void CreateIndexes(const TableDef& table);
   void SaveTable(const TableDef& table);
   void SaveRelations();
+  std::string ReadCounter(const TableDef& table);
+  void WriteCounter(const TableDef& table, const std::string& counter);
   void Rebuild(const TableDef& table);
 
   Workspace* workspace;
   std::string path;
   bool readOnly = false;
+  bool indexesOutdated = false;  // of a file that is open for reading only: see CheckCollation
+  bool countersNearEnd = false;  // some counter may be about to leave its range
   std::shared_ptr<platform::FileLock> lock;  // one for all that this process opens of the file
   FunctionState functions;  // outlives the connection, whose functions use it
   ConnectionPtr connection;
@@ -97,7 +145,8 @@ struct Database::Impl : sql::Catalog {
   using Cache = std::unordered_map<std::string, std::unique_ptr<Prepared>, TextHash, std::equal_to<>>;
   Cache byShape;  // null: statements of this shape are kept by their text
   Cache byText;
-  Cache updates;  // of edited recordsets, by their table and fields
+  Cache updates;   // of edited recordsets, by their table and fields
+  Cache rowReads;  // of dynasets, by their text
   std::unordered_map<std::string, int> targetNumbers;
   sql::Lexed lexed;
   std::vector<Value> bound;  // what the parameters of the running statement point into
@@ -106,8 +155,13 @@ struct Database::Impl : sql::Catalog {
 
   bool recording = false;  // a ChangeRecorder is at work
 
-  int units = 0;          // units of work that are open
-  bool unitLost = false;  // the store has rolled the unit back on its own
+  const LimitGuard* limits = nullptr;  // of the running statement; null for none
+
+  int units = 0;               // units of work that are open
+  std::int64_t unitCount = 0;  // that were begun, not counting those inside others
+  bool unitLost = false;       // the store has rolled the unit back on its own
+  bool schemaChanged = false;  // inside the open unit
+  bool schemaStale = false;    // the file has taken changes of the schema back
 };
 
 }  // namespace scorvane::engine

@@ -1,49 +1,16 @@
-// The schema: what the store cannot hold of a field, an index or a relation stands in tables of our own
-// (sv_*), which TableDefs does not show.
+// Changing the schema.
 #include <fmt/format.h>
 #include <sqlite3.h>
 
 #include <algorithm>
 
-#include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
 #include "engine/EngineError.h"
 #include "engine/Names.h"
+#include "engine/SchemaTables.h"
 
 namespace scorvane::engine {
 namespace {
-
-constexpr const char* kSystemTables =
-    "CREATE TABLE sv_info (name TEXT PRIMARY KEY, value TEXT);"
-    "CREATE TABLE sv_field (table_name TEXT, place INTEGER, name TEXT, type INTEGER, size INTEGER, "
-    "attributes INTEGER,"
-    " required INTEGER, zero_length INTEGER, default_value TEXT, PRIMARY KEY (table_name, place));"
-    "CREATE TABLE sv_index (table_name TEXT, place INTEGER, name TEXT, is_primary INTEGER, is_unique INTEGER,"
-    " required INTEGER, fields TEXT, PRIMARY KEY (table_name, place));"
-    "CREATE TABLE sv_relation (name TEXT PRIMARY KEY, table_name TEXT, foreign_table TEXT, attributes "
-    "INTEGER,"
-    " field TEXT, foreign_field TEXT);";
-
-constexpr char kFieldSeparator = '\n';  // between the fields of an index in sv_index
-constexpr int kMostFields = 255;
-
-const char* StoreType(FieldType type) {
-  switch (type) {
-    case FieldType::Boolean:
-    case FieldType::Byte:
-    case FieldType::Integer:
-    case FieldType::Long:
-      return "INTEGER";
-    case FieldType::Single:
-    case FieldType::Double:
-    case FieldType::Date:
-      return "REAL";
-    case FieldType::Text:
-    case FieldType::Memo:
-      return "TEXT COLLATE GENERAL";
-  }
-  return "TEXT";
-}
 
 int NaturalSize(FieldType type) {
   switch (type) {
@@ -66,19 +33,8 @@ int NaturalSize(FieldType type) {
   return 0;
 }
 
-bool IsKnownType(int type) {
-  for (FieldType known :
-       {FieldType::Boolean, FieldType::Byte, FieldType::Integer, FieldType::Long, FieldType::Single,
-        FieldType::Double, FieldType::Date, FieldType::Text, FieldType::Memo})
-    if (static_cast<int>(known) == type) return true;
-  return false;
-}
-
 void CheckName(std::string_view name) {
-  const bool bad = name.empty() || name.size() > 64 || name.front() == ' ' ||
-                   SameName(name.substr(0, 3), "sv_") || SameName(name.substr(0, 7), "sqlite_") ||
-                   name.find_first_of(std::string_view(".![]`\"\n\0", 8)) != std::string_view::npos;
-  if (bad) throw EngineError(kInvalidName, name);
+  if (!IsValidName(name)) throw EngineError(kInvalidName, name);
 }
 
 void Normalise(Field& field) {
@@ -87,30 +43,6 @@ void Normalise(Field& field) {
   if (!text || field.Size <= 0) field.Size = NaturalSize(field.Type);
   if (field.Attributes == 0)
     field.Attributes = text || field.Type == FieldType::Memo ? kVariableField : kFixedField;
-}
-
-// The field that SQLite keeps as its row key; null when the table has none.
-const Field* RowKey(const TableDef& table) {
-  for (const Field& field : table.Fields)
-    if (field.IsCounter()) return &field;
-  for (const Index& index : table.Indexes) {
-    if (!index.Primary || index.Fields.size() != 1) continue;
-    const Field* field = table.FindField(index.Fields[0]);
-    if (field != nullptr && (field->Type == FieldType::Long || field->Type == FieldType::Integer))
-      return field;
-  }
-  return nullptr;
-}
-
-std::string IndexStoreName(const TableDef& table, const Index& index) {
-  return StoreName(table.Name + "." + index.Name);
-}
-
-std::string TextColumn(sqlite3_stmt* statement, int column) {
-  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-  return text == nullptr
-             ? std::string()
-             : std::string(text, static_cast<std::size_t>(sqlite3_column_bytes(statement, column)));
 }
 
 template <typename Item>
@@ -126,117 +58,7 @@ typename std::vector<Item>::iterator NeedItem(std::vector<Item>& items, std::str
   return found;
 }
 
-void StepToEnd(Database::Impl& impl, sqlite3_stmt* statement) {
-  int code = SQLITE_ROW;
-  while (code == SQLITE_ROW) code = sqlite3_step(statement);
-  if (code != SQLITE_DONE) ThrowStoreError(impl.connection.get(), code, impl.path);
-}
-
 }  // namespace
-
-// ---- reading
-
-void Database::Impl::CreateSystemTables() {
-  Run(fmt::format("PRAGMA application_id={}; PRAGMA user_version={}", kApplicationId, kFormatVersion));
-  Atomically([&] {
-    Run(kSystemTables);
-    StatementPtr insert = Prepare("INSERT INTO sv_info VALUES ('collation', ?1)");
-    const Value version(CollationVersion());
-    Bind(insert.get(), 1, version);
-    StepToEnd(*this, insert.get());
-  });
-}
-
-void Database::Impl::LoadSchema() {
-  tables.clear();
-  relations.clear();
-  // Only what the store, too, knows as a plain table: a catalogue that says otherwise has been tampered with.
-  std::vector<std::string> stored;
-  StatementPtr names = Prepare(
-      "SELECT name FROM sqlite_schema WHERE type = 'table' AND sql NOT LIKE 'CREATE VIRTUAL%' ORDER BY name");
-  while (sqlite3_step(names.get()) == SQLITE_ROW) stored.push_back(TextColumn(names.get(), 0));
-
-  StatementPtr fields = Prepare(
-      "SELECT table_name, name, type, size, attributes, required, zero_length, default_value FROM sv_field "
-      "ORDER BY table_name, place");
-  int code = 0;
-  while ((code = sqlite3_step(fields.get())) == SQLITE_ROW) {
-    const std::string table = TextColumn(fields.get(), 0);
-    if (std::find(stored.begin(), stored.end(), table) == stored.end()) continue;
-    if (tables.empty() || tables.back().Name != table) {
-      tables.emplace_back();
-      tables.back().Name = table;
-    }
-    Field field;
-    field.Name = TextColumn(fields.get(), 1);
-    const int type = sqlite3_column_int(fields.get(), 2);
-    if (!IsKnownType(type)) throw EngineError(kDatabaseDamaged, path);
-    field.Type = static_cast<FieldType>(type);
-    field.Size = sqlite3_column_int(fields.get(), 3);
-    field.Attributes = sqlite3_column_int(fields.get(), 4);
-    field.Required = sqlite3_column_int(fields.get(), 5) != 0;
-    field.AllowZeroLength = sqlite3_column_int(fields.get(), 6) != 0;
-    field.DefaultValue = TextColumn(fields.get(), 7);
-    tables.back().Fields.push_back(std::move(field));
-  }
-  if (code != SQLITE_DONE) ThrowStoreError(connection.get(), code, path);
-
-  StatementPtr indexes = Prepare(
-      "SELECT table_name, name, is_primary, is_unique, required, fields FROM sv_index ORDER BY table_name, "
-      "place");
-  while ((code = sqlite3_step(indexes.get())) == SQLITE_ROW) {
-    const std::string table = TextColumn(indexes.get(), 0);
-    auto owner =
-        std::find_if(tables.begin(), tables.end(), [&](const TableDef& t) { return t.Name == table; });
-    if (owner == tables.end()) continue;
-    Index index;
-    index.Name = TextColumn(indexes.get(), 1);
-    index.Primary = sqlite3_column_int(indexes.get(), 2) != 0;
-    index.Unique = sqlite3_column_int(indexes.get(), 3) != 0;
-    index.Required = sqlite3_column_int(indexes.get(), 4) != 0;
-    std::string names_ = TextColumn(indexes.get(), 5);
-    for (std::size_t from = 0; from <= names_.size();) {
-      const std::size_t to = std::min(names_.find(kFieldSeparator, from), names_.size());
-      index.Fields.push_back(names_.substr(from, to - from));
-      from = to + 1;
-    }
-    owner->Indexes.push_back(std::move(index));
-  }
-  if (code != SQLITE_DONE) ThrowStoreError(connection.get(), code, path);
-
-  StatementPtr links = Prepare(
-      "SELECT name, table_name, foreign_table, attributes, field, foreign_field FROM sv_relation ORDER BY "
-      "rowid");
-  while ((code = sqlite3_step(links.get())) == SQLITE_ROW) {
-    Relation relation;
-    relation.Name = TextColumn(links.get(), 0);
-    relation.Table = TextColumn(links.get(), 1);
-    relation.ForeignTable = TextColumn(links.get(), 2);
-    relation.Attributes = sqlite3_column_int(links.get(), 3);
-    relation.FieldName = TextColumn(links.get(), 4);
-    relation.ForeignName = TextColumn(links.get(), 5);
-    relations.push_back(std::move(relation));
-  }
-  if (code != SQLITE_DONE) ThrowStoreError(connection.get(), code, path);
-}
-
-// An index that was made under other rules of order finds nothing reliably: it is made anew.
-void Database::Impl::CheckCollation() {
-  const std::string version = CollationVersion();
-  std::string stamped;
-  {
-    StatementPtr read = Prepare("SELECT value FROM sv_info WHERE name = 'collation'");
-    if (sqlite3_step(read.get()) == SQLITE_ROW) stamped = TextColumn(read.get(), 0);
-  }
-  if (stamped == version || readOnly) return;
-  Atomically([&] {
-    Run("REINDEX");
-    StatementPtr write = Prepare("INSERT OR REPLACE INTO sv_info VALUES ('collation', ?1)");
-    const Value value(version);
-    Bind(write.get(), 1, value);
-    StepToEnd(*this, write.get());
-  });
-}
 
 const TableDef* Database::Impl::FindTable(std::string_view name) const {
   auto found =
@@ -245,175 +67,21 @@ const TableDef* Database::Impl::FindTable(std::string_view name) const {
 }
 
 TableDef& Database::Impl::NeedTable(std::string_view name) {
+  RefreshSchema();
   return *NeedItem(tables, name);
 }
 
 const std::vector<TableDef>& Database::TableDefs() const {
+  impl_->RefreshSchema();
   return impl_->tables;
 }
 const TableDef* Database::FindTableDef(std::string_view name) const {
+  impl_->RefreshSchema();
   return impl_->FindTable(name);
 }
 const std::vector<Relation>& Database::Relations() const {
+  impl_->RefreshSchema();
   return impl_->relations;
-}
-
-// ---- writing
-
-void Database::Impl::Atomically(const std::function<void()>& body) {
-  Run("SAVEPOINT sv_step");
-  try {
-    body();
-    Run("RELEASE sv_step");
-  } catch (...) {
-    if (sqlite3_get_autocommit(connection.get()) == 0) {
-      sqlite3_exec(connection.get(), "ROLLBACK TO sv_step", nullptr, nullptr, nullptr);
-      sqlite3_exec(connection.get(), "RELEASE sv_step", nullptr, nullptr, nullptr);
-    } else if (units > 0) {
-      unitLost = true;
-    }
-    throw;
-  }
-}
-
-// The schema in memory follows the file: when the file takes the change back, so does memory.
-void Database::Impl::ChangeSchema(const std::function<void()>& body) {
-  NeedTransaction();
-  NeedWritable();
-  ClearCache();
-  const std::vector<TableDef> tablesBefore = tables;
-  const std::vector<Relation> relationsBefore = relations;
-  try {
-    Atomically(body);
-  } catch (...) {
-    tables = tablesBefore;
-    relations = relationsBefore;
-    throw;
-  }
-  ClearCache();
-}
-
-std::string Database::Impl::CreateTableSql(const TableDef& table, const std::string& storeName) const {
-  const Field* key = RowKey(table);
-  std::string sql = "CREATE TABLE " + StoreName(storeName) + " (";
-  for (const Field& field : table.Fields) {
-    if (&field != &table.Fields.front()) sql += ", ";
-    sql += StoreName(field.Name);
-    if (&field == key) {
-      sql += field.IsCounter() ? " INTEGER PRIMARY KEY AUTOINCREMENT" : " INTEGER PRIMARY KEY";
-    } else {
-      sql += std::string(" ") + StoreType(field.Type);
-    }
-  }
-  for (const Relation& relation : relations) {
-    if (!SameName(relation.ForeignTable, table.Name)) continue;
-    sql += fmt::format(", FOREIGN KEY ({}) REFERENCES {} ({})", StoreName(relation.ForeignName),
-                       StoreName(relation.Table), StoreName(relation.FieldName));
-    if ((relation.Attributes & kUpdateCascade) != 0) sql += " ON UPDATE CASCADE";
-    if ((relation.Attributes & kDeleteCascade) != 0) sql += " ON DELETE CASCADE";
-  }
-  return sql + ")";
-}
-
-void Database::Impl::CreateIndexes(const TableDef& table) {
-  const Field* key = RowKey(table);
-  for (const Index& index : table.Indexes) {
-    if (key != nullptr && index.Fields.size() == 1 && SameName(index.Fields[0], key->Name)) continue;
-    std::string sql = fmt::format("CREATE {}INDEX {} ON {} (", index.Unique || index.Primary ? "UNIQUE " : "",
-                                  IndexStoreName(table, index), StoreName(table.Name));
-    for (const std::string& name : index.Fields)
-      sql += (&name == &index.Fields.front() ? "" : ", ") + StoreName(name);
-    Run(sql + ")");
-  }
-}
-
-void Database::Impl::SaveTable(const TableDef& table) {
-  const Value name(table.Name);
-  for (const char* text :
-       {"DELETE FROM sv_field WHERE table_name = ?1", "DELETE FROM sv_index WHERE table_name = ?1"}) {
-    StatementPtr clear = Prepare(text);
-    Bind(clear.get(), 1, name);
-    StepToEnd(*this, clear.get());
-  }
-  auto insert = [&](const char* text, const std::vector<Value>& values) {
-    StatementPtr statement = Prepare(text);
-    for (std::size_t i = 0; i < values.size(); ++i) Bind(statement.get(), static_cast<int>(i) + 1, values[i]);
-    StepToEnd(*this, statement.get());
-  };
-  std::int32_t place = 0;
-  for (const Field& field : table.Fields) {
-    insert("INSERT INTO sv_field VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)",
-           {name, Value(place++), Value(field.Name), Value(static_cast<std::int32_t>(field.Type)),
-            Value(field.Size), Value(field.Attributes), Value(field.Required ? 1 : 0),
-            Value(field.AllowZeroLength ? 1 : 0), Value(field.DefaultValue)});
-  }
-  place = 0;
-  for (const Index& index : table.Indexes) {
-    std::string fields;
-    for (const std::string& field : index.Fields) {
-      if (!fields.empty()) fields += kFieldSeparator;
-      fields += field;
-    }
-    insert("INSERT INTO sv_index VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)",
-           {name, Value(place++), Value(index.Name), Value(index.Primary ? 1 : 0),
-            Value(index.Unique ? 1 : 0), Value(index.Required ? 1 : 0), Value(fields)});
-  }
-}
-
-void Database::Impl::SaveRelations() {
-  Run("DELETE FROM sv_relation");
-  for (const Relation& relation : relations) {
-    StatementPtr insert = Prepare("INSERT INTO sv_relation VALUES (?1, ?2, ?3, ?4, ?5, ?6)");
-    const Value values[] = {Value(relation.Name),         Value(relation.Table),
-                            Value(relation.ForeignTable), Value(relation.Attributes),
-                            Value(relation.FieldName),    Value(relation.ForeignName)};
-    for (int i = 0; i < 6; ++i) Bind(insert.get(), i + 1, values[i]);
-    StepToEnd(*this, insert.get());
-  }
-}
-
-// Makes a table anew from its definition and moves its rows: the store cannot add a relation to a table that
-// is there.
-void Database::Impl::Rebuild(const TableDef& table) {
-  const std::string moved = "sv_moved";
-  std::string names;
-  for (const Field& field : table.Fields) names += (names.empty() ? "" : ", ") + StoreName(field.Name);
-  sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_ENABLE_FKEY, 0, nullptr);
-  try {
-    Run(CreateTableSql(table, moved));
-    Run(fmt::format("INSERT INTO {0} ({1}) SELECT {1} FROM {2}", moved, names, StoreName(table.Name)));
-    const Field* key = RowKey(table);
-    std::string counter;
-    if (key != nullptr && key->IsCounter()) {
-      // The counter goes on where it was.
-      StatementPtr read = Prepare("SELECT seq FROM sqlite_sequence WHERE name = ?1");
-      const Value name(table.Name);
-      Bind(read.get(), 1, name);
-      if (sqlite3_step(read.get()) == SQLITE_ROW) counter = TextColumn(read.get(), 0);
-    }
-    Run("DROP TABLE " + StoreName(table.Name));
-    Run(fmt::format("ALTER TABLE {} RENAME TO {}", moved, StoreName(table.Name)));
-    if (!counter.empty()) {
-      StatementPtr clear = Prepare("DELETE FROM sqlite_sequence WHERE name = ?1");
-      const Value name(table.Name);
-      Bind(clear.get(), 1, name);
-      StepToEnd(*this, clear.get());
-      StatementPtr write =
-          Prepare("INSERT INTO sqlite_sequence (name, seq) VALUES (?1, CAST(?2 AS INTEGER))");
-      const Value value(counter);
-      Bind(write.get(), 1, name);
-      Bind(write.get(), 2, value);
-      StepToEnd(*this, write.get());
-    }
-    CreateIndexes(table);
-  } catch (...) {
-    sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
-    throw;
-  }
-  sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
-  StatementPtr check = Prepare("PRAGMA foreign_key_check(" + StoreName(table.Name) + ")");
-  if (sqlite3_step(check.get()) == SQLITE_ROW)
-    throw EngineError(kRelatedRecordRequired, TextColumn(check.get(), 2));
 }
 
 void Database::AppendTableDef(TableDef table) {
@@ -526,10 +194,22 @@ void Database::AppendIndex(std::string_view tableName, Index index) {
   if (index.Fields.empty()) throw EngineError(kInvalidName, index.Name);
   for (const std::string& name : index.Fields) NeedItem(table.Fields, name);
   impl_->ChangeSchema([&] {
-    TableDef single = table;
-    single.Indexes = {index};
-    impl_->CreateIndexes(single);
+    const Field* keyBefore = RowKey(table);
     table.Indexes.push_back(std::move(index));
+    const Field* key = RowKey(table);
+    if (key != keyBefore) {
+      // The store gives its row key only to a table that is made with it, and numbers what has no number.
+      const StatementPtr nulls = impl_->Prepare(
+          fmt::format("SELECT 1 FROM {} WHERE {} IS NULL", StoreName(table.Name), StoreName(key->Name)));
+      if (sqlite3_step(nulls.get()) == SQLITE_ROW) throw EngineError(kNullInIndex, table.Name);
+    }
+    if (key != keyBefore) {
+      impl_->Rebuild(table);
+    } else {
+      TableDef single = table;
+      single.Indexes = {table.Indexes.back()};
+      impl_->CreateIndexes(single);
+    }
     impl_->SaveTable(table);
   });
 }
@@ -544,7 +224,9 @@ void Database::DeleteIndex(std::string_view tableName, std::string_view index) {
   impl_->ChangeSchema([&] {
     // The index that is the table's row key has no index of its own in the store.
     impl_->Run("DROP INDEX IF EXISTS " + IndexStoreName(table, *found));
+    const Field* keyBefore = RowKey(table);
     table.Indexes.erase(found);
+    if (RowKey(table) != keyBefore) impl_->Rebuild(table);
     impl_->SaveTable(table);
   });
 }
@@ -601,24 +283,8 @@ void Database::SetCounter(std::string_view tableName, std::int32_t last) {
     Bind(add.get(), 1, name);
     Bind(add.get(), 2, number);
     StepToEnd(*impl_, add.get());
+    impl_->countersNearEnd = impl_->countersNearEnd || last > kCounterWatch;
   });
-}
-
-std::vector<std::string> Database::CheckIntegrity() {
-  std::vector<std::string> faults;
-  StatementPtr check = impl_->Prepare("PRAGMA integrity_check(20)");
-  int code = 0;
-  while ((code = sqlite3_step(check.get())) == SQLITE_ROW) {
-    std::string fault = TextColumn(check.get(), 0);
-    if (fault != "ok") faults.push_back(std::move(fault));
-  }
-  if (code != SQLITE_DONE) faults.emplace_back("the file cannot be read to its end");
-  StatementPtr links = impl_->Prepare("PRAGMA foreign_key_check");
-  while (sqlite3_step(links.get()) == SQLITE_ROW && faults.size() < 40) {
-    faults.push_back(fmt::format("a row of {} names a row of {} that is not there",
-                                 TextColumn(links.get(), 0), TextColumn(links.get(), 2)));
-  }
-  return faults;
 }
 
 }  // namespace scorvane::engine

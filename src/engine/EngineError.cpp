@@ -38,12 +38,13 @@ constexpr Message kMessages[] = {
     {kFileInUse, "Could not use '{0}'; file already in use by {1}."},
     {kDatabaseDamaged,
      "Cannot open database '{0}'. It may not be a database that your application recognizes, or the "
-     "file may be corrupt."},
+     "file may be corrupt.{1}"},
     {kCannotOpenFile,
      "Cannot open the file '{0}'. It is already opened exclusively by another user, or you need permission "
      "to view and "
      "write its data."},
     {kNullInIndex, "Index or primary key cannot contain a Null value: '{0}'."},
+    {kQueryStopped, "The query was stopped: {0}."},
     {kTooFewParameters, "Too few parameters. Expected {0}: no table of the statement has a field {1}."},
     {kIsSelectQuery, "Cannot execute a select query."},
     {kNotUpdatable, "Operation must use an updateable query."},
@@ -87,10 +88,11 @@ constexpr Message kMessages[] = {
      "True. Enter a "
      "value in this field."},
     {kZeroLengthNotAllowed, "Field '{0}' cannot be a zero-length string."},
-    {kUnrecognizedFormat, "Unrecognized database format '{0}'."},
+    {kUnrecognizedFormat, "Unrecognized database format '{0}'.{1}"},
     {kValueCountDiffers, "Number of query values and destination fields are not the same."},
     {kTooComplex, "Query is too complex: {0}."},
     {kNoUniqueIndex, "No unique index found for the referenced field '{0}' of the primary table."},
+    {kObjectInvalid, "Object invalid or no longer set: the database of these records has been closed."},
     {kConversionError, "Data type conversion error: '{0}' does not suit the field '{1}'."},
     {kCriteriaMismatch, "Data type mismatch in criteria expression: {0}."},
 };

@@ -28,6 +28,7 @@ enum ErrorNumber : int {
   kDatabaseDamaged = 3049,
   kCannotOpenFile = 3051,
   kNullInIndex = 3058,
+  kQueryStopped = 3059,
   kTooFewParameters = 3061,
   kIsSelectQuery = 3065,
   kNotUpdatable = 3073,
@@ -58,6 +59,7 @@ enum ErrorNumber : int {
   kValueCountDiffers = 3346,
   kTooComplex = 3360,
   kNoUniqueIndex = 3409,
+  kObjectInvalid = 3420,
   kConversionError = 3421,
   kCriteriaMismatch = 3464,
 };

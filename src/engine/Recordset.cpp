@@ -8,8 +8,36 @@
 #include "engine/EngineError.h"
 #include "engine/Names.h"
 #include "engine/RecordsetState.h"
+#include "engine/sql/Translator.h"
 
 namespace scorvane::engine {
+
+std::shared_ptr<Database::Impl> Recordset::State::NeedDatabase() const {
+  auto locked = database.lock();
+  if (!locked) throw EngineError(kObjectInvalid);
+  return locked;
+}
+
+void Recordset::State::Load() {
+  if (loaded == current) return;
+  const auto locked = NeedDatabase();
+  Database::Impl& impl = *locked;
+  // Inside one unit of work nobody else writes: without a change of our own the row is what it was.
+  if (!impl.HasChangedSince(unit, changes)) {
+    loaded = current;
+    return;
+  }
+  impl.NeedTransaction();
+  Prepared& row = impl.FindRowStatement(rowSql, columns);
+  sqlite3_stmt* statement = row.statement.get();
+  for (std::size_t i = 0; i < rowValues.size(); ++i) Bind(statement, static_cast<int>(i) + 1, rowValues[i]);
+  sqlite3_bind_int64(statement, static_cast<int>(rowValues.size()) + 1, keys[current]);
+  const ResetGuard reset(statement);
+  if (!impl.Step(row)) throw EngineError(kRecordDeleted);
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    values[current * columns.size() + i] = ReadColumn(statement, static_cast<int>(i), columns[i].type);
+  loaded = current;
+}
 
 Recordset::Recordset(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Recordset::Recordset(Recordset&&) noexcept = default;
@@ -61,34 +89,37 @@ const Value& Recordset::operator[](std::string_view name) const {
 const Value& Recordset::At(std::size_t index) const {
   if (AtEnd()) throw EngineError(kNoCurrentRecord);
   if (index >= state_->columns.size()) throw EngineError(kItemNotFound, std::to_string(index));
+  if (state_->type == RecordsetType::Dynaset) state_->Load();
   return state_->values[state_->current * state_->columns.size() + index];
 }
 
 void Recordset::Edit() {
   if (state_->type != RecordsetType::Dynaset) throw EngineError(kReadOnly);
   if (AtEnd()) throw EngineError(kNoCurrentRecord);
+  state_->Load();
   state_->editing = true;
-  state_->changes.clear();
+  state_->edits.clear();
 }
 
 void Recordset::Set(std::string_view name, Value value) {
   if (!state_->editing) throw EngineError(kReadOnly);
   const std::size_t column = FieldIndex(name);
   if (state_->columns[column].field.empty()) throw EngineError(kNotUpdatable);
-  state_->changes.emplace_back(column, std::move(value));
+  state_->edits.emplace_back(column, std::move(value));
 }
 
 void Recordset::Update() {
   if (!state_->editing) throw EngineError(kReadOnly);
   state_->editing = false;
-  if (state_->changes.empty()) return;
-  Database::Impl& impl = *state_->database;
+  if (state_->edits.empty()) return;
+  const auto locked = state_->NeedDatabase();
+  Database::Impl& impl = *locked;
   impl.NeedTransaction();
   const TableDef& table = impl.NeedTable(state_->keyTable);
   // Kept under a key that is cheap to make: the statement's text would be built anew for every row.
   std::string& key = impl.lexed.shape;
   key = state_->keyTable;
-  for (const auto& [column, value] : state_->changes) {
+  for (const auto& [column, value] : state_->edits) {
     key += '?';
     key += state_->columns[column].field;
   }
@@ -96,18 +127,20 @@ void Recordset::Update() {
   if (found == impl.updates.end()) {
     auto prepared = std::make_unique<Prepared>();
     prepared->plan.kind = sql::Statement::Kind::Update;
+    prepared->plan.table = table.Name;
     std::string& text = prepared->plan.sql;
     text = "UPDATE " + StoreName(table.Name) + " SET ";
-    for (std::size_t i = 0; i < state_->changes.size(); ++i) {
-      const std::string& name = state_->columns[state_->changes[i].first].field;
+    for (std::size_t i = 0; i < state_->edits.size(); ++i) {
+      const std::string& name = state_->columns[state_->edits[i].first].field;
       const Field* field = table.FindField(name);
       if (field == nullptr) throw EngineError(kItemNotFound, name);
       text += fmt::format("{}{} = ?{}", i > 0 ? ", " : "", StoreName(field->Name), i + 1);
       sql::PlanParam param;
       param.target = sql::TargetFor(table, *field);
       prepared->plan.params.push_back(std::move(param));
+      prepared->plan.setsCounter = prepared->plan.setsCounter || field->IsCounter();
     }
-    text += fmt::format(" WHERE _rowid_ = ?{}", state_->changes.size() + 1);
+    text += fmt::format(" WHERE _rowid_ = ?{}", state_->edits.size() + 1);
     prepared->plan.params.emplace_back();
     prepared->statement = impl.Prepare(text);
     prepared->parameters = static_cast<int>(prepared->plan.params.size());
@@ -115,16 +148,19 @@ void Recordset::Update() {
   }
   Prepared& prepared = *found->second;
   const char decimal = impl.workspace->DecimalSeparator();
-  Value* row = &state_->values[state_->current * state_->columns.size()];
-  for (std::size_t i = 0; i < state_->changes.size(); ++i) {
-    auto& [column, value] = state_->changes[i];
+  for (std::size_t i = 0; i < state_->edits.size(); ++i) {
+    auto& [column, value] = state_->edits[i];
     value = ConvertForField(value, *prepared.plan.params[i].target, decimal);
     Bind(prepared.statement.get(), static_cast<int>(i) + 1, value);
   }
   sqlite3_bind_int64(prepared.statement.get(), prepared.parameters, state_->keys[state_->current]);
+  const bool unchanged = !impl.HasChangedSince(state_->unit, state_->changes);
   if (impl.Change(prepared) == 0) throw EngineError(kRecordDeleted);
-  for (auto& [column, value] : state_->changes) row[column] = std::move(value);
-  state_->changes.clear();
+  // The one change of this row; what a relation changes along with it counts as others' changes.
+  if (unchanged) ++state_->changes;
+  for (auto& [column, value] : state_->edits)
+    state_->values[state_->current * state_->columns.size() + column] = std::move(value);
+  state_->edits.clear();
 }
 
 }  // namespace scorvane::engine

@@ -13,7 +13,8 @@ namespace scorvane::engine {
 enum class RecordsetType {
   Snapshot,     // fixed when opened
   ForwardOnly,  // the same, walked once
-  Dynaset,      // a fixed set of row keys of one table; each row can be edited
+  Dynaset,      // a fixed set of row keys of one table; each row is read when one moves there, and can be
+                // edited
 };
 
 class Recordset {
@@ -37,7 +38,7 @@ class Recordset {
   bool HasField(std::string_view name) const;
 
   // A field of the current row. Throws EngineError: 3021 without a row, 3265 without such a field, 3167 when
-  // the row of a Dynaset has been deleted.
+  // the row of a Dynaset has been deleted, 3420 when its database has been closed.
   const Value& operator[](std::string_view name) const;
   const Value& At(std::size_t index) const;
 

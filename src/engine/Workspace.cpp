@@ -12,6 +12,8 @@
 #include "engine/DatabaseImpl.h"
 #include "engine/EngineError.h"
 #include "platform/SystemPath.h"
+#include "engine/LimitGuard.h"
+#include "engine/Operators.h"
 
 namespace scorvane::engine {
 namespace {
@@ -22,9 +24,12 @@ using platform::SystemPath;
 constexpr int kPatience = 5000;  // milliseconds to wait for another process that writes to a shared file
 constexpr std::chrono::milliseconds kPollInterval{20};
 
-// The format's own first bytes, and where it keeps the application id.
+constexpr int kLongestValue = 64 << 20;  // bytes; no row or text is longer
+
+// The format's own first bytes, and where it keeps the application id and the version of our tables.
 constexpr char kHeader[] = "SQLite format 3";
 constexpr std::size_t kApplicationIdPlace = 68;
+constexpr std::size_t kVersionPlace = 60;
 
 std::string FullPath(const std::string& path) {
   std::error_code error;
@@ -43,12 +48,16 @@ void CheckHeader(const std::string& path) {
   std::ifstream file(SystemPath(path), std::ios::binary);
   if (!file) throw EngineError(kCannotOpenFile, path);
   file.read(header, sizeof header);
-  std::uint32_t id = 0;
-  for (std::size_t i = 0; i < 4; ++i)
-    id = id << 8 | static_cast<unsigned char>(header[kApplicationIdPlace + i]);
+  const auto number = [&header](std::size_t place) {
+    std::uint32_t whole = 0;
+    for (std::size_t i = 0; i < 4; ++i) whole = whole << 8 | static_cast<unsigned char>(header[place + i]);
+    return whole;
+  };
   if (file.gcount() != sizeof header || std::memcmp(header, kHeader, sizeof kHeader) != 0 ||
-      id != kApplicationId)
+      number(kApplicationIdPlace) != kApplicationId)
     throw EngineError(kUnrecognizedFormat, path);
+  if (number(kVersionPlace) > kFormatVersion)
+    throw EngineError(kUnrecognizedFormat, path, " A newer version of the program has made it.");
 }
 
 // A file from a stranger gets no say: no triggers, views, extensions or functions of its own.
@@ -61,6 +70,7 @@ void Harden(sqlite3* connection) {
   sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 1);  // a compaction attaches its copy
+  sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kLongestValue);
 }
 
 // The store writes a journal beside the file, so the folder counts, too.
@@ -126,6 +136,10 @@ void Database::Impl::Connect(bool create, bool wantReadOnly) {
   readOnly = wantReadOnly;
   sqlite3_busy_timeout(connection.get(), kPatience);
   RegisterFunctions(connection.get(), functions);
+  RegisterOperators(connection.get(), functions);
+}
+
+void Database::Impl::Configure() {
   Run("PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON; PRAGMA "
       "temp_store=MEMORY; "
       "PRAGMA cache_size=-16000; PRAGMA cell_size_check=ON");
@@ -158,8 +172,9 @@ std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
   if (!fs::is_directory(SystemPath(full).parent_path(), error)) throw EngineError(kInvalidPath, full);
   auto impl = std::make_unique<Database::Impl>(*this, full);
   impl->Connect(true, false);
+  impl->Configure();
   impl->CreateSystemTables();
-  impl->lock = platform::FileLock::TryLock(full);
+  impl->lock = platform::FileLock::TryLock(full, platform::FileLock::Mode::Shared);
   return std::make_unique<Database>(std::move(impl));
 }
 
@@ -184,12 +199,13 @@ std::unique_ptr<Database> Workspace::OpenDatabase(const std::string& path, OpenO
     impl->lock = ShareFile(full);
   }
   impl->Connect(false, options.readOnly);
-  try {
+  {
+    // A catalogue that takes long to read was not written by us.
+    const LimitGuard guard(impl->connection.get(), kFileTextLimits);
+    impl->limits = &guard;
+    impl->Configure();
     impl->LoadSchema();
-  } catch (const EngineError& e) {
-    // Tables that are missing or of another shape.
-    if (e.Number() == kTooComplex) throw EngineError(kUnrecognizedFormat, full);
-    throw;
+    impl->limits = nullptr;
   }
   impl->CheckCollation();
   impl->dataVersion = impl->DataVersion();

@@ -53,7 +53,7 @@ std::optional<ReportTable> RunReport(engine::Database& league, engine::Database&
 
   ReportTable table;
   table.columns = ReadColumns(templateDb, reportId);
-  auto rows = league.OpenRecordset(query);
+  auto rows = league.OpenRecordset(query, engine::RecordsetType::Snapshot, engine::kFileTextLimits);
   std::vector<std::size_t> places;
   places.reserve(table.columns.size());
   for (const ReportColumn& column : table.columns) places.push_back(rows.FieldIndex(column.field));

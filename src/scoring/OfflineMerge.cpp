@@ -89,7 +89,7 @@ class Merger {
   void NumberFinishes(const std::string& sortClause) {
     auto rows =
         league_.OpenRecordset("SELECT STNRaceID, Finish, Points, PrizeMoney FROM STNStats " + sortClause,
-                              engine::RecordsetType::Dynaset);
+                              engine::RecordsetType::Dynaset, engine::kFileTextLimits);
     for (std::int32_t finish = 1; !rows.AtEnd(); ++finish, rows.MoveNext()) {
       Score score = ScoreByPosition(state_, finish, column_);
       rows.Edit();

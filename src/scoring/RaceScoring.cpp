@@ -17,9 +17,10 @@ void ReplaceAll(std::string& text, std::string_view what, std::string_view with)
 }
 
 // A statement is written against the staged tables; without their prefix it means the stored ones.
-void ExecuteFor(engine::Database& league, std::string statement, bool staged) {
+void ExecuteFor(engine::Database& league, std::string statement, bool staged,
+                const engine::QueryLimits& limits = {}) {
   if (!staged) ReplaceAll(statement, "STN", "");
-  league.Execute(statement);
+  league.Execute(statement, limits);
 }
 
 std::string SelectFor(bool staged, std::string_view fields, std::int32_t raceId, std::string_view order) {
@@ -44,7 +45,7 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
             fmt::format(
                 "UPDATE STNStats SET Bonus=Bonus+{0}, Points=Points+{0} WHERE (STNRaceID={1}) AND ({2})",
                 points, raceId, condition),
-            staged);
+            staged, engine::kFileTextLimits);
       } catch (const engine::EngineError& error) {
         throw error.About(fmt::format("The bonus rule \"{}\"", rules["Name"].ToText()));
       }

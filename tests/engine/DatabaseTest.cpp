@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
 
 #include "engine/EngineError.h"
@@ -139,6 +140,49 @@ TEST(Recordset, DynasetEditsAFixedSetOfRows) {
             kNotUpdatable);
 }
 
+TEST(Recordset, DynasetShowsWhatOthersHaveChanged) {
+  TestDatabase test;
+  Database& db = test.Db();
+  DBEngine other;
+  const auto beside = other.DefaultWorkspace().OpenDatabase(test.Path());
+  auto rows =
+      db.OpenRecordset("SELECT StatsID, Points, Points+1 AS More, 'x' & Finish FROM Stats WHERE Finish<9",
+                       RecordsetType::Dynaset);
+  db.Execute("UPDATE Stats SET Points=7, Finish=8 WHERE StatsID=2");
+  beside->Execute("UPDATE Stats SET Points=9 WHERE StatsID=4");
+  beside->Execute("DELETE * FROM Stats WHERE StatsID=3");
+  EXPECT_EQ(rows["Points"].ToLong(), 185);
+  rows.MoveNext();
+  EXPECT_EQ(rows["Points"].ToLong(), 7);
+  EXPECT_EQ(rows["More"].ToLong(), 8);
+  EXPECT_EQ(rows.At(3).Text(), "x8");
+  rows.MoveNext();
+  EXPECT_EQ(ErrorOf([&] { rows["Points"]; }), kRecordDeleted);
+  EXPECT_EQ(ErrorOf([&] { rows.Edit(); }), kRecordDeleted);
+  rows.MoveNext();
+  EXPECT_EQ(rows["Points"].ToLong(), 9);
+  {
+    // Inside a unit of work, too, where only statements of our own come between.
+    UnitOfWork unit(db);
+    auto inside = db.OpenRecordset("SELECT Points FROM Stats ORDER BY StatsID", RecordsetType::Dynaset);
+    inside.Edit();
+    inside.Set("Points", Value(1));
+    inside.Update();
+    db.Execute("UPDATE Stats SET Points=Points+1");
+    EXPECT_EQ(inside.At(0).ToLong(), 1);
+    inside.MoveNext();
+    EXPECT_EQ(inside.At(0).ToLong(), 8);
+    unit.Commit();
+  }
+  // Records that outlive their database say so.
+  auto snapshot = db.OpenRecordset("SELECT Name FROM Driver");
+  test.Close();
+  EXPECT_EQ(snapshot.At(0).Text(), "Ann");
+  rows.MoveNext();
+  EXPECT_EQ(ErrorOf([&] { rows["Points"]; }), kObjectInvalid);
+  EXPECT_EQ(ErrorOf([&] { rows.Edit(); }), kObjectInvalid);
+}
+
 TEST(UnitOfWork, KeepsWhatWasDoneBeforeAnErrorWhenToldTo) {
   TestDatabase test;
   try {
@@ -181,6 +225,98 @@ TEST(UnitOfWork, SchemaChangesBelongToIt) {
   unit.Commit();
   test.Reopen();
   EXPECT_NE(test.Db().FindTableDef("Driver")->FindField("Rookie"), nullptr);
+}
+
+TEST(UnitOfWork, ARollbackTakesTheSchemaBack) {
+  TestDatabase test;
+  TableDef extra;
+  extra.Name = "Extra";
+  extra.Fields = {TestDatabase::Make("A", FieldType::Long)};
+  {
+    UnitOfWork unit(test.Db(), UnitOfWork::OnError::TakeBack);
+    test.Db().AppendTableDef(extra);
+    test.Db().DeleteField("Race", "Note");
+    test.Db().DeleteRelation("RaceStatsX");
+    unit.TakeBack();
+  }
+  EXPECT_EQ(test.Db().FindTableDef("Extra"), nullptr);
+  EXPECT_EQ(test.Db().Relations().size(), 2U);
+  EXPECT_EQ(TextOf(test.Db(), "SELECT Count(*) FROM Race WHERE Note Is Null"), "2");
+  EXPECT_EQ(ErrorOf([&] { test.Db().Execute("INSERT INTO Extra (A) VALUES (1)"); }), kUnknownTable);
+
+  // The same when the store gives the transaction up: it does for a statement that is stopped.
+  {
+    UnitOfWork unit(test.Db());
+    test.Db().AppendTableDef(extra);
+    const QueryLimits limits{std::chrono::milliseconds(0), 1000, 0};
+    EXPECT_EQ(ErrorOf([&] {
+                test.Db().Execute(
+                    "UPDATE Stats SET Points=(SELECT Count(*) FROM Stats AS A, Stats AS B, Stats AS "
+                    "C, Stats AS D, Stats AS E, Stats AS F)",
+                    limits);
+              }),
+              kQueryStopped);
+    EXPECT_EQ(ErrorOf([&] { test.Db().Execute("UPDATE Stats SET Points=1"); }), kNoTransaction);
+    EXPECT_EQ(ErrorOf([&] { unit.Commit(); }), kNoTransaction);
+  }
+  EXPECT_EQ(test.Db().FindTableDef("Extra"), nullptr);
+  test.Db().AppendTableDef(extra);
+  test.Db().Execute("INSERT INTO Extra (A) VALUES (1)");
+  EXPECT_EQ(TextOf(test.Db(), "SELECT A FROM Extra"), "1");
+}
+
+TEST(Database, RowsKeepTheirNumbersUnderANewRelation) {
+  TestDatabase test;
+  TableDef lap;
+  lap.Name = "Lap";
+  lap.Fields = {TestDatabase::Make("RaceID", FieldType::Long), TestDatabase::Make("Lap", FieldType::Long)};
+  Database& db = test.Db();
+  db.AppendTableDef(lap);
+  for (int i = 1; i <= 4; ++i)
+    db.Execute("INSERT INTO Lap (RaceID, Lap) VALUES (1, " + std::to_string(i) + ")");
+  db.Execute("DELETE * FROM Lap WHERE Lap=2");
+  auto rows = db.OpenRecordset("SELECT Lap FROM Lap WHERE Lap=4", RecordsetType::Dynaset);
+  db.AppendRelation({"RaceLap", "Race", "Lap", kDeleteCascade, "RaceID", "RaceID"});
+  rows.Edit();
+  rows.Set("Lap", Value(40));
+  rows.Update();
+  EXPECT_EQ(TextOf(db, "SELECT Lap FROM Lap"), "1,3,40");
+
+  // A key that comes later is a key for the store, too, and its end is one.
+  db.AppendIndex("Lap", {"Key", {"Lap"}, true, true, true});
+  EXPECT_EQ(ErrorOf([&] { db.Execute("INSERT INTO Lap (RaceID, Lap) VALUES (1, 3)"); }), kDuplicateKey);
+  db.DeleteIndex("Lap", "Key");
+  db.Execute("INSERT INTO Lap (RaceID, Lap) VALUES (1, 3)");
+  EXPECT_EQ(ErrorOf([&] { db.AppendIndex("Lap", {"Key", {"Lap"}, true, true, true}); }), kDuplicateKey);
+  EXPECT_EQ(TextOf(db, "SELECT Count(*) FROM Lap"), "4");
+  EXPECT_TRUE(db.CheckIntegrity().empty());
+}
+
+TEST(Database, ARelationErrorNamesTheTableOfTheStatement) {
+  TestDatabase test;
+  Database& db = test.Db();
+  // An orphan elsewhere, as an older program may have left it.
+  db.DeleteRelation("DriverStatsX");
+  db.Execute("UPDATE Stats SET DriverID=77 WHERE StatsID=1");
+  TableDef note;
+  note.Name = "Note";
+  note.Fields = {TestDatabase::Make("RaceID", FieldType::Long),
+                 TestDatabase::Make("DriverID", FieldType::Long)};
+  db.AppendTableDef(note);
+  db.AppendRelation({"RaceNote", "Race", "Note", 0, "RaceID", "RaceID"});
+  const auto description = [&](const char* sql) {
+    try {
+      db.Execute(sql);
+    } catch (const EngineError& e) {
+      return e.Description();
+    }
+    return std::string("no error");
+  };
+  EXPECT_NE(description("INSERT INTO Note (RaceID) VALUES (99)").find("table 'Race'"), std::string::npos);
+  db.Execute("DELETE * FROM Stats WHERE RaceID=2");
+  db.Execute("INSERT INTO Note (RaceID) VALUES (2)");
+  EXPECT_NE(description("DELETE * FROM Race WHERE RaceID=2").find("table 'Note'"), std::string::npos);
+  EXPECT_NE(description("UPDATE Race SET RaceID=5 WHERE RaceID=2").find("table 'Note'"), std::string::npos);
 }
 
 TEST(Workspace, RefusesWhatIsNoDatabase) {

@@ -8,6 +8,9 @@
 
 #include "engine/Date.h"
 #include "engine/EngineError.h"
+#include "engine/Names.h"
+#include "engine/sql/Keywords.h"
+#include "engine/sql/Limits.h"
 
 namespace scorvane::engine::sql {
 namespace {
@@ -58,7 +61,11 @@ class Scanner {
           if (c == '\'' || c == '"') {
             Text(c);
           } else if (c == '[') {
-            Bracket();
+            Bracket(']');
+          } else if (c == '`') {
+            Bracket('`');
+          } else if (c == '&' && AtRadixNumber()) {
+            RadixNumber();
           } else if (c == '#') {
             Date();
           } else if (c == '.' && place_ + 1 < sql_.size() && ClassOf(sql_[place_ + 1]) == kDigit &&
@@ -79,7 +86,50 @@ class Scanner {
     return ClassOf(sql_[place_ - 1]) == kNameStart || sql_[place_ - 1] == ']';
   }
 
+  // &H10 and &O17, where no value stands before that the & would join it to.
+  bool AtRadixNumber() const {
+    if (place_ + 2 >= sql_.size()) return false;
+    const char letter = LowerAscii(sql_[place_ + 1]);
+    if ((letter != 'h' && letter != 'o') || DigitOf(sql_[place_ + 2]) >= (letter == 'h' ? 16 : 8))
+      return false;
+    if (lexed_.tokens.empty()) return true;
+    const Token& before = lexed_.tokens.back();
+    switch (before.kind) {
+      case TokenKind::Name:
+        return IsReservedWord(before.text) && !SameName(before.text, "NULL") &&
+               !SameName(before.text, "TRUE") && !SameName(before.text, "FALSE");
+      case TokenKind::Symbol:
+        return before.text != ")";
+      default:
+        return false;
+    }
+  }
+
+  static int DigitOf(char c) {
+    const char lower = LowerAscii(c);
+    if (lower >= '0' && lower <= '9') return lower - '0';
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 99;
+  }
+
+  // 32 bits, so that the upper half of them is negative.
+  void RadixNumber() {
+    const std::size_t start = place_;
+    const int radix = LowerAscii(sql_[start + 1]) == 'h' ? 16 : 8;
+    std::uint64_t number = 0;
+    for (place_ += 2; place_ < sql_.size() && DigitOf(sql_[place_]) < radix; ++place_) {
+      number = number * static_cast<unsigned>(radix) + static_cast<unsigned>(DigitOf(sql_[place_]));
+      if (number > 0xFFFFFFFFU) Fail("a number is too large", start);
+    }
+    if (place_ < sql_.size() && (ClassOf(sql_[place_]) == kNameStart || ClassOf(sql_[place_]) == kDigit))
+      Fail("a name cannot begin with a digit", start);
+    Literal literal;
+    literal.number = static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(number)));
+    AddLiteral(literal, start, "?i ");
+  }
+
   void Add(TokenKind kind, std::size_t start, std::string_view text, int literal = -1) {
+    if (lexed_.tokens.size() >= kMaxTokens)
+      throw EngineError(kTooComplex, "it is too long", {}, static_cast<int>(start) + 1);
     Token token;
     token.kind = kind;
     token.position = static_cast<int>(start) + 1;
@@ -107,9 +157,10 @@ class Scanner {
     lexed_.shape += ' ';
   }
 
-  void Bracket() {
+  // A name that brings its own end: [name] or `name`.
+  void Bracket(char closing) {
     const std::size_t start = place_;
-    const std::size_t end = sql_.find(']', start);
+    const std::size_t end = sql_.find(closing, start + 1);
     if (end == std::string_view::npos) Fail("a name is missing its closing bracket", start);
     place_ = end + 1;
     const std::string_view text = sql_.substr(start + 1, end - start - 1);

@@ -6,12 +6,6 @@
 
 namespace scorvane::engine::sql {
 
-// How deep expressions, joins and subqueries may nest.
-inline constexpr int kMaxDepth = 120;
-// How many terms a chain of operators of one strength may have: printed with all its brackets it still
-// parses.
-inline constexpr int kMaxTerms = 100;
-
 // Throws EngineError: 3075 with the place of the fault, 3360 for a statement nested too deeply.
 Statement Parse(const Lexed& lexed);
 

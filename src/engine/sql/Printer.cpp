@@ -30,6 +30,10 @@ std::string LiteralText(const Value& value) {
       std::string text = fmt::format("{}", value.ToDouble());
       return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
     }
+    case Value::Type::Long:
+      // With a minus it would be read as a term.
+      if (value.ToLong() < 0) return fmt::format("&H{:X}", static_cast<std::uint32_t>(value.ToLong()));
+      return value.ToText();
     default:
       return value.ToText();
   }
@@ -55,14 +59,14 @@ class Writer {
         text += NameText(e.name);
         break;
       case Expr::Kind::Unary:
-        text += e.op == "Not" ? "(Not " : "(" + e.op + " ";
+        text += fmt::format("({} ", OpText(e.op));
         Write(*e.args[0]);
         text += ")";
         break;
       case Expr::Kind::Binary:
         text += "(";
         Write(*e.args[0]);
-        text += " " + e.op + " ";
+        text += fmt::format(" {} ", OpText(e.op));
         Write(*e.args[1]);
         text += ")";
         break;
@@ -87,6 +91,13 @@ class Writer {
       case Expr::Kind::InQuery:
         Infix(e, "In");
         text += "(";
+        Write(*e.query);
+        text += "))";
+        break;
+      case Expr::Kind::Quantified:
+        text += "(";
+        Write(*e.args[0]);
+        text += fmt::format(" {} {} (", OpText(e.op), e.all ? "All" : "Any");
         Write(*e.query);
         text += "))";
         break;
@@ -259,6 +270,56 @@ class Writer {
 };
 
 }  // namespace
+
+const char* OpText(Op op) {
+  switch (op) {
+    case Op::None:
+      break;
+    case Op::Negate:
+    case Op::Subtract:
+      return "-";
+    case Op::Plus:
+    case Op::Add:
+      return "+";
+    case Op::Not:
+      return "Not";
+    case Op::Power:
+      return "^";
+    case Op::Multiply:
+      return "*";
+    case Op::Divide:
+      return "/";
+    case Op::IntegerDivide:
+      return "\\";
+    case Op::Modulo:
+      return "Mod";
+    case Op::Join:
+      return "&";
+    case Op::Equal:
+      return "=";
+    case Op::NotEqual:
+      return "<>";
+    case Op::Less:
+      return "<";
+    case Op::Greater:
+      return ">";
+    case Op::LessOrEqual:
+      return "<=";
+    case Op::GreaterOrEqual:
+      return ">=";
+    case Op::And:
+      return "And";
+    case Op::Or:
+      return "Or";
+    case Op::Xor:
+      return "Xor";
+    case Op::Eqv:
+      return "Eqv";
+    case Op::Imp:
+      return "Imp";
+  }
+  return "";
+}
 
 std::string Print(const Statement& statement) {
   Writer writer;

@@ -1,6 +1,9 @@
 // From a statement's tree to the text that the store runs. Names are resolved against the schema, every
 // expression is given a type, and where the store alone would answer differently the text says so in full:
 // True is -1, texts compare by the league's collation, values are converted to the fields that they go into.
+//
+// The rooms behind this door work on one Translation: Scope (tables and names), Piece (types and their
+// conversions), Expressions, Calls, Grouping, Queries, Changes.
 #pragma once
 
 #include <memory>
@@ -20,6 +23,8 @@ class Catalog {
   virtual const TableDef* FindTable(std::string_view name) const = 0;
   // The number under which an sv_store call finds a target.
   virtual int AddTarget(std::shared_ptr<const StoreTarget> target) = 0;
+  // True when the file's indexes were made under other rules of order and cannot be made anew.
+  virtual bool HasOutdatedIndexes() const { return false; }
 };
 
 // A value of a result column. Unknown: as the store returns it.
@@ -45,7 +50,17 @@ struct Plan {
   std::string sql;
   std::vector<PlanParam> params;
   std::vector<PlanColumn> columns;  // of a query
-  std::string keyTable;             // of a dynaset: the table whose row key is the last result column
+
+  // Of a dynaset: the table whose row key is the last result column, and the text that reads one of its rows
+  // again. Its last parameter is the key.
+  std::string keyTable;
+  std::string rowSql;
+  int rowKeyParam = 0;
+
+  std::string table;         // of an Insert, Update or Delete: whose rows change
+  bool usesCounter = false;  // an Insert that lets the table count
+  bool setsCounter = false;  // an Update that changes a counter
+  bool totals = false;       // has a Sum or an Abs, which can overflow in the store
 
   // An INSERT into another database: `sql` and `columns` are its SELECT.
   std::string inPath;

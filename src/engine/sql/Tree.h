@@ -10,6 +10,34 @@
 
 namespace scorvane::engine::sql {
 
+enum class Op : std::uint8_t {
+  None,
+  Negate,
+  Plus,
+  Not,
+  Power,
+  Multiply,
+  Divide,
+  IntegerDivide,
+  Modulo,
+  Add,
+  Subtract,
+  Join,
+  Equal,
+  NotEqual,
+  Less,
+  Greater,
+  LessOrEqual,
+  GreaterOrEqual,
+  And,
+  Or,
+  Xor,
+  Eqv,
+  Imp,
+};
+// As it is written.
+const char* OpText(Op op);
+
 struct Expr;
 struct Query;
 using ExprPtr = std::unique_ptr<Expr>;
@@ -19,18 +47,19 @@ struct Expr {
   enum class Kind : std::uint8_t {
     Literal,  // value, literal
     Null,
-    Boolean,   // value
-    Column,    // qualifier (may be empty), name
-    Unary,     // op "-", "+" or "Not"; args[0]
-    Binary,    // op; args[0], args[1]
-    Like,      // args[0] Like args[1]; negated
-    Between,   // args[0] between args[1] and args[2]; negated
-    InList,    // args[0] in args[1...]; negated
-    InQuery,   // args[0] in query; negated
-    Exists,    // query
-    IsNull,    // args[0]; negated
-    Call,      // name, args; Count(*) has star
-    Subquery,  // query
+    Boolean,     // value
+    Column,      // qualifier (may be empty), name
+    Unary,       // op Negate, Plus or Not; args[0]
+    Binary,      // op; args[0], args[1]
+    Like,        // args[0] Like args[1]; negated
+    Between,     // args[0] between args[1] and args[2]; negated
+    InList,      // args[0] in args[1...]; negated
+    InQuery,     // args[0] in query; negated
+    Quantified,  // args[0], a comparison op, All or Any of query; all
+    Exists,      // query
+    IsNull,      // args[0]; negated
+    Call,        // name, args; Count(*) has star
+    Subquery,    // query
   };
   Kind kind = Kind::Null;
   int position = 0;
@@ -38,9 +67,10 @@ struct Expr {
   int literal = -1;  // which literal of the statement, -1 for one that is not lifted
   std::string qualifier;
   std::string name;
-  std::string op;
+  Op op = Op::None;
   bool negated = false;
   bool star = false;
+  bool all = false;
   std::vector<ExprPtr> args;
   QueryPtr query;
 };
@@ -115,7 +145,8 @@ struct Statement {
   std::vector<Assignment> assignments;
   ExprPtr where;
 
-  // The meaning depends on a literal's value (TOP 5, IN 'path'), not only on the shape.
+  // Literals are part of the tree (TOP 5, IN 'path'), so that it is not the tree of every statement of its
+  // shape.
   bool needsLiterals = false;
 };
 

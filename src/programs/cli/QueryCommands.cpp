@@ -12,8 +12,9 @@
 namespace scorvane::cli {
 namespace {
 
-void PrintQuery(const CommonOptions& common, engine::Database& database, const std::string& query) {
-  auto rows = database.OpenRecordset(query);
+void PrintQuery(const CommonOptions& common, engine::Database& database, const std::string& query,
+                const engine::QueryLimits& limits = {}) {
+  auto rows = database.OpenRecordset(query, engine::RecordsetType::Snapshot, limits);
   Print(TableOf(rows), common.format, common.decimal);
 }
 
@@ -117,7 +118,7 @@ void Sql(const CommonOptions& common, const std::string& path, const std::string
   options.readOnly = select;
   const auto database = engine.DefaultWorkspace().OpenDatabase(path, options);
   if (select) {
-    PrintQuery(common, *database, statement);
+    PrintQuery(common, *database, statement, engine::kFileTextLimits);
     return;
   }
   // The template has no history.

@@ -1,0 +1,1 @@
+DELETE Stats.* FROM Driver INNER JOIN (Stats INNER JOIN Race ON Stats.RaceID=Race.RaceID) ON Driver.DriverID=Stats.DriverID WHERE Driver.Exclude=No

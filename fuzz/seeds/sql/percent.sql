@@ -1,0 +1,1 @@
+SELECT DISTINCT TOP 50 PERCENT Finish*2 AS D, IIf(Finish=1,'a',IIf(Finish=2,'b',Null)) & #3/1/1998# FROM Stats GROUP BY Stats.Finish*2, Finish HAVING Sum(Points) > ALL (SELECT Sum(Points) FROM Stats AS S WHERE S.Finish<>2) ORDER BY Finish*2 DESC

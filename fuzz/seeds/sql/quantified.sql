@@ -1,0 +1,1 @@
+SELECT DISTINCTROW Driver.Name, &H1F AS K FROM Race INNER JOIN (Driver INNER JOIN Stats ON Driver.DriverID=Stats.DriverID) ON Race.RaceID=Stats.RaceID WHERE Points >= ALL (SELECT Points FROM Stats) Or Finish = ANY ((SELECT 1 FROM Race) UNION (SELECT TOP 1 Laps FROM Race)) Imp Yes Eqv 5 Between K And `Finish` ORDER BY 1 WITH OWNERACCESS OPTION;
