@@ -94,20 +94,21 @@ constexpr Message kMessages[] = {
     {kCriteriaMismatch, "Data type mismatch in criteria expression: {0}."},
 };
 
-// A name or a value may be as long as a file makes it; a message is read by people.
-std::string_view Clipped(std::string_view text) {
-  constexpr std::size_t kLongest = 500;
-  if (text.size() <= kLongest) return text;
-  std::size_t end = kLongest;
+// A value may be a whole book; a message shows how it begins.
+constexpr std::size_t kLongestShown = 500;
+
+std::string Shown(std::string_view text) {
+  if (text.size() <= kLongestShown) return std::string(text);
+  std::size_t end = kLongestShown;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
-  return text.substr(0, end);
+  return std::string(text.substr(0, end)) + "…";
 }
 
 std::string Text(int number, std::string_view first, std::string_view second, int position) {
   std::string text;
   for (const Message& message : kMessages) {
     if (message.number == number) {
-      text = fmt::format(fmt::runtime(message.text), Clipped(first), Clipped(second));
+      text = fmt::format(fmt::runtime(message.text), Shown(first), Shown(second));
       break;
     }
   }
