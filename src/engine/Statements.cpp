@@ -186,7 +186,8 @@ void Database::Impl::BindLiterals(Prepared& prepared) {
     Value value =
         param.literal >= 0 ? lexed.literals[static_cast<std::size_t>(param.literal)].ToValue() : param.fixed;
     if (param.negate) value = Value(-value.ToDouble());
-    bound.push_back(target == nullptr ? std::move(value) : ConvertForField(value, *target, decimal));
+    if (target != nullptr) value = ConvertForField(value, *target, decimal);
+    bound.push_back(std::move(value));
     Bind(statement, i + 1, bound.back());
   }
 }

@@ -13,8 +13,8 @@ struct Operator {
 // By strength, the weakest first; two levels have rules of their own.
 constexpr int kNotLevel = 5;
 constexpr int kComparisonLevel = 6;
-constexpr int kPowerLevel = 12;
-constexpr std::array<std::array<Operator, 2>, kPowerLevel> kLevels = {{
+constexpr int kSignLevel = 12;
+constexpr std::array<std::array<Operator, 2>, kSignLevel> kLevels = {{
     {{{Op::Imp, true}, {}}},
     {{{Op::Eqv, true}, {}}},
     {{{Op::Xor, true}, {}}},
@@ -89,7 +89,7 @@ Op ExpressionParser::OperatorOf(int level) const {
 ExprPtr ExpressionParser::ParseLevel(int level) {
   if (level == kNotLevel) return ParseNot();
   if (level == kComparisonLevel) return ParseComparison();
-  if (level == kPowerLevel) return ParseSign();
+  if (level == kSignLevel) return ParseSign();
   ExprPtr left = ParseLevel(level + 1);
   for (int length = 0;; ++length) {
     const Op op = OperatorOf(level);
@@ -193,22 +193,10 @@ void ExpressionParser::ParseIn(Expr& e) {
   NeedSymbol(")");
 }
 
-ExprPtr ExpressionParser::ParsePower() {
-  ExprPtr left = ParsePrimary();
-  for (int length = 0; AtSymbol("^"); ++length) {
-    if (length >= kMaxTerms) TooMuch("an expression is too long");
-    const int position = Here().position;
-    Skip(1);
-    const bool isSigned = AtSymbol("-") || AtSymbol("+");
-    left = MakeBinary(Op::Power, std::move(left), isSigned ? ParseSign() : ParsePrimary(), position);
-  }
-  return left;
-}
-
 // A minus before a number belongs to the number: -10^2 is 100, and -(10)^2 is -100.
 bool ExpressionParser::AtNegativeNumber() const {
-  return AtSymbol("-") && Ahead(1).kind == TokenKind::Literal && LiteralOf(Ahead(1)).ToValue().IsNumber() &&
-         LiteralOf(Ahead(1)).kind != Literal::Kind::Date;
+  return AtSymbol("-") && Ahead(1).kind == TokenKind::Literal &&
+         LiteralOf(Ahead(1)).kind != Literal::Kind::Text && LiteralOf(Ahead(1)).kind != Literal::Kind::Date;
 }
 
 ExprPtr ExpressionParser::ParseSign() {
@@ -221,6 +209,18 @@ ExprPtr ExpressionParser::ParseSign() {
   Skip(1);
   e->args.push_back(ParseSign());
   return e;
+}
+
+ExprPtr ExpressionParser::ParsePower() {
+  ExprPtr left = ParsePrimary();
+  for (int length = 0; AtSymbol("^"); ++length) {
+    if (length >= kMaxTerms) TooMuch("an expression is too long");
+    const int position = Here().position;
+    Skip(1);
+    const bool signedExponent = AtSymbol("-") || AtSymbol("+");
+    left = MakeBinary(Op::Power, std::move(left), signedExponent ? ParseSign() : ParsePrimary(), position);
+  }
+  return left;
 }
 
 ExprPtr ExpressionParser::ParsePrimary() {

@@ -25,9 +25,9 @@ class ExpressionParser : public TokenReader {
   ExprPtr ParseQuantified(Op op, ExprPtr left, int position);
   ExprPtr ParsePredicate(ExprPtr left);
   void ParseIn(Expr& e);
-  ExprPtr ParsePower();
   bool AtNegativeNumber() const;
   ExprPtr ParseSign();
+  ExprPtr ParsePower();
   ExprPtr ParsePrimary();
   ExprPtr ParseCall();
 };

@@ -54,8 +54,8 @@ struct Scope {
   bool checksGroups = false;             // a field must be grouped where the translation stands
   bool inAggregate = false;
   bool allowsAggregates = false;  // in the columns, the HAVING and the ORDER BY
-  std::set<std::size_t> used;   // sources whose fields were taken
-  std::set<std::size_t> shown;  // those that the columns of the result were taken from
+  std::set<std::size_t> used;     // sources whose fields were taken
+  std::set<std::size_t> shown;    // those that the columns of the result were taken from
 
   // True when a field must be grouped here or in a query around.
   bool ChecksGroups() const { return checksGroups || (parent != nullptr && parent->ChecksGroups()); }
