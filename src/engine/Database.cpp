@@ -102,6 +102,39 @@ Recordset Database::OpenRecordset(std::string_view sql, RecordsetType type, cons
   return Recordset(std::move(state));
 }
 
+void Database::EachRow(std::string_view sql, const std::function<void(const RowView&)>& columns,
+                       const std::function<void(const RowView&)>& row, const QueryLimits& limits) {
+  impl_->NeedTransaction();
+  impl_->RefreshSchema();
+  // A statement of its own: the cached one of this shape may be asked for by whoever is shown a row.
+  sql::Lexed lexed;
+  sql::Lex(sql, lexed);
+  const sql::Statement parsed = sql::Parse(lexed);
+  Prepared prepared;
+  prepared.plan = sql::Translate(parsed, *impl_, false);
+  prepared.statement = impl_->Prepare(prepared.plan.sql);
+  prepared.parameters = sqlite3_bind_parameter_count(prepared.statement.get());
+  sqlite3_stmt* statement = prepared.statement.get();
+  if (prepared.plan.kind != sql::Statement::Kind::Query || sqlite3_stmt_readonly(statement) == 0)
+    throw EngineError(kInvalidOperation);
+  std::swap(impl_->lexed, lexed);
+  std::vector<Value> bound;  // the parameters point into it
+  impl_->BindLiterals(prepared);
+  std::swap(impl_->bound, bound);
+  std::swap(impl_->lexed, lexed);
+  Limited limited(*impl_, limits);
+  RowView view;
+  for (const sql::PlanColumn& column : prepared.plan.columns) view.names_.push_back(column.name);
+  view.values_.resize(view.names_.size());
+  columns(view);
+  const ResetGuard reset(statement);
+  while (impl_->Step(prepared)) {
+    for (std::size_t i = 0; i < view.values_.size(); ++i)
+      view.values_[i] = ReadColumn(statement, static_cast<int>(i), prepared.plan.columns[i].type);
+    row(view);
+  }
+}
+
 bool Database::IsSelect(std::string_view sql) {
   return sql::ParseText(sql).kind == sql::Statement::Kind::Query;
 }

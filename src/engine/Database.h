@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,6 +21,7 @@
 #include "engine/EngineError.h"
 #include "engine/QueryLimits.h"
 #include "engine/Recordset.h"
+#include "engine/RowView.h"
 #include "engine/Schema.h"
 #include "engine/Value.h"
 
@@ -44,6 +46,10 @@ class Database {
   // Runs a SELECT.
   Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot,
                           const QueryLimits& limits = {});
+  // Runs a SELECT and shows its rows one after another, keeping none; `columns` is called once before them, whether
+  // there are any or not. Within `row` the database may be read, and not changed.
+  void EachRow(std::string_view sql, const std::function<void(const RowView&)>& columns,
+               const std::function<void(const RowView&)>& row, const QueryLimits& limits = {});
   // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at
   // all.
   static bool IsSelect(std::string_view sql);

@@ -163,4 +163,10 @@ void Recordset::Update() {
   state_->edits.clear();
 }
 
+std::size_t RowView::FieldIndex(std::string_view name) const {
+  for (std::size_t i = 0; i < names_.size(); ++i)
+    if (SameName(names_[i], name)) return i;
+  throw EngineError(kItemNotFound, name);
+}
+
 }  // namespace scorvane::engine

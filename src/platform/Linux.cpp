@@ -50,7 +50,7 @@ class Handle {
   int handle_;
 };
 
-bool Flush(const fs::path& path, int flags) {
+bool FlushPath(const fs::path& path, int flags) {
   const Handle handle(path, flags);
   return handle.IsOpen() && ::fsync(handle.Get()) == 0;
 }
@@ -175,43 +175,55 @@ std::string TemporaryBeside(const std::string& path) {
   }
 }
 
+namespace {
+
+// True for the name of a temporary file of a process that is gone, of a file whose name begins with `start`.
+bool IsLeft(const std::string& name, const std::string& start) {
+  const auto mark = name.rfind(kTemporaryMark);
+  if (mark == std::string::npos || (!start.empty() && name.substr(0, mark) != start)) return false;
+  const std::string rest = name.substr(mark + kTemporaryMark.size());
+  const std::size_t digits = rest.find_first_not_of("0123456789-");
+  if (digits == std::string::npos || digits == 0 || !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
+    return false;
+  const long process = std::strtol(rest.c_str(), nullptr, 10);
+  return process <= 0 || (process != ::getpid() && ::kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM);
+}
+
+void RemoveLeft(const fs::path& folder, const std::string& start) {
+  std::vector<fs::path> left;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+    if (IsLeft(entry->path().filename().string(), start)) left.push_back(entry->path());
+  for (const fs::path& temporary : left) fs::remove(temporary, error);
+}
+
+}  // namespace
+
 void RemoveTemporariesBeside(const std::string& path) {
   const fs::path target(path);
-  const std::string start = target.filename().string() + std::string(kTemporaryMark);
-  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  std::vector<fs::path> ours;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if (!name.starts_with(start)) continue;
-    const std::string rest = name.substr(start.size());
-    const std::size_t digits = rest.find_first_not_of("0123456789-");
-    if (digits == std::string::npos || digits == 0 || !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
-      continue;
-    // One that is being made belongs to a process that lives.
-    const long process = std::strtol(rest.c_str(), nullptr, 10);
-    if (process > 0 && (process == ::getpid() || ::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM))
-      continue;
-    ours.push_back(entry->path());
-  }
-  for (const fs::path& temporary : ours) fs::remove(temporary, error);
+  RemoveLeft(target.has_parent_path() ? target.parent_path() : fs::path("."), target.filename().string());
+}
+
+void RemoveTemporariesIn(const std::string& folder) {
+  RemoveLeft(folder, {});
 }
 
 bool FlushFile(const std::string& path) {
-  return Flush(path, O_RDONLY);
+  return FlushPath(path, O_RDONLY);
 }
 
-void ReplaceFile(const std::string& from, const std::string& to) {
+void ReplaceFile(const std::string& from, const std::string& to, Flush flush) {
   const fs::path target = FollowLinks(to);
   struct stat status{};
   if (::stat(target.c_str(), &status) == 0) {
     if (::chmod(from.c_str(), status.st_mode & 07777U) != 0) ThrowLast(from);
   }
-  if (!FlushFile(from)) ThrowLast(from);
+  if (flush == Flush::Yes && !FlushFile(from)) ThrowLast(from);
   if (::rename(from.c_str(), target.c_str()) != 0) ThrowLast(target.string());
+  if (flush == Flush::No) return;
   // The rename stands; a folder that cannot be flushed only risks that a power cut brings the old file back.
   const fs::path folder = target.parent_path();
-  Flush(folder.empty() ? fs::path(".") : folder, O_RDONLY | O_DIRECTORY);
+  FlushPath(folder.empty() ? fs::path(".") : folder, O_RDONLY | O_DIRECTORY);
 }
 
 bool IsWritable(const std::string& path) {

@@ -37,13 +37,18 @@ std::string TemporaryBeside(const std::string& path);
 // Removes what programs that were stopped left under such names beside `path`, with their journals. What a
 // running program has made stays.
 void RemoveTemporariesBeside(const std::string& path);
+// The same for whatever they were made for in a folder.
+void RemoveTemporariesIn(const std::string& folder);
 
 // Waits until the file's content is on the disk; false when that fails.
 bool FlushFile(const std::string& path);
 
-// Puts `from` in the place of `to` in one step and flushes the folder; the permissions of `to` are kept.
+enum class Flush { Yes, No };
+
+// Puts `from` in the place of `to` in one step, and unless told not to waits until it is on the disk; the
+// permissions of `to` are kept.
 // Where `to` is a link, what it points at is replaced. Throws std::system_error; `to` is then as it was.
-void ReplaceFile(const std::string& from, const std::string& to);
+void ReplaceFile(const std::string& from, const std::string& to, Flush flush = Flush::Yes);
 
 // True when the process may write to the file or folder.
 bool IsWritable(const std::string& path);

@@ -2,12 +2,15 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "common/Encoding.h"
 #include "common/Formats.h"
@@ -24,7 +27,6 @@ enum ExportKind : std::int32_t { kReport = 0, kRaceResults = 1 };
 constexpr int kLeft = 0;
 constexpr int kHiddenColumn = 999;  // an alignment
 
-constexpr std::size_t kTableColors = 10;
 enum TableColor : std::size_t {
   kHeadingText,
   kHeadingBackground,
@@ -36,9 +38,7 @@ enum TableColor : std::size_t {
   kBorderDark,
   kTableBackground,
 };
-constexpr std::size_t kTableSwitches = 5;
 enum TableSwitch : std::size_t { kColorHeading, kColorRows, kAlternateRows, kColorBorder, kColorTable };
-constexpr std::size_t kWidths = 3;
 
 std::string ReplaceAll(std::string text, std::string_view from, std::string_view to) {
   for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
@@ -88,76 +88,149 @@ bool IsNoText(const std::string& path) {
          std::string_view::npos;
 }
 
+// A page on its way to its place: written beside the file that is there, which it replaces in one step. What is no
+// file, as a printer's port or a pipe, takes the page as it comes.
+class PageFile {
+ public:
+  explicit PageFile(std::string path) : path_(std::move(path)) {
+    std::error_code error;
+    if (IsNoText(path_)) return;
+    const auto status = std::filesystem::status(common::SystemPath(path_), error);
+    inPlace_ = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+    target_ = inPlace_ ? path_ : platform::TemporaryBeside(path_);
+    stream_.open(common::SystemPath(target_), std::ios::binary | std::ios::trunc);
+  }
+  PageFile(const PageFile&) = delete;
+  PageFile& operator=(const PageFile&) = delete;
+  ~PageFile() {
+    if (target_.empty() || inPlace_ || done_) return;
+    stream_.close();
+    std::error_code error;
+    std::filesystem::remove(common::SystemPath(target_), error);
+  }
+
+  bool Write(std::string_view bytes) {
+    stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return stream_.good();
+  }
+  bool Finish() {
+    stream_.close();
+    if (!stream_.good()) return false;
+    if (inPlace_) return done_ = true;
+    try {
+      // A page can be written again: nobody waits for the disk.
+      platform::ReplaceFile(target_, path_, platform::Flush::No);
+      return done_ = true;
+    } catch (const std::system_error&) {
+      return false;
+    }
+  }
+
+ private:
+  const std::string path_;
+  std::string target_;
+  std::ofstream stream_;
+  bool inPlace_ = false;
+  bool done_ = false;
+};
+
 }  // namespace
 
 bool WritePageFile(const std::string& path, std::string_view bytes) {
-  if (IsNoText(path)) return false;
-  std::error_code error;
-  const auto status = std::filesystem::status(common::SystemPath(path), error);
-  // What is no file, as a printer's port or a pipe, takes the page as it comes.
-  const bool inPlace = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
-  const std::string target = inPlace ? path : platform::TemporaryBeside(path);
-  try {
-    std::ofstream file(common::SystemPath(target), std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (inPlace) return file.good();
-    if (file.good()) {
-      platform::RemoveTemporariesBeside(path);
-      platform::ReplaceFile(target, path);
-      return true;
-    }
-  } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): as below
-  }
-  std::filesystem::remove(common::SystemPath(target), error);
-  return false;
+  PageFile file(path);
+  return file.Write(bytes) && file.Finish();
 }
 
+// Takes a page row by row. Nothing is touched before the first row.
+class CExport::Writer {
+ public:
+  Writer(const CExport& page, std::string path) : page_(page), path_(std::move(path)) {}
+
+  void Columns(std::vector<Column> columns) { columns_ = std::move(columns); }
+  bool HasRows() const { return rows_ > 0; }
+  void Row(const std::vector<std::string>& cells) {
+    if (rows_ == 0) {
+      file_.emplace(path_);
+      text_ = page_.Head(columns_);
+    }
+    page_.AppendRow(text_, columns_, rows_++, cells);
+    if (text_.size() >= kBlock) Flush();
+  }
+  // False when there was no row, or it cannot be written.
+  bool Finish() {
+    if (rows_ == 0) return false;
+    text_ += page_.Tail();
+    Flush();
+    return good_ && file_->Finish();
+  }
+
+ private:
+  static constexpr std::size_t kBlock = 1 << 16;
+
+  void Flush() {
+    good_ = good_ && file_->Write(common::ToWindows1252(text_));
+    text_.clear();
+  }
+
+  const CExport& page_;
+  const std::string path_;
+  std::vector<Column> columns_;
+  std::optional<PageFile> file_;
+  std::string text_;
+  std::size_t rows_ = 0;
+  bool good_ = true;
+};
+
 bool CExport::HTML(const std::string& path) {
+  hadRows_ = true;  // until it is known
   try {
-    if (tableColors_.size() < kTableColors || useTableColors_.size() < kTableSwitches ||
-        layout_.size() < kWidths)
-      return false;
-    if (!BuildTable() || columns_.empty() || cells_.empty()) return false;
-    return WritePageFile(path, common::ToWindows1252(Page()));
+    if (std::find(complete_.begin(), complete_.end(), false) != complete_.end()) return false;
+    Writer writer(*this, path);
+    const bool table = WriteTable(writer);
+    hadRows_ = writer.HasRows();
+    return table && writer.Finish();
   } catch (const std::exception&) {
     return false;
   }
 }
 
-bool CExport::BuildTable() {
-  columns_.clear();
-  cells_.clear();
+bool CExport::WriteTable(Writer& writer) {
   extraBlock_.clear();
   if (database_ == nullptr) return false;
   switch (exportType_) {
     case kReport:
-      return BuildReportTable();
+      return WriteReport(writer);
     case kRaceResults:
-      return BuildRaceTable();
+      return WriteRace(writer);
     default:
       return false;
   }
 }
 
-bool CExport::BuildReportTable() {
+bool CExport::WriteReport(Writer& writer) {
   if (templateDb_ == nullptr) return false;
-  std::optional<ReportTable> report = RunReport(*database_, *templateDb_, reportId_);
-  if (!report) return false;
-  columns_.push_back({"Pos", kCentred});
-  for (ReportColumn& column : report->columns) {
-    columns_.push_back({column.name, column.hidden ? kHiddenColumn : column.alignment});
-    if (column.field == "Interval") column.format = IntervalFormat(column.format);
-  }
-  for (const std::vector<engine::Value>& values : report->rows) {
-    std::vector<std::string>& row = cells_.emplace_back();
-    for (std::size_t i = 0; i < values.size(); ++i)
-      row.push_back(CellText(report->columns[i], values[i], state_.decimalSeparator));
-  }
-  return true;
+  std::vector<ReportColumn> shown;
+  std::vector<std::string> cells;
+  return StreamReport(
+      *database_, *templateDb_, reportId_,
+      [&](const std::vector<ReportColumn>& columns) {
+        shown = columns;
+        std::vector<Column> headed = {{"Pos", kCentred}};
+        for (ReportColumn& column : shown) {
+          headed.push_back({column.name, column.hidden ? kHiddenColumn : column.alignment});
+          if (column.field == "Interval") column.format = IntervalFormat(column.format);
+        }
+        writer.Columns(std::move(headed));
+        cells.resize(shown.size());
+      },
+      [&](const std::vector<engine::Value>& values) {
+        for (std::size_t i = 0; i < values.size(); ++i)
+          cells[i] = CellText(shown[i], values[i], state_.decimalSeparator);
+        writer.Row(cells);
+      });
 }
 
-bool CExport::BuildRaceTable() {
+bool CExport::WriteRace(Writer& writer) {
   const bool fromPages =
       state_.simType >= common::kNascarRacing4 && state_.simType <= common::kNascarRacing2003;
   const bool withSpeed = !fromPages && state_.leagueType != common::kOnline;
@@ -168,19 +241,20 @@ bool CExport::BuildRaceTable() {
   const float length = race["Length"].IsNull() ? 0 : race["Length"].ToSingle();
   extraBlock_ = RaceStatistics(race);
 
-  columns_ = {{"Finish", kCentred}, {"Start", kCentred},  {"Driver", kLeft},  {"Laps", kCentred},
+  std::vector<Column> columns = {{"Finish", kCentred}, {"Start", kCentred},  {"Driver", kLeft},  {"Laps", kCentred},
               {"Led", kCentred},    {"Points", kCentred}, {"Bonus", kCentred}};
   std::vector<std::string> formats = {"##", "", "####;;--",
                                       "",   "", ""};  // of the columns behind the position
   if (withSpeed) {
-    columns_.push_back({"Avg Speed", kCentred});
+    columns.push_back({"Avg Speed", kCentred});
     formats.emplace_back("##0.000");
   }
   const std::size_t qualifying = formats.size();
-  columns_.push_back({"Qualify", kCentred});
+  columns.push_back({"Qualify", kCentred});
   formats.emplace_back(bySpeed ? "##0.000 mph;;--" : "##0.000;;--");
-  columns_.push_back({"Reason Out", kLeft});
+  columns.push_back({"Reason Out", kLeft});
   formats.emplace_back();
+  writer.Columns(std::move(columns));
 
   auto results = database_->OpenRecordset(fmt::format(
       "SELECT Stats.Start, Driver.Name, Stats.LapsRun, Stats.LapsLed, Stats.Points, Stats.Bonus, "
@@ -188,7 +262,7 @@ bool CExport::BuildRaceTable() {
       "WHERE RaceID={} ORDER BY Finish",
       withSpeed ? "Stats.AvgSpeed, " : "", reportId_));
   for (; !results.AtEnd(); results.MoveNext()) {
-    std::vector<std::string>& row = cells_.emplace_back();
+    std::vector<std::string> row;
     for (std::size_t i = 0; i < formats.size(); ++i) {
       const engine::Value& value = results.At(i);
       if (i == qualifying && value.IsNull()) {
@@ -199,6 +273,7 @@ bool CExport::BuildRaceTable() {
         row.push_back(engine::FormatValue(value, formats[i], decimal));
       }
     }
+    writer.Row(row);
   }
   return true;
 }
@@ -207,8 +282,8 @@ std::string CExport::RaceStatistics(const engine::Recordset& race) const {
   constexpr std::pair<const char*, const char*> kStatistics[] = {
       {"RaceTime", "Race time"},     {"AvgSpeed", "Average speed"},   {"VictoryMargin", "Margin of victory"},
       {"Cautions", "Caution flags"}, {"LeadChanges", "Lead changes"}, {"Weather", "Weather"}};
-  const std::string open = fontSize_ >= 1 ? fmt::format("<font size=\"{}\">", fontSize_) : "";
-  const std::string_view close = fontSize_ >= 1 ? "</font>" : "";
+  const std::string open = look_.fontSize >= 1 ? fmt::format("<font size=\"{}\">", look_.fontSize) : "";
+  const std::string_view close = look_.fontSize >= 1 ? "</font>" : "";
   std::string block = "<TABLE align=\"center\">\r\n";
   for (const auto& [field, label] : kStatistics) {
     const engine::Value& value = race[field];
@@ -221,10 +296,10 @@ std::string CExport::RaceStatistics(const engine::Recordset& race) const {
 }
 
 std::string CExport::SizeAttribute() const {
-  return fontSize_ >= 1 ? fmt::format(" size=\"{}\"", fontSize_) : "";
+  return look_.fontSize >= 1 ? fmt::format(" size=\"{}\"", look_.fontSize) : "";
 }
 
-std::string CExport::Page() const {
+std::string CExport::Head(const std::vector<Column>& columns) const {
   using common::ColorToHTML;
   const std::string size = SizeAttribute();
   std::string page;
@@ -234,39 +309,39 @@ std::string CExport::Page() const {
   AppendLine(page, "<TITLE>{}</TITLE>", ReplaceAll(title_, "\r\n", " - "));
   AppendLine(page, "</HEAD>");
   page += "<BODY";
-  if (useBGImage_) Append(page, " background=\"{}\"", bgImage_);
-  AppendLine(page, R"( bgcolor="#{}" text="#{}" link="#{}" vlink="#{}" alink="#{}">)", ColorToHTML(bgColor_),
-             ColorToHTML(textColor_), ColorToHTML(linkColor_), ColorToHTML(vLinkColor_),
-             ColorToHTML(aLinkColor_));
-  AppendLine(page, R"(<FONT face="{}"{}>)", font_, size);
+  if (look_.useBGImage) Append(page, " background=\"{}\"", look_.bgImage);
+  AppendLine(page, R"( bgcolor="#{}" text="#{}" link="#{}" vlink="#{}" alink="#{}">)", ColorToHTML(look_.colors[0]),
+             ColorToHTML(look_.colors[1]), ColorToHTML(look_.colors[2]), ColorToHTML(look_.colors[3]),
+             ColorToHTML(look_.colors[4]));
+  AppendLine(page, R"(<FONT face="{}"{}>)", look_.font, size);
 
   AppendLine(page, "<HR>");
-  AppendLine(page, R"(<H1 align="center" style="color : #{}">{} </H1>)", ColorToHTML(titleColor_),
+  AppendLine(page, R"(<H1 align="center" style="color : #{}">{} </H1>)", ColorToHTML(look_.colors[5]),
              WithBreaks(title_));
   AppendLine(page, "<HR>");
-  AppendLine(page, R"(<H2 align="center" style="color : #{}">{}</H2>)", ColorToHTML(reportNameColor_),
+  AppendLine(page, R"(<H2 align="center" style="color : #{}">{}</H2>)", ColorToHTML(look_.colors[6]),
              WithBreaks(reportName_));
-  AppendLine(page, R"(<H3 align="center" style="color : #{}">{}</H3>)", ColorToHTML(captionColor_),
+  AppendLine(page, R"(<H3 align="center" style="color : #{}">{}</H3>)", ColorToHTML(look_.colors[7]),
              WithBreaks(title2_));
 
-  Append(page, R"(<TABLE align="center" border={} cellpadding={} cellspacing={})", layout_[0], layout_[1],
-         layout_[2]);
-  if (useTableColors_[kColorBorder]) {
-    Append(page, R"( bordercolordark="#{}" bordercolorlight="#{}")", ColorToHTML(tableColors_[kBorderDark]),
-           ColorToHTML(tableColors_[kBorderLight]));
+  Append(page, R"(<TABLE align="center" border={} cellpadding={} cellspacing={})", look_.layout[0], look_.layout[1],
+         look_.layout[2]);
+  if (look_.switches[kColorBorder]) {
+    Append(page, R"( bordercolordark="#{}" bordercolorlight="#{}")", ColorToHTML(look_.colors[kPageColors + kBorderDark]),
+           ColorToHTML(look_.colors[kPageColors + kBorderLight]));
   }
-  if (useTableColors_[kColorTable])
-    Append(page, " bgcolor=\"#{}\"", ColorToHTML(tableColors_[kTableBackground]));
+  if (look_.switches[kColorTable])
+    Append(page, " bgcolor=\"#{}\"", ColorToHTML(look_.colors[kPageColors + kTableBackground]));
   AppendLine(page, ">");
 
   AppendLine(page, "<TR>");
-  for (const Column& column : columns_) {
+  for (const Column& column : columns) {
     if (column.alignment == kHiddenColumn) continue;
     const std::string_view alignment = AlignmentName(column.alignment);
     Append(page, "\t<TH align=\"{}\"", alignment);
-    if (useTableColors_[kColorHeading]) {
-      Append(page, R"( BGCOLOR="#{}"><FONT color="#{}"{}>)", ColorToHTML(tableColors_[kHeadingBackground]),
-             ColorToHTML(tableColors_[kHeadingText]), size);
+    if (look_.switches[kColorHeading]) {
+      Append(page, R"( BGCOLOR="#{}"><FONT color="#{}"{}>)", ColorToHTML(look_.colors[kPageColors + kHeadingBackground]),
+             ColorToHTML(look_.colors[kPageColors + kHeadingText]), size);
     } else {
       Append(page, "><FONT {}>", size);
     }
@@ -274,7 +349,11 @@ std::string CExport::Page() const {
     AppendLine(page, "{}</FONT></TH>", ReplaceAll(column.heading, "<*ALIGN*>", alignment));
   }
   AppendLine(page, "</TR>");
-  for (std::size_t row = 0; row < cells_.size(); ++row) AppendRow(page, row);
+  return page;
+}
+
+std::string CExport::Tail() const {
+  std::string page;
   AppendLine(page, "</TABLE>");
 
   if (exportType_ == kRaceResults && !extraBlock_.empty()) {
@@ -290,16 +369,17 @@ std::string CExport::Page() const {
   return page;
 }
 
-void CExport::AppendRow(std::string& page, std::size_t row) const {
+void CExport::AppendRow(std::string& page, const std::vector<Column>& columns, std::size_t row,
+                        const std::vector<std::string>& cells) const {
   const std::string size = SizeAttribute();
   std::string cell;  // what stands before the alignment of a cell
   std::string font;  // and between it and the content
-  if (useTableColors_[kColorRows]) {
-    const bool alternating = useTableColors_[kAlternateRows];
+  if (look_.switches[kColorRows]) {
+    const bool alternating = look_.switches[kAlternateRows];
     const bool even = alternating && row % 2 == 1;
-    const std::string text = common::ColorToHTML(tableColors_[even ? kEvenRowText : kRowText]);
+    const std::string text = common::ColorToHTML(look_.colors[kPageColors + (even ? kEvenRowText : kRowText)]);
     const std::string background =
-        common::ColorToHTML(tableColors_[even ? kEvenRowBackground : kRowBackground]);
+        common::ColorToHTML(look_.colors[kPageColors + (even ? kEvenRowBackground : kRowBackground)]);
     AppendLine(page, R"(<TR style = "color : #{}">)", text);
     AppendLine(page,
                "\t"
@@ -319,10 +399,10 @@ void CExport::AppendRow(std::string& page, std::size_t row) const {
     cell = "\t<TD align=\"";
     font = fmt::format("\"><FONT {}>", size);
   }
-  for (std::size_t i = 0; i < cells_[row].size(); ++i) {
-    const int alignment = columns_[i + 1].alignment;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const int alignment = columns[i + 1].alignment;
     if (alignment == kHiddenColumn) continue;
-    AppendLine(page, "{}{}{}{}</FONT></TD>", cell, AlignmentName(alignment), font, cells_[row][i]);
+    AppendLine(page, "{}{}{}{}</FONT></TD>", cell, AlignmentName(alignment), font, cells[i]);
   }
   AppendLine(page, "</TR>");
 }

@@ -2,6 +2,8 @@
 // its work.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -12,6 +14,34 @@
 #include "engine/Database.h"
 
 namespace scorvane::reports {
+
+constexpr std::int32_t Rgb(int red, int green, int blue) {
+  return red + 256 * green + 65536 * blue;
+}
+
+// The look of a league that has saved none. The colours are those of the settings from kFirstPageColor on:
+// eight of the page (background, text, links, visited links, active link, heading, report name, caption),
+// then ten of the table.
+inline constexpr std::array<std::int32_t, 18> kDefaultPageColors = {
+    Rgb(255, 255, 255), Rgb(0, 0, 0),     Rgb(0, 0, 255),    Rgb(255, 0, 0),     Rgb(128, 128, 255),
+    Rgb(0, 0, 0),       Rgb(0, 0, 0),     Rgb(0, 255, 0),    Rgb(255, 255, 255), Rgb(0, 0, 255),
+    Rgb(0, 0, 0),       Rgb(0, 255, 255), Rgb(255, 255, 0),  Rgb(255, 0, 255),   Rgb(224, 224, 224),
+    Rgb(128, 128, 128), Rgb(64, 64, 64),  Rgb(128, 128, 128)};
+inline constexpr std::array<std::int16_t, 3> kDefaultLayout = {1, 3,
+                                                               0};  // border, cell padding, cell spacing
+inline constexpr const char* kDefaultPageFont = "Times New Roman";
+
+struct PageLook {
+  bool useBGImage = false;
+  std::string bgImage;
+  std::array<std::int32_t, 18> colors = kDefaultPageColors;
+  std::array<bool, 5> switches{};  // heading row, data rows, every second data row, border, background
+  std::array<std::int16_t, 3> layout = kDefaultLayout;
+  std::string font = kDefaultPageFont;
+  std::int16_t fontSize = 0;
+
+  bool operator==(const PageLook& other) const = default;
+};
 
 // Writes a page's bytes in the place of a file that is there, in one step; never over a file that is no text, as
 // a league. False when that fails: the old file is then as it was.
@@ -26,6 +56,8 @@ class CExport {
   // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails; what was
   // there is then as it was.
   bool HTML(const std::string& path);
+  // After HTML: whether there was anything to show.
+  bool HadRows() const { return hadRows_; }
 
   void Database(engine::Database* league) { database_ = league; }
   engine::Database* Database() const { return database_; }
@@ -47,40 +79,52 @@ class CExport {
   void ReportID(std::int32_t id) { reportId_ = id; }
   std::int32_t ReportID() const { return reportId_; }
 
-  void UseBGImage(bool use) { useBGImage_ = use; }
-  bool UseBGImage() const { return useBGImage_; }
-  void BGImage(std::string address) { bgImage_ = std::move(address); }
-  const std::string& BGImage() const { return bgImage_; }
+  // All of the look at once, or each property of it.
+  void Look(const PageLook& look) {
+    look_ = look;
+    complete_ = {true, true, true};
+  }
+
+  void UseBGImage(bool use) { look_.useBGImage = use; }
+  bool UseBGImage() const { return look_.useBGImage; }
+  void BGImage(std::string address) { look_.bgImage = std::move(address); }
+  const std::string& BGImage() const { return look_.bgImage; }
 
   // Colours have red in the low byte; what is no colour is written as white.
-  void BGColor(std::int32_t color) { bgColor_ = color; }
-  std::int32_t BGColor() const { return bgColor_; }
-  void TextColor(std::int32_t color) { textColor_ = color; }
-  std::int32_t TextColor() const { return textColor_; }
-  void LinkColor(std::int32_t color) { linkColor_ = color; }
-  std::int32_t LinkColor() const { return linkColor_; }
-  void VLinkColor(std::int32_t color) { vLinkColor_ = color; }
-  std::int32_t VLinkColor() const { return vLinkColor_; }
-  void ALinkColor(std::int32_t color) { aLinkColor_ = color; }
-  std::int32_t ALinkColor() const { return aLinkColor_; }
-  void TitleColor(std::int32_t color) { titleColor_ = color; }
-  std::int32_t TitleColor() const { return titleColor_; }
-  void ReportNameColor(std::int32_t color) { reportNameColor_ = color; }
-  std::int32_t ReportNameColor() const { return reportNameColor_; }
-  void CaptionColor(std::int32_t color) { captionColor_ = color; }
-  std::int32_t CaptionColor() const { return captionColor_; }
+  void BGColor(std::int32_t color) { look_.colors[0] = color; }
+  std::int32_t BGColor() const { return look_.colors[0]; }
+  void TextColor(std::int32_t color) { look_.colors[1] = color; }
+  std::int32_t TextColor() const { return look_.colors[1]; }
+  void LinkColor(std::int32_t color) { look_.colors[2] = color; }
+  std::int32_t LinkColor() const { return look_.colors[2]; }
+  void VLinkColor(std::int32_t color) { look_.colors[3] = color; }
+  std::int32_t VLinkColor() const { return look_.colors[3]; }
+  void ALinkColor(std::int32_t color) { look_.colors[4] = color; }
+  std::int32_t ALinkColor() const { return look_.colors[4]; }
+  void TitleColor(std::int32_t color) { look_.colors[5] = color; }
+  std::int32_t TitleColor() const { return look_.colors[5]; }
+  void ReportNameColor(std::int32_t color) { look_.colors[6] = color; }
+  std::int32_t ReportNameColor() const { return look_.colors[6]; }
+  void CaptionColor(std::int32_t color) { look_.colors[7] = color; }
+  std::int32_t CaptionColor() const { return look_.colors[7]; }
 
   void ExportType(std::int32_t type) { exportType_ = type; }  // 0 a report, 1 the results of a race
   // Ten colours: text and background of the heading row, of data rows, of every second data row; light and
   // dark border; table background; one that is not used.
-  void TableColors(std::vector<std::int32_t> colors) { tableColors_ = std::move(colors); }
+  void TableColors(const std::vector<std::int32_t>& colors) {
+    complete_[0] = Take(colors, look_.colors.begin() + kPageColors, look_.colors.end());
+  }
   // Five switches: heading row, data rows, every second data row (only with the data rows' on), border,
   // background.
-  void UseTableColors(std::vector<bool> switches) { useTableColors_ = std::move(switches); }
+  void UseTableColors(const std::vector<bool>& switches) {
+    complete_[1] = Take(switches, look_.switches.begin(), look_.switches.end());
+  }
   // Three widths in pixels: border, cell padding, cell spacing.
-  void Layout(std::vector<std::int16_t> widths) { layout_ = std::move(widths); }
-  void HTMLPageFont(std::string face) { font_ = std::move(face); }
-  void HTMLPageFontSize(std::int16_t size) { fontSize_ = size; }  // 1 to 7; 0 leaves it to the browser
+  void Layout(const std::vector<std::int16_t>& widths) {
+    complete_[2] = Take(widths, look_.layout.begin(), look_.layout.end());
+  }
+  void HTMLPageFont(std::string face) { look_.font = std::move(face); }
+  void HTMLPageFontSize(std::int16_t size) { look_.fontSize = size; }  // 1 to 7; 0 leaves it to the browser
 
  private:
   struct Column {
@@ -88,12 +132,27 @@ class CExport {
     int alignment = 0;
   };
 
-  bool BuildTable();
-  bool BuildRaceTable();
-  bool BuildReportTable();
+  class Writer;
+
+  static constexpr std::size_t kPageColors = 8;  // those of the table follow
+
+  // False when there are too few.
+  template <typename Given, typename Place>
+  static bool Take(const Given& given, Place first, Place last) {
+    const auto count = static_cast<std::size_t>(last - first);
+    std::copy_n(given.begin(), std::min(count, given.size()), first);
+    return given.size() >= count;
+  }
+
+  // Each yields the page row by row; false when there is no table.
+  bool WriteTable(Writer& writer);
+  bool WriteReport(Writer& writer);
+  bool WriteRace(Writer& writer);
   std::string RaceStatistics(const engine::Recordset& race) const;
-  std::string Page() const;
-  void AppendRow(std::string& page, std::size_t row) const;
+  std::string Head(const std::vector<Column>& columns) const;
+  std::string Tail() const;
+  void AppendRow(std::string& page, const std::vector<Column>& columns, std::size_t row,
+                 const std::vector<std::string>& cells) const;
   std::string SizeAttribute() const;
 
   const common::ProcessState& state_;
@@ -104,27 +163,11 @@ class CExport {
   std::string reportName_;
   std::string footer_;
   std::int32_t reportId_ = 0;
-  bool useBGImage_ = false;
-  std::string bgImage_;
-  std::int32_t bgColor_ = 0;
-  std::int32_t textColor_ = 0;
-  std::int32_t linkColor_ = 0;
-  std::int32_t vLinkColor_ = 0;
-  std::int32_t aLinkColor_ = 0;
-  std::int32_t titleColor_ = 0;
-  std::int32_t reportNameColor_ = 0;
-  std::int32_t captionColor_ = 0;
   std::int32_t exportType_ = 0;
-  std::vector<std::int32_t> tableColors_;
-  std::vector<bool> useTableColors_;
-  std::vector<std::int16_t> layout_;
-  std::string font_;
-  std::int16_t fontSize_ = 0;
-
-  // The table, once it is built. Column 0 is the position, which has no cells of its own.
-  std::vector<Column> columns_;
-  std::vector<std::vector<std::string>> cells_;
-  std::string extraBlock_;
+  PageLook look_;
+  std::array<bool, 3> complete_{};  // table colours, their switches and the layout have been given
+  bool hadRows_ = false;
+  std::string extraBlock_;          // behind a race's table
 };
 
 }  // namespace scorvane::reports

@@ -38,9 +38,9 @@ void SavePageSettings(engine::Database& league, const PageTexts& texts, const Pa
   unit.Commit();
 }
 
-bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
-               const PageSubject& subject, const PageTexts& texts, const PageLook& look,
-               const std::string& footer, const std::string& path) {
+PageResult TryWritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
+                        const PageSubject& subject, const PageTexts& texts, const PageLook& look,
+                        const std::string& footer, const std::string& path) {
   CExport page(state);
   page.Database(&league);
   page.LGDatabase(&templateDb);
@@ -50,8 +50,15 @@ bool WritePage(engine::Database& league, engine::Database& templateDb, const com
   page.Title2(texts.caption);
   page.ReportName(texts.reportName);
   page.Footer(footer);
-  ApplyPageLook(look, page);
-  return page.HTML(path);
+  page.Look(look);
+  if (page.HTML(path)) return PageResult::Written;
+  return page.HadRows() ? PageResult::Failed : PageResult::NothingToShow;
+}
+
+bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
+               const PageSubject& subject, const PageTexts& texts, const PageLook& look,
+               const std::string& footer, const std::string& path) {
+  return TryWritePage(league, templateDb, state, subject, texts, look, footer, path) == PageResult::Written;
 }
 
 }  // namespace scorvane::reports

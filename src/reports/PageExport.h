@@ -33,6 +33,11 @@ PageTexts StoredPageTexts(engine::Database& league);
 // Stores texts and look in the league's settings: all of it or nothing. Throws EngineError.
 void SavePageSettings(engine::Database& league, const PageTexts& texts, const PageLook& look);
 
+enum class PageResult { Written, NothingToShow, Failed };
+// Writes a page with the footer, in one run of its report.
+PageResult TryWritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
+                        const PageSubject& subject, const PageTexts& texts, const PageLook& look,
+                        const std::string& footer, const std::string& path);
 // Writes a page with the footer; false when the table cannot be built or the file cannot be written.
 bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
                const PageSubject& subject, const PageTexts& texts, const PageLook& look,

@@ -15,8 +15,6 @@
 namespace scorvane::reports {
 namespace {
 
-constexpr std::size_t kPageColors = common::kFirstTableColor - common::kFirstPageColor;
-
 constexpr std::string_view kHomePage = "https://scorvane.example/";
 constexpr std::string_view kByline = "developed";
 constexpr std::string_view kMailLink = "mailto:developers@scorvane.example";
@@ -73,24 +71,6 @@ void SavePageLook(engine::Database& league, const PageLook& look) {
   for (std::size_t i = 0; i < look.layout.size(); ++i)
     save(common::kFirstLayout + static_cast<int>(i), std::to_string(look.layout[i]));
   unit.Commit();
-}
-
-void ApplyPageLook(const PageLook& look, CExport& page) {
-  page.UseBGImage(look.useBGImage);
-  page.BGImage(look.bgImage);
-  page.BGColor(look.colors[0]);
-  page.TextColor(look.colors[1]);
-  page.LinkColor(look.colors[2]);
-  page.VLinkColor(look.colors[3]);
-  page.ALinkColor(look.colors[4]);
-  page.TitleColor(look.colors[5]);
-  page.ReportNameColor(look.colors[6]);
-  page.CaptionColor(look.colors[7]);
-  page.TableColors({look.colors.begin() + kPageColors, look.colors.end()});
-  page.UseTableColors(std::vector<bool>(look.switches.begin(), look.switches.end()));
-  page.Layout({look.layout.begin(), look.layout.end()});
-  page.HTMLPageFont(look.font);
-  page.HTMLPageFontSize(look.fontSize);
 }
 
 std::string ProductVersion() {

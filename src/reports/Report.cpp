@@ -44,26 +44,36 @@ std::vector<ReportInfo> ListReports(engine::Database& templateDb) {
 
 std::optional<ReportTable> RunReport(engine::Database& league, engine::Database& templateDb,
                                      std::int32_t reportId) {
+  ReportTable table;
+  const bool shown = StreamReport(
+      league, templateDb, reportId, [&](const std::vector<ReportColumn>& columns) { table.columns = columns; },
+      [&](const std::vector<engine::Value>& row) { table.rows.push_back(row); });
+  if (!shown) return std::nullopt;
+  return table;
+}
+
+bool StreamReport(engine::Database& league, engine::Database& templateDb, std::int32_t reportId,
+                  const std::function<void(const std::vector<ReportColumn>&)>& start,
+                  const std::function<void(const std::vector<engine::Value>&)>& row) {
   const std::string query =
       templateDb.OpenRecordset(fmt::format("SELECT Query FROM Report WHERE ReportID={}", reportId))["Query"]
           .ToText();
-  const auto counted = templateDb.OpenRecordset(
-      fmt::format("SELECT COUNT(ReportFieldID) AS NumFields FROM ReportField WHERE ReportID={}", reportId));
-  if (counted["NumFields"].ToLong() == 0) return std::nullopt;
-
-  ReportTable table;
-  table.columns = ReadColumns(templateDb, reportId);
-  auto rows = league.OpenRecordset(query, engine::RecordsetType::Snapshot, engine::kFileTextLimits);
+  const std::vector<ReportColumn> columns = ReadColumns(templateDb, reportId);
+  if (columns.empty()) return false;
   std::vector<std::size_t> places;
-  places.reserve(table.columns.size());
-  for (const ReportColumn& column : table.columns) places.push_back(rows.FieldIndex(column.field));
-  table.rows.reserve(rows.RecordCount());
-  for (; !rows.AtEnd(); rows.MoveNext()) {
-    std::vector<engine::Value>& row = table.rows.emplace_back();
-    row.reserve(places.size());
-    for (const std::size_t place : places) row.push_back(rows.At(place));
-  }
-  return table;
+  std::vector<engine::Value> values(columns.size());
+  league.EachRow(
+      query,
+      [&](const engine::RowView& view) {
+        for (const ReportColumn& column : columns) places.push_back(view.FieldIndex(column.field));
+        start(columns);
+      },
+      [&](const engine::RowView& view) {
+        for (std::size_t i = 0; i < places.size(); ++i) values[i] = view.At(places[i]);
+        row(values);
+      },
+      engine::kStreamLimits);
+  return true;
 }
 
 std::string CellText(const ReportColumn& column, const engine::Value& value, char decimal) {

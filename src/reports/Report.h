@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,12 @@ std::vector<ReportInfo> ListReports(engine::Database& templateDb);
 // throws.
 std::optional<ReportTable> RunReport(engine::Database& league, engine::Database& templateDb,
                                      std::int32_t reportId);
+
+// The same row by row, for reports that are larger than one would keep: `start` takes the columns, `row` the values
+// of each row in their order. False when the report has no columns.
+bool StreamReport(engine::Database& league, engine::Database& templateDb, std::int32_t reportId,
+                  const std::function<void(const std::vector<ReportColumn>&)>& start,
+                  const std::function<void(const std::vector<engine::Value>&)>& row);
 
 // A value as its column shows it.
 std::string CellText(const ReportColumn& column, const engine::Value& value, char decimal);

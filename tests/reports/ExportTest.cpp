@@ -37,7 +37,7 @@ class ExportTest : public ReportsFixture {
     page.ReportName("Point Standings");
     page.Title2("Results after 2 events");
     page.Footer("<p>A footer</p>");
-    ApplyPageLook(ReadPageLook(*league_), page);
+    page.Look(ReadPageLook(*league_));
     return page;
   }
   CExport StandingsPage() { return ReportPage(AddReport(kStandings, kColumns)); }

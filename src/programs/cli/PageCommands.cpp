@@ -6,6 +6,7 @@
 
 #include "common/Paths.h"
 #include "engine/Names.h"
+#include "platform/Platform.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
 #include "programs/cli/ReportNames.h"
@@ -137,6 +138,7 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
   texts.heading = options.heading.value_or(texts.heading);
   texts.reportName = options.name.value_or(texts.reportName);
   texts.caption = options.caption.value_or(texts.caption);
+  platform::RemoveTemporariesBeside(options.output);
   if (!reports::WritePage(league, context.Template(), context.state, subject, texts,
                           reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
     throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written: {}.",
@@ -152,6 +154,7 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
   std::filesystem::create_directories(folder, error);
   if (!std::filesystem::is_directory(folder, error))
     throw CommandError(fmt::format("The folder '{}' cannot be made.", folder));
+  platform::RemoveTemporariesIn(folder);
   const reports::PageLook look = reports::ReadPageLook(league);
   const std::string footer = reports::StandingsFooter();
   reports::PageTexts texts = reports::StoredPageTexts(league);
@@ -159,20 +162,20 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
   auto write = [&](const reports::PageSubject& subject, const reports::PageTexts& pageTexts,
                    const std::string& file) {
     const std::string target = common::JoinPath(folder, file);
-    if (!reports::WritePage(league, context.Template(), context.state, subject, pageTexts, look, footer,
-                            target))
+    const reports::PageResult result = reports::TryWritePage(league, context.Template(), context.state, subject,
+                                                             pageTexts, look, footer, target);
+    if (result == reports::PageResult::Failed)
       throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written.", target));
+    return result == reports::PageResult::Written;
   };
 
   std::vector<Link> reportLinks;
   for (const reports::ReportInfo& info : reports::ListReports(context.Template())) {
-    // A report with nothing to show, as Rookie Standings in most leagues, has no page.
-    const auto report = reports::RunReport(league, context.Template(), info.id);
-    if (!report || report->rows.empty()) continue;
     texts.reportName = info.name;
     texts.caption = caption;
     const std::string file = FileNameFor(info.name) + ".htm";
-    write({reports::PageSubject::kReport, info.id}, texts, file);
+    // A report with nothing to show, as Rookie Standings in most leagues, has no page.
+    if (!write({reports::PageSubject::kReport, info.id}, texts, file)) continue;
     reportLinks.push_back({file, info.name, ""});
   }
   std::vector<Link> raceLinks;
@@ -180,13 +183,10 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
   const auto progress = context.ui.StartProgress("Writing pages", static_cast<int>(races.RecordCount()));
   for (int done = 0; !races.AtEnd(); races.MoveNext()) {
     const std::int32_t id = races.At(0).ToLong();
-    const auto results =
-        league.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}", id));
     progress->SetValue(++done);
-    if (results.At(0).ToLong() == 0) continue;
     const reports::PageTexts raceTexts = reports::RacePageTexts(league, id, common.decimal);
     const std::string file = fmt::format("event-{:02}-{}.htm", done, FileNameFor(raceTexts.reportName));
-    write({reports::PageSubject::kRace, id}, raceTexts, file);
+    if (!write({reports::PageSubject::kRace, id}, raceTexts, file)) continue;
     raceLinks.push_back({file, raceTexts.reportName, raceTexts.caption});
   }
   if (!reports::WritePageFile(common::JoinPath(folder, "index.htm"),
