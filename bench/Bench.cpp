@@ -36,7 +36,7 @@ bool Run(const Job& job, int turns) {
   }
   const double ratio = Median(ratios);
   const bool met = ratio <= job.goal;
-  fmt::print("{:<44} {:>9.1f} ms {:>9.1f} ms   ratio {:.2f} (goal {:.1f}) {}\n", job.name, Median(ours),
+  fmt::print("{:<44} {:>9.1f} ms {:>9.1f} ms   ratio {:.2f} (goal {:.2f}) {}\n", job.name, Median(ours),
              Median(loops), ratio, job.goal, met ? "met" : "MISSED");
   std::fflush(stdout);
   return met;

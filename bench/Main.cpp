@@ -12,6 +12,7 @@
 #include "app/LeagueSession.h"
 #include "common/UserInterface.h"
 #include "db/MDBBuild.h"
+#include "history/History.h"
 #include "import/StandingsFile.h"
 #include "platform/Platform.h"
 #include "reports/DroppedRaces.h"
@@ -119,7 +120,7 @@ int main(int argc, char** argv) {
   bool met = true;
   fmt::print("{} files of {} cars, medians of {} turns: ours, the loop, their ratio\n", count, kCars, turns);
   met &= bench::Run(
-      {"import", 1.5, copy(fresh), [&] { import(files, scoring::ImportStagedRaces); },
+      {"import", 1.25, copy(fresh), [&] { import(files, scoring::ImportStagedRaces); },
        [&] {
          bench::ImportLoop(league, templatePath, files);
          loopPoints = bench::Ask(league, "SELECT sum(Points * Finish + DriverID) FROM Stats");
@@ -158,7 +159,7 @@ int main(int argc, char** argv) {
                     turns);
 
   met &= bench::Run(
-      {"recalculating every race", 2.0, copy(full),
+      {"recalculating every race", 1.3, copy(full),
        [&] {
          opened(league, [&](engine::Database& db) {
            engine::UnitOfWork unit(db);
@@ -176,6 +177,57 @@ int main(int argc, char** argv) {
               "the recalculated results");
        }},
       turns);
+
+  const auto importRecorded = [&](const std::vector<std::string>& chosen) {
+    opened(league, [&](engine::Database& db) {
+      history::Change change(db, "Import");
+      db.Execute("DELETE * FROM STNRace");
+      scoring::LoadPointSystem(*templateDb, db, state);
+      for (const std::string& file : chosen) import::ReadStandingsFile(db, state, ui, file, 0);
+      scoring::ImportStagedRaces(db, state, ui);
+      change.Commit();
+    });
+  };
+  fmt::print("{} files of {} cars: with the change recorded, without, their ratio\n", count, kCars);
+  std::uintmax_t sizes[2] = {0, 0};
+  met &= bench::Run({"import with its history", 1.15, copy(fresh),
+                     [&] {
+                       importRecorded(files);
+                       sizes[0] = fs::file_size(league);
+                     },
+                     [&] {
+                       import(files, scoring::ImportStagedRaces);
+                       sizes[1] = fs::file_size(league);
+                     },
+                     [] {}},
+                    turns);
+  fmt::print("  the file: {} bytes with, {} without\n", sizes[0], sizes[1]);
+  const std::vector<std::string> season(files.begin(), files.begin() + std::min<std::ptrdiff_t>(33, count));
+  const std::string recorded = (folder / "recorded.lgx").string();
+  const std::string recordedSeason = (folder / "season.lgx").string();
+  copy(fresh)();
+  importRecorded(files);
+  fs::copy_file(league, recorded, fs::copy_options::overwrite_existing);
+  copy(fresh)();
+  importRecorded(season);
+  fs::copy_file(league, recordedSeason, fs::copy_options::overwrite_existing);
+  for (const bool whole : {false, true}) {
+    const std::vector<std::string>& chosen = whole ? files : season;
+    const std::string& path = whole ? recorded : recordedSeason;
+    fmt::print("{} files: undone, imported, their ratio\n", chosen.size());
+    met &= bench::Run({"undo of an import", 1.0, [] {},
+                       [&] {
+                         fs::copy_file(path, league, fs::copy_options::overwrite_existing);
+                         opened(league, [&](engine::Database& db) { history::Undo(db); });
+                         Must(bench::Ask(league, "SELECT count(*) FROM Stats") == 0, "what was undone");
+                       },
+                       [&] {
+                         fs::copy_file(fresh, league, fs::copy_options::overwrite_existing);
+                         importRecorded(chosen);
+                       },
+                       [] {}},
+                      turns);
+  }
 
   fmt::print("{} files of {} cars: merged, imported as races, their ratio\n", kEventFiles, kCars);
   double ranked = 0;
