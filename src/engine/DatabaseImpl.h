@@ -149,6 +149,7 @@ struct Database::Impl : sql::Catalog {
   Cache rowReads;  // of dynasets, by their text
   std::unordered_map<std::string, int> targetNumbers;
   sql::Lexed lexed;
+  sql::ShapeLexer shapes;
   std::vector<Value> bound;  // what the parameters of the running statement point into
 
   std::int64_t dataVersion = -1;  // when it was last asked for

@@ -94,7 +94,7 @@ StatementPtr Database::Impl::Prepare(std::string_view storeSql) {
 }
 
 Prepared& Database::Impl::Find(std::string_view text, bool dynaset) {
-  sql::Lex(text, lexed);
+  const bool whole = shapes.Lex(text, lexed);
   if (dynaset) lexed.shape += "?dynaset";
   auto shaped = byShape.find(std::string_view(lexed.shape));
   if (shaped != byShape.end() && shaped->second) return *shaped->second;
@@ -103,6 +103,10 @@ Prepared& Database::Impl::Find(std::string_view text, bool dynaset) {
     textKey = std::string(text) + (dynaset ? "?dynaset" : "");
     auto found = byText.find(textKey);
     if (found != byText.end()) return *found->second;
+  }
+  if (!whole) {
+    sql::Lex(text, lexed);
+    if (dynaset) lexed.shape += "?dynaset";
   }
   const sql::Statement statement = sql::Parse(lexed);
   auto prepared = std::make_unique<Prepared>();

@@ -50,9 +50,10 @@ class Stager {
 
   void StageResults(const CDrivers& drivers) {
     int position = 0;
+    const scoring::Exclusions excluded(league_);
     for (const CDriverInfo& driver : drivers) {
       try {
-        if (!scoring::IsExcludedByName(league_, driver.DriverName)) StageResult(driver, ++position);
+        if (!excluded.Has(driver.DriverName)) StageResult(driver, ++position);
       } catch (const engine::EngineError& error) {
         throw FileFault(fmt::format("{}: {}", driver.DriverName, error.Description()));
       }

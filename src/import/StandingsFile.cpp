@@ -69,6 +69,7 @@ class Reader {
         state_(state),
         path_(path),
         qualifying_(qualifying),
+        excluded_(league),
         lines_(content),
         columns_(state.simType == common::kNascarRacing2 ? kNascarRacing2Columns : kOtherColumns) {}
 
@@ -144,7 +145,7 @@ class Reader {
       const std::string name = common::FromWindows1252(rawName);
       failing_.clear();
       fmt::format_to(std::back_inserter(failing_), "Line {} ({})", lines_.LineNumber(), name);
-      if (scoring::IsExcludedByName(league_, name)) continue;
+      if (excluded_.Has(name)) continue;
       StageResult(line, name, ++position);
     }
   }
@@ -252,6 +253,7 @@ class Reader {
   const common::ProcessState& state_;
   const std::string& path_;
   const int qualifying_;
+  const scoring::Exclusions excluded_;
   TextLines lines_;
   const Columns& columns_;
   float length_ = 0;  // of the track, in miles

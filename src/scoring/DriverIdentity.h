@@ -16,4 +16,15 @@ std::int32_t FindOrAddDriver(engine::Database& league, std::string_view name);
 bool IsExcludedById(engine::Database& league, std::int32_t driverId);
 bool IsExcludedByName(engine::Database& league, std::string_view name);
 
+// The same for the many names of a file: most leagues exclude nobody.
+class Exclusions {
+ public:
+  explicit Exclusions(engine::Database& league);
+  bool Has(std::string_view name) const { return any_ && IsExcludedByName(league_, name); }
+
+ private:
+  engine::Database& league_;
+  bool any_;
+};
+
 }  // namespace scorvane::scoring

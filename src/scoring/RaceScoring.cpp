@@ -76,6 +76,7 @@ void RecalculateRace(engine::Database& templateDb, engine::Database& league, com
   auto starters = league.OpenRecordset(SelectFor(staged, "Start", raceId, "Qualifying DESC, Start"),
                                        engine::RecordsetType::Dynaset);
   for (std::int32_t start = 1; !starters.AtEnd(); ++start, starters.MoveNext()) {
+    if (starters.At(0) == engine::Value(start)) continue;
     starters.Edit();
     starters.Set("Start", start);
     starters.Update();
@@ -86,6 +87,9 @@ void RecalculateRace(engine::Database& templateDb, engine::Database& league, com
                            engine::RecordsetType::Dynaset);
   for (std::int32_t finish = 1; !finishers.AtEnd(); ++finish, finishers.MoveNext()) {
     Score score = ScoreByPosition(state, finish, column);
+    const bool same = finishers.At(0) == engine::Value(finish) && finishers.At(1) == score.points &&
+                      finishers.At(2) == engine::Value(0) && finishers.At(3) == score.prizeMoney;
+    if (same) continue;
     finishers.Edit();
     finishers.Set("Finish", finish);
     finishers.Set("Points", std::move(score.points));

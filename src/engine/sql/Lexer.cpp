@@ -44,6 +44,12 @@ class Scanner {
  public:
   Scanner(std::string_view sql, Lexed& lexed) : sql_(sql), lexed_(lexed) {}
 
+  // Goes on behind a beginning whose tokens but the last are not wanted.
+  void RunBehind(std::size_t place) {
+    place_ = place;
+    Run();
+  }
+
   void Run() {
     while (place_ < sql_.size()) {
       const char c = sql_[place_];
@@ -295,6 +301,45 @@ void Lex(std::string_view sql, Lexed& lexed) {
   lexed.shape.clear();
   lexed.shape.reserve(sql.size() + 32);
   Scanner(sql, lexed).Run();
+}
+
+bool ShapeLexer::Lex(std::string_view sql, Lexed& lexed) {
+  for (const Head& head : heads_) {
+    if (!sql.starts_with(head.text)) continue;
+    lexed.literals.clear();
+    lexed.tokens.assign(1, head.last);
+    lexed.tokens[0].text = sql.substr(head.lastPlace, head.lastSize);
+    lexed.shape = head.shape;
+    Scanner(sql, lexed).RunBehind(head.text.size());
+    return false;
+  }
+  sql::Lex(sql, lexed);
+  Learn(sql, lexed);
+  return true;
+}
+
+void ShapeLexer::Learn(std::string_view sql, const Lexed& lexed) {
+  if (lexed.literals.empty()) return;
+  std::size_t first = 0;
+  while (lexed.tokens[first].kind != TokenKind::Literal) ++first;
+  const auto length = static_cast<std::size_t>(lexed.tokens[first].position) - 1;
+  // Behind these characters another token begins, whatever follows.
+  constexpr std::string_view kEnds = " (,=";
+  if (first == 0 || length < kShortest || kEnds.find(sql[length - 1]) == std::string_view::npos) return;
+  Head head;
+  head.text = sql.substr(0, length);
+  Lexed begun;
+  sql::Lex(head.text, begun);
+  head.shape = std::move(begun.shape);
+  head.last = lexed.tokens[first - 1];
+  head.lastPlace = static_cast<std::size_t>(head.last.text.data() - sql.data());
+  head.lastSize = head.last.text.size();
+  if (heads_.size() < kHeads) {
+    heads_.push_back(std::move(head));
+  } else {
+    heads_[next_] = std::move(head);
+    next_ = (next_ + 1) % kHeads;
+  }
 }
 
 }  // namespace scorvane::engine::sql

@@ -41,4 +41,29 @@ struct Lexed {
 // Fills `lexed`, whose buffers are reused. Throws EngineError 3075.
 void Lex(std::string_view sql, Lexed& lexed);
 
+// Knows how the last statements began, up to their first literals: an import repeats a few statements many
+// times, and only what differs is looked at then.
+class ShapeLexer {
+ public:
+  // Fills the literals and the shape. The tokens are there only when it yields true; when it does not, and they
+  // are needed, Lex reads the statement. Throws EngineError 3075.
+  bool Lex(std::string_view sql, Lexed& lexed);
+
+ private:
+  struct Head {
+    std::string text;
+    std::string shape;
+    Token last;                 // its text is to be taken from the statement
+    std::size_t lastPlace = 0;  // from 0
+    std::size_t lastSize = 0;
+  };
+  void Learn(std::string_view sql, const Lexed& lexed);
+
+  static constexpr std::size_t kHeads = 8;
+  static constexpr std::size_t kShortest = 24;  // characters; what is shorter is read as fast as it is found
+
+  std::vector<Head> heads_;
+  std::size_t next_ = 0;  // the place of the one that is given up next
+};
+
 }  // namespace scorvane::engine::sql
