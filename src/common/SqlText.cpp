@@ -1,11 +1,19 @@
 #include "common/SqlText.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <exception>
 
 #include <fmt/format.h>
 
 namespace scorvane::common {
+
+void AppendNumber(std::string& sql, std::int64_t number) {
+  std::array<char, 24> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+  sql.append(digits.data(), end.ptr);
+}
 
 void AppendLiteral(std::string& sql, std::string_view text) {
   sql += '\'';

@@ -14,6 +14,8 @@ namespace scorvane::common {
 std::string QuoteSQL(std::string_view text);
 // A text as it is between apostrophes, its own apostrophes doubled: an empty one stays a text.
 void AppendLiteral(std::string& sql, std::string_view text);
+// A whole number's digits.
+void AppendNumber(std::string& sql, std::int64_t number);
 // What QuoteSQL yields, written to the end of a statement.
 void AppendQuoted(std::string& sql, std::string_view text);
 // A value's text, numbers in the user's decimal notation; Null gives NULL.

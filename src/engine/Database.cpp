@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -45,6 +46,8 @@ std::unique_ptr<Recordset::State> Fetch(Database::Impl& impl, Prepared& prepared
   sqlite3_stmt* statement = prepared.statement.get();
   const ResetGuard reset(statement);
   const auto count = static_cast<int>(state->columns.size());
+  constexpr std::size_t kMostReserved = 10'000;
+  state->values.reserve(std::min(prepared.lastValues, kMostReserved));
   while (impl.Step(prepared)) {
     std::size_t bytes = state->columns.size() * sizeof(Value);
     for (int i = 0; i < count; ++i) {
@@ -56,6 +59,7 @@ std::unique_ptr<Recordset::State> Fetch(Database::Impl& impl, Prepared& prepared
     if (type == RecordsetType::Dynaset) state->keys.push_back(sqlite3_column_int64(statement, count));
     ++state->rows;
   }
+  prepared.lastValues = state->values.size();
   if (type == RecordsetType::Dynaset) {
     state->keyTable = plan.keyTable;
     state->rowSql = plan.rowSql;

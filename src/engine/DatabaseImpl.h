@@ -30,6 +30,7 @@ struct Prepared {
   sql::Plan plan;
   StatementPtr statement;
   int parameters = 0;
+  std::size_t lastValues = 0;  // that the last run of a query yielded, for the room that the next one takes
 };
 
 // Resets a statement when the work with it ends.

@@ -161,9 +161,12 @@ class Reader {
     sql_ =
         "INSERT INTO STNStats (STNRaceID, Finish, Start, DriverName, "
         "LapsRun, LapsLed, Points, Qualifying, ReasonOut, PrizeMoney, Bonus) VALUES (";
-    fmt::format_to(std::back_inserter(sql_), "{},{},{},", raceId_, position, start);
+    common::AppendNumber(sql_, raceId_);
+    sql_ += ',';
+    common::AppendNumber(sql_, position);
+    sql_.append(",").append(start).append(",");
     common::AppendQuoted(sql_, name);
-    fmt::format_to(std::back_inserter(sql_), ",{},{},", lapsRun, lapsLed);
+    sql_.append(",").append(lapsRun).append(",").append(lapsLed).append(",");
     engine::Value prizeMoney;
     if (state_.simType != common::kNascarLegends || state_.useCustomPointSystem) {
       scoring::Score score = scoring::ScoreByPosition(state_, position, 0);

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -78,7 +77,9 @@ class Importer {
           "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, "
           "LapsLed, Status, Points, Bonus, PrizeMoney, Qualifying) "
           "VALUES (";
-      fmt::format_to(std::back_inserter(sql_), "{},{}", raceId, DriverKey(name));
+      common::AppendNumber(sql_, raceId);
+      sql_ += ',';
+      common::AppendNumber(sql_, DriverKey(name));
       for (const Field field : {kStart, kFinish, kLapsRun, kLapsLed}) AppendNumber(rows.At(fields[field]));
       sql_ += ',';
       AppendQuotedValue(rows.At(fields[kReasonOut]));
@@ -106,7 +107,7 @@ class Importer {
     if (value.IsNull()) {
       sql_ += "NULL";
     } else {
-      fmt::format_to(std::back_inserter(sql_), "{}", value.ToLong());
+      common::AppendNumber(sql_, value.ToLong());
     }
   }
 

@@ -47,6 +47,7 @@ class Scanner {
   // Goes on behind a beginning whose tokens but the last are not wanted.
   void RunBehind(std::size_t place) {
     place_ = place;
+    lastOnly_ = true;
     Run();
   }
 
@@ -134,14 +135,18 @@ class Scanner {
   }
 
   void Add(TokenKind kind, std::size_t start, std::string_view text, int literal = -1) {
-    if (lexed_.tokens.size() >= kMaxTokens)
+    if (++tokens_ > kMaxTokens)
       throw EngineError(kTooComplex, "it is too long", {}, static_cast<int>(start) + 1);
     Token token;
     token.kind = kind;
     token.position = static_cast<int>(start) + 1;
     token.text = text;
     token.literal = literal;
-    lexed_.tokens.push_back(token);
+    if (lastOnly_) {
+      lexed_.tokens[0] = token;
+    } else {
+      lexed_.tokens.push_back(token);
+    }
   }
 
   void AddLiteral(const Literal& literal, std::size_t start, std::string_view mark) {
@@ -265,6 +270,8 @@ class Scanner {
   std::string_view sql_;
   Lexed& lexed_;
   std::size_t place_ = 0;
+  std::size_t tokens_ = 0;
+  bool lastOnly_ = false;  // of the tokens only the last one is kept
 };
 
 }  // namespace
