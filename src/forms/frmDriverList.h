@@ -22,7 +22,8 @@ class frmDriverList : public QDialog {
   void LoadDrivers();
   void SortByColumn(int column);
   void SetExclude(bool exclude);
-  void RemoveDrivers(bool ask);
+  void RemoveDrivers();
+  void RemoveSelectedRows();
   void EditDriver(int row);
   void AddDriver();
   int FindDriverRow(std::int32_t id) const;

@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/Commands.h"
 #include "engine/Value.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -273,9 +274,7 @@ bool frmPointSystem::Save() {
   // An error leaves the dialog open, with what was typed.
   return Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    scoring::SavePointSystem(context_.session.League(), edited);
-    context_.state.useCustomPointSystem = chkUsePositions_->isChecked();
-    context_.state.useCustomBonusSystem = chkUseBonus_->isChecked();
+    app::SavePointSystem(context_.session, edited);
     dirty_ = false;
   });
 }

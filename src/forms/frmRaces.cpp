@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "app/LeagueSession.h"
 #include "app/RaceList.h"
 #include "app/SimFolders.h"
@@ -406,7 +407,7 @@ void frmRaces::RemoveRaces() {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= grid_->FirstSelected() && HasRaces(); --row)
       ids.push_back(grid_->RowData(row));
-    app::RemoveRaces(context_.session.League(), ids);
+    app::Remove(context_.session, ids);
   });
   const int row = grid_->FirstSelected();
   Guarded(context_.ui, [&] { FillRaceGrid(); });

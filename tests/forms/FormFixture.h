@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Backup.h"
 #include "app/ImportFiles.h"
 #include "common/ScriptedUserInterface.h"
 #include "db/LeagueFixture.h"
@@ -28,6 +29,7 @@ class FormFixture : public test::LeagueFixture {
  protected:
   FormFixture() : session_(engine_, *template_, state_, ui_) {
     qputenv("SCORVANE_HOME", QByteArray::fromStdString(folder_.Path().string()));
+    app::SaveBackupOptions(*template_, {{}, 0});
   }
   ~FormFixture() override { qunsetenv("SCORVANE_HOME"); }
 
