@@ -8,6 +8,7 @@
 #include "app/Commands.h"
 #include "engine/Collation.h"
 #include "engine/Value.h"
+#include "forms/Undoing.h"
 #include "forms/frmEditDriver.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -90,6 +91,7 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   connect(buttons_[kRemoveResults], &QPushButton::clicked, this, &frmDriverList::RemoveExcludedResults);
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
   LoadDrivers();
+  new DialogUndo(context_, this, [this] { ShowAgain(); });
   grid_->setFocus();
 }
 
@@ -110,28 +112,36 @@ void frmDriverList::UpdateButtons() {
   lblNumDrivers_->setText(QString::number(HasDrivers() ? grid_->RowCount() : 0));
 }
 
-std::vector<std::int32_t> frmDriverList::SelectedIds() const {
-  std::vector<std::int32_t> ids;
-  for (int row = grid_->FirstSelected(); row >= 0 && row <= grid_->LastSelected(); ++row)
-    if (grid_->RowData(row) != 0) ids.push_back(grid_->RowData(row));
-  return ids;
+// What the league holds now, in the order and with the selection that were there.
+void frmDriverList::ShowAgain() {
+  const std::vector<int> selected = grid_->SelectedData();
+  const int row = grid_->FirstSelected();
+  LoadDrivers();
+  if (sortedBy_ >= 0) SortRows();
+  grid_->SelectData(selected, row);
 }
 
 void frmDriverList::SortByColumn(int column) {
   if (!HasDrivers()) return;
   bool& ascending = ascending_[static_cast<std::size_t>(column)];
   ascending = !ascending;
+  sortedBy_ = column;
+  SortRows();
+  grid_->SelectRows(0, 0);
+}
+
+void frmDriverList::SortRows() {
+  const bool ascending = ascending_[static_cast<std::size_t>(sortedBy_)];
   grid_->SortRows([&](const SelectionGrid::Row& a, const SelectionGrid::Row& b) {
-    const QString first = (ascending ? a : b).cells.value(column);
-    const QString second = (ascending ? b : a).cells.value(column);
+    const QString first = (ascending ? a : b).cells.value(sortedBy_);
+    const QString second = (ascending ? b : a).cells.value(sortedBy_);
     return SortsBefore(Utf8(first), Utf8(second), context_.state.decimalSeparator);
   });
-  grid_->SelectRows(0, 0);
 }
 
 void frmDriverList::SetExclude(bool exclude) {
   Guarded(context_.ui, [&] {
-    app::SetExclude(context_.session, SelectedIds(), exclude);
+    app::SetExclude(context_.session, grid_->SelectedData(), exclude);
     for (int row = grid_->FirstSelected(); row >= 0 && row <= grid_->LastSelected(); ++row)
       grid_->SetCell(row, 1, YesNo(exclude));
   });
@@ -148,7 +158,7 @@ void frmDriverList::RemoveDrivers() {
                                  "Confirm Driver Removal", common::MessageIcon::Question};
   if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
   Guarded(context_.ui, [&] {
-    app::RemoveDrivers(context_.session, SelectedIds());
+    app::RemoveDrivers(context_.session, grid_->SelectedData());
     RemoveSelectedRows();
   });
 }

@@ -9,6 +9,7 @@
 #include "app/Commands.h"
 #include "common/Formats.h"
 #include "engine/Format.h"
+#include "forms/Undoing.h"
 #include "forms/frmEditDriver2.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -83,6 +84,8 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, &frmEditRace::EditResult);
   FillGrid();
+  // What is staged is no part of the league yet, and in no history.
+  if (!race_.staged) new DialogUndo(context_, this, [this] { ShowAgain(); });
   grid_->setFocus();
 }
 
@@ -165,6 +168,14 @@ void frmEditRace::FillGrid() {
   }
   grid_->SelectRows(0, 0);
   SelectionChanged();
+}
+
+// What the league holds now, with the selection that was there.
+void frmEditRace::ShowAgain() {
+  const std::vector<int> selected = grid_->SelectedData();
+  const int row = grid_->FirstSelected();
+  FillGrid();
+  grid_->SelectData(selected, row);
 }
 
 void frmEditRace::SelectionChanged() {

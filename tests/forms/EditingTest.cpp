@@ -99,6 +99,9 @@ TEST_F(Editing, DriversAreAddedChangedMergedAndRemoved) {
   EXPECT_EQ(Utf8(Find<QLabel>(list, "lblNumDrivers").text()), "0");
   EXPECT_EQ(grid.RowCount(), 1);
   for (const int index : {0, 2, 3, 4}) EXPECT_FALSE(Button(list, index).isEnabled()) << index;
+  EXPECT_EQ(DoneChanges(),
+            (std::vector<std::string>{"Remove 3 drivers", "Remove excluded results", "Exclude 3 drivers",
+                                      "Merge Bob into Ann", "Add Pat O'Test"}));
 }
 
 TEST_F(Editing, PointSystemIsFilledAndSaved) {
@@ -145,6 +148,7 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   EXPECT_EQ(Ask("SELECT Count(*) FROM PointSystem"), "6");
   EXPECT_EQ(Ask("SELECT Points FROM Bonus WHERE BonusID=3"), "12");
   EXPECT_TRUE(state_.useCustomPointSystem);
+  EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Point system"});
 }
 
 // Hands that select otherwise than the program expects.
@@ -301,6 +305,10 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   EXPECT_FALSE(Button(editor, 1).isEnabled());
   EXPECT_FALSE(Button(editor, 2).isEnabled());
   QTest::keyClick(&grid, Qt::Key_Return);  // nothing to edit
+  EXPECT_EQ(DoneChanges(),
+            (std::vector<std::string>{"Remove 5 results, Daytona", "Recalculate Daytona",
+                                      "Edit J.R New's result, Daytona", "Add J.R New's result, Daytona",
+                                      "Remove Driver 3's result, Daytona"}));
 }
 
 TEST_F(Editing, CriteriaAreOrdered) {
@@ -324,6 +332,7 @@ TEST_F(Editing, CriteriaAreOrdered) {
   EXPECT_EQ(ui_.messages.back().title, "Unsaved Information");
   Click(dialog, 1);
   EXPECT_EQ(Ask("SELECT Name FROM RankCriteria WHERE Priority=1"), Utf8(third));
+  EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Off-line criteria"});
 }
 
 TEST_F(Editing, ColumnsAreChosenAndMoved) {
