@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QStatusBar>
+#include <QStyle>
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -56,6 +57,7 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   lblStatus_ = new QLabel(window);
   lblStatus_->setObjectName(QStringLiteral("lblStatus"));
   lblStatus_->setTextFormat(Qt::PlainText);
+  lblStatus_->setIndent(window->style()->pixelMetric(QStyle::PM_LayoutLeftMargin) - 2);  // below the buttons
   lblStatus_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   window->statusBar()->addWidget(lblStatus_, 1);
   UpdateItems();

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <QHeaderView>
+#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -29,13 +30,10 @@ frmHistory::frmHistory(FormContext& context, std::function<void()> changed, QWid
   grid_ = new SelectionGrid(QStringLiteral("fgHistory"), this);
   grid_->setAccessibleName(tr("Changes of the league, newest first"));
   grid_->SetColumns({{tr("Time"), 1750, Qt::AlignLeft},
-                     {tr("Change"), 4200, Qt::AlignLeft},
-                     {tr("Touched"), 3300, Qt::AlignLeft},
+                     {tr("Change"), 5200, Qt::AlignLeft},
+                     {tr("Touched"), 2800, Qt::AlignLeft},
                      {tr("State"), 900, Qt::AlignLeft}});
   grid_->horizontalHeader()->setStretchLastSection(true);
-  int width = 40;
-  for (int column = 0; column < grid_->ColumnCount(); ++column) width += grid_->columnWidth(column);
-  resize(width, grid_->fontMetrics().height() * 26);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(grid_, 1);
   buttons_ =
@@ -57,8 +55,14 @@ frmHistory::frmHistory(FormContext& context, std::function<void()> changed, QWid
   add(Qt::CTRL | Qt::Key_Y, Direction::Redo);
   add(Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Direction::Redo);
   Load();
-  grid_->SelectRows(0, 0);
-  UpdateButtons();
+  int width = 60;
+  for (int column = 0; column < grid_->ColumnCount(); ++column) width += grid_->columnWidth(column);
+  resize(std::min(width, screen()->availableGeometry().width() * 9 / 10), grid_->fontMetrics().height() * 26);
+  // What can be taken back next.
+  const auto next = std::find_if(changes_.begin(), changes_.end(),
+                                 [](const engine::LoggedChange& change) { return !change.undone; });
+  const int row = next == changes_.end() ? 0 : static_cast<int>(next - changes_.begin());
+  grid_->SelectRows(row, row);
   grid_->setFocus();
 }
 
@@ -74,6 +78,7 @@ void frmHistory::Load() {
                     static_cast<int>(change.id),
                     change.undone});
   grid_->SetRows(std::move(rows));
+  for (const int column : {0, 1, 2}) grid_->FitColumn(column);
   grid_->SetHint(changes_.empty() ? tr("Nothing that was done to this league is kept here.") : QString());
   grid_->SelectData(selected, row);
   UpdateButtons();

@@ -222,6 +222,8 @@ TEST_F(History, TheWindowListsTheChangesAndGoesBack) {
   EXPECT_EQ(Row(grid, 1), "Remove Daytona|1 race, 3 results||");
   EXPECT_EQ(Row(grid, 2), "Exclude Ann|1 driver||");
   EXPECT_EQ(grid.Cell(0, 0).size(), 16);
+  EXPECT_EQ(grid.CurrentRow(), 1) << "what can be taken back next";
+  grid.SelectRows(0, 0);
   EXPECT_FALSE(Button(history, 0).isEnabled()) << "it is undone already";
   grid.SelectRows(1, 2);
   EXPECT_FALSE(Button(history, 0).isEnabled());
