@@ -151,6 +151,42 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Point system"});
 }
 
+TEST_F(Editing, ASavedPointSystemIsOfferedToTheRacesThatAreThere) {
+  engine::Database& league = OpenLeague(0);
+  for (const char* sql : {"INSERT INTO Race (Name, Length, Laps) VALUES ('Daytona','2.5',200)",
+                          "INSERT INTO Driver (Name) VALUES ('Ann')",
+                          "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Points) "
+                          "VALUES (1,1,2,1,200,0,1)"})
+    league.Execute(sql);
+  const auto save = [&](const char* points, const std::function<void(frmPointSystem&)>& end) {
+    frmPointSystem editor(context_);
+    Show(editor);
+    auto& use = Find<QCheckBox>(editor, "chkUsePositions");
+    if (!use.isChecked()) use.click();
+    Find<SelectionGrid>(editor, "fgPoints").SelectRows(0, 0);
+    Type(editor, "txtPoints_3", points);
+    Find<QPushButton>(editor, "cmdFill").click();
+    end(editor);
+    EXPECT_FALSE(editor.isVisible());
+  };
+  ui_.answers = {common::Answer::No};
+  save("50", [](frmPointSystem& editor) { Button(editor, 1).click(); });
+  EXPECT_NE(ui_.messages.back().text.find("Do you want to recalculate the race now?"), std::string::npos);
+  EXPECT_EQ(Ask("SELECT Points FROM Stats"), "1");
+  ui_.answers = {common::Answer::No};
+  save("55", [](frmPointSystem& editor) { editor.close(); });
+  EXPECT_EQ(ui_.messages.back().title, "Unsaved Changes") << "nothing was saved, nothing is offered";
+
+  league.Execute("INSERT INTO Race (Name, Length, Laps) VALUES ('Bristol','0.533',500)");
+  ui_.answers = {common::Answer::Yes, common::Answer::Yes};
+  save("60", [](frmPointSystem& editor) { editor.close(); });
+  EXPECT_NE(ui_.messages.back().text.find("all 2 races"), std::string::npos);
+  ASSERT_EQ(ui_.progress.size(), 1U);
+  EXPECT_EQ(ui_.progress[0]->value, 2);
+  EXPECT_EQ(Ask("SELECT Points FROM Stats"), "65") << "with the bonus of a winner";
+  EXPECT_EQ(DoneChanges(), (std::vector<std::string>{"Recalculate 2 races", "Point system", "Point system"}));
+}
+
 // Hands that select otherwise than the program expects.
 TEST_F(Editing, OnlyWhatIsMeantIsRemoved) {
   engine::Database& league = OpenLeague(0);
