@@ -76,8 +76,12 @@ void SeasonMenu::UpdateItems() {
   std::optional<engine::LoggedChange> redo;
   if (open) {
     Guarded(context_.ui, [&] {
-      undo = history::NextUndo(context_.session.League());
-      redo = history::NextRedo(context_.session.League());
+      // Newest first: what is undone stands before what is done.
+      for (engine::LoggedChange& change : history::List(context_.session.League())) {
+        const bool undone = change.undone;
+        (undone ? redo : undo) = std::move(change);
+        if (!undone) break;
+      }
     });
   }
   nextUndo_ = undo ? undo->id : 0;
