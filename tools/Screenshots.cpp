@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
+#include <QPainter>
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QTabWidget>
@@ -12,6 +15,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "app/Commands.h"
 #include "app/LeagueSession.h"
 #include "app/NewLeague.h"
 #include "common/Paths.h"
@@ -23,6 +27,7 @@
 #include "forms/frmEditDriver2.h"
 #include "forms/frmEditRace.h"
 #include "forms/frmExport.h"
+#include "forms/frmHistory.h"
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
@@ -33,6 +38,7 @@
 #include "forms/frmStats.h"
 #include "forms/widgets/QtUserInterface.h"
 #include "forms/widgets/Text.h"
+#include "history/History.h"
 #include "platform/Platform.h"
 
 namespace {
@@ -76,18 +82,50 @@ class Photographer {
     if (size.isValid()) window.resize(size);
     window.show();
     QApplication::processEvents();
-    const QString path = folder_ + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png");
-    if (!window.grab().save(path)) {
-      std::fprintf(stderr, "screenshots: %s could not be written\n", qPrintable(path));
-      failed_ = true;
-    }
+    Save(window.grab(), name);
+  }
+  // The window with one of its menus open.
+  void TakeMenu(QWidget& window, QMenu& menu, const char* name) {
+    menu.popup(QPoint());
+    QApplication::processEvents();
+    const QPixmap opened = menu.grab();
+    menu.close();
+    QPixmap picture = window.grab();
+    QPainter painter(&picture);
+    auto* bar = window.findChild<QMenuBar*>();
+    painter.drawPixmap(bar->mapTo(&window, bar->actionGeometry(menu.menuAction()).bottomLeft()), opened);
+    painter.end();
+    Save(picture, name);
   }
   bool Failed() const { return failed_; }
 
  private:
+  void Save(const QPixmap& picture, const char* name) {
+    const QString path = folder_ + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png");
+    if (picture.save(path)) return;
+    std::fprintf(stderr, "screenshots: %s could not be written\n", qPrintable(path));
+    failed_ = true;
+  }
+
   QString folder_;
   bool failed_ = false;
 };
+
+// A few changes for the history to list; yields the first of them.
+std::int64_t DoSomething(app::LeagueSession& session) {
+  engine::Database& league = session.League();
+  const auto all = drivers::ListDrivers(league);
+  drivers::Driver renamed = all[3];
+  renamed.name += " Jr.";
+  app::UpdateDriver(session, renamed);
+  const std::int64_t first = history::List(league).front().id;
+  app::SetExclude(session, {all[5].id, all[6].id}, true);
+  app::LeagueProperties properties;
+  properties.droppedRaces = 5;
+  app::StoreProperties(session, properties);
+  app::Remove(session, {33});
+  return first;
+}
 
 }  // namespace
 
@@ -121,6 +159,17 @@ int main(int argc, char** argv) {
   photographer.Take(window, "main-no-races", {760, 480});
   window.OpenLeagueFile(arguments[3].toStdString());
   photographer.Take(window, "main", {760, 480});
+  {
+    const std::int64_t first = DoSomething(session);
+    window.OpenLeagueFile(arguments[3].toStdString());
+    auto* season = window.findChild<QMenu*>(QStringLiteral("mnuSeason"));
+    window.findChild<QAction*>(QStringLiteral("mnuSeason_0"))->trigger();
+    photographer.TakeMenu(window, *season, "main-season");
+    forms::frmHistory dialog(context, {}, &window);
+    photographer.Take(dialog, "history", {800, 340});
+    app::UndoThrough(session, first);
+    window.OpenLeagueFile(arguments[3].toStdString());
+  }
   {
     forms::frmLGXProperties dialog(context, &window);
     dialog.NewDialog(true);
@@ -160,6 +209,8 @@ int main(int argc, char** argv) {
     photographer.Take(dialog, "options");
     dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
     photographer.Take(dialog, "options-html");
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(2);
+    photographer.Take(dialog, "options-backups");
   }
   {
     forms::frmDriverList dialog(context, &window);

@@ -22,8 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMostDays = 365;
-
 std::tm LocalTime() {
   return fmt::localtime(std::time(nullptr));
 }
@@ -64,7 +62,7 @@ BackupOptions ReadBackupOptions(engine::Database& templateDb) {
   if (folder != common::kMissingSetting) options.folder = folder;
   const std::string days = common::GetSettingValue(templateDb, common::kBackupDays);
   if (days != common::kMissingSetting && !days.empty())
-    options.days = static_cast<int>(std::clamp(engine::LeadingNumber(days), 0.0, double{kMostDays}));
+    options.days = static_cast<int>(std::clamp(engine::LeadingNumber(days), 0.0, double{kMostBackupDays}));
   return options;
 }
 

@@ -11,6 +11,7 @@
 namespace scorvane::app {
 
 // Where backups go and for how many days with changes the program keeps one by itself; settings of the template.
+inline constexpr int kMostBackupDays = 365;
 struct BackupOptions {
   std::string folder;  // empty: "Backups" in the application folder
   int days = 10;       // 0: none

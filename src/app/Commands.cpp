@@ -6,6 +6,7 @@
 
 #include "app/RaceList.h"
 #include "common/Formats.h"
+#include "common/HeldMessages.h"
 #include "common/SettingsStore.h"
 #include "scoring/OfflineMerge.h"
 #include "scoring/RaceScoring.h"
@@ -61,8 +62,11 @@ std::string ImportLabel(const common::ProcessState& state, std::size_t files) {
 }
 
 ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files) {
-  return AsChange(session, ImportLabel(session.State(), files),
-                  [&] { return ImportStaged(session.League(), session.State(), ui); });
+  common::HeldMessages held(ui);
+  ImportOutcome outcome = AsChange(session, ImportLabel(session.State(), files),
+                                   [&] { return ImportStaged(session.League(), session.State(), held); });
+  held.Release();
+  return outcome;
 }
 
 void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds) {

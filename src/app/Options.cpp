@@ -1,8 +1,10 @@
 #include "app/Options.h"
 
 #include "common/Formats.h"
+#include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "import/ExportedStandings.h"
+#include "platform/Platform.h"
 #include "reports/PageLook.h"
 
 namespace scorvane::app {
@@ -14,6 +16,12 @@ bool Flag(engine::Database& templateDb, int id) {
 
 const char* FlagText(bool on) {
   return on ? "1" : "0";
+}
+
+std::string CompleteFolder(const std::string& typed) {
+  std::string folder(common::TrimBlanks(typed));
+  if (folder.empty() || common::SystemPath(folder).is_absolute()) return folder;
+  return common::JoinPath(platform::ApplicationFolder(), folder);
 }
 
 }  // namespace
@@ -31,6 +39,7 @@ Options ReadOptions(engine::Database& templateDb, const common::ProcessState& st
   }
   options.openPreviousFile = Flag(templateDb, common::kOpenPreviousFile);
   options.showImportAlerts = import::ShowsImportAlerts(templateDb);
+  options.backups = ReadBackupOptions(templateDb);
   return options;
 }
 
@@ -47,6 +56,7 @@ void SaveOptions(engine::Database& templateDb, common::ProcessState& state, cons
     store(common::kFirstPageColor + static_cast<int>(i), common::ColorText(options.colors[i]));
   store(common::kOpenPreviousFile, FlagText(options.openPreviousFile));
   store(common::kShowImportAlerts, FlagText(options.showImportAlerts));
+  SaveBackupOptions(templateDb, {CompleteFolder(options.backups.folder), options.backups.days});
   unit.Commit();
   state.simFolders = options.simFolders;
 }

@@ -1,11 +1,12 @@
-// What the Options dialog keeps in the template: the simulation folders, settings of the program, and the
-// page look that new league files start with.
+// What the Options dialog keeps in the template: the simulation folders, settings of the program, the page
+// look that new league files start with, and where backups go.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string>
 
+#include "app/Backup.h"
 #include "app/SimFolders.h"
 #include "common/ProcessState.h"
 #include "engine/Database.h"
@@ -20,13 +21,15 @@ struct Options {
   std::array<std::int32_t, 5> colors{};
   bool openPreviousFile = false;
   bool showImportAlerts = false;
+  BackupOptions backups;
 };
 
 // The state's folders and the template's settings. A setting that is missing or unreadable is off, empty, or
 // the program's own colour; without one for the alerts these are shown, as imports show them.
 Options ReadOptions(engine::Database& templateDb, const common::ProcessState& state);
 
-// Stores all of it or nothing in the template, and then the folders in the state. Throws EngineError.
+// Stores all of it or nothing in the template, and then the folders in the state. A backup folder that is no
+// whole path lies in the application folder. Throws EngineError.
 void SaveOptions(engine::Database& templateDb, common::ProcessState& state, const Options& options);
 
 }  // namespace scorvane::app

@@ -33,6 +33,11 @@ bool FileExists(const std::string& path) {
   return !error && std::filesystem::exists(status) && !std::filesystem::is_directory(status);
 }
 
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(SystemPath(a), SystemPath(b), error) && !error;
+}
+
 std::string JoinPath(std::string_view folder, std::string_view name) {
   std::string path(folder);
   if (!path.empty() && kSeparators.find(path.back()) == std::string_view::npos)

@@ -18,6 +18,8 @@ std::string GetFileTitle(std::string_view path, bool stripExtension = false);
 // Behind the last full stop of the path; empty without one.
 std::string GetExtension(std::string_view path);
 bool FileExists(const std::string& path);
+// Whether both are there and one and the same file, by whatever names.
+bool IsSameFile(const std::string& a, const std::string& b);
 // A name below a folder, with one separator between them.
 std::string JoinPath(std::string_view folder, std::string_view name);
 

@@ -238,6 +238,19 @@ void Database::CopyTo(const std::string& path) {
   const std::string target = FullPath(path);
   std::error_code error;
   if (fs::exists(SystemPath(target), error)) throw EngineError(kDatabaseExists, target);
+  // The store counts the copy, too, among what a connection that may only read must not write.
+  struct Lifted {
+    Database::Impl& impl;
+    explicit Lifted(Database::Impl& of) : impl(of) {
+      if (impl.readOnly) impl.Run("PRAGMA query_only=OFF");
+    }
+    Lifted(const Lifted&) = delete;
+    Lifted& operator=(const Lifted&) = delete;
+    ~Lifted() {
+      if (impl.readOnly) sqlite3_exec(impl.connection.get(), "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
+    }
+  };
+  const Lifted lifted(*impl_);
   CopyInto(impl_->connection.get(), impl_->path, target);
 }
 

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/Commands.h"
 #include "common/Paths.h"
 #include "forms/frmEditRace.h"
 #include "forms/widgets/Guard.h"
@@ -292,7 +293,7 @@ void frmAddRaces::Import() {
     app::ImportOutcome outcome;
     {
       const WaitCursor wait;
-      outcome = app::ImportStaged(context_.session.League(), context_.state, context_.ui);
+      outcome = app::Import(context_.session, context_.ui, static_cast<std::size_t>(lstRaces_->count()));
     }
     imported = outcome.done;
     for (const std::string& note : outcome.notes)

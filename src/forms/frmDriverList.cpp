@@ -5,9 +5,10 @@
 #include <QVBoxLayout>
 #include <bit>
 
-#include "drivers/Roster.h"
+#include "app/Commands.h"
 #include "engine/Collation.h"
 #include "engine/Value.h"
+#include "forms/Undoing.h"
 #include "forms/frmEditDriver.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -84,12 +85,13 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   connect(grid_->horizontalHeader(), &QHeaderView::sectionDoubleClicked, this, sort);
   connect(buttons_[kEdit], &QPushButton::clicked, this, [this] { EditDriver(grid_->CurrentRow()); });
   connect(buttons_[kAdd], &QPushButton::clicked, this, &frmDriverList::AddDriver);
-  connect(buttons_[kRemove], &QPushButton::clicked, this, [this] { RemoveDrivers(true); });
+  connect(buttons_[kRemove], &QPushButton::clicked, this, [this] { RemoveDrivers(); });
   connect(buttons_[kInclude], &QPushButton::clicked, this, [this] { SetExclude(false); });
   connect(buttons_[kExclude], &QPushButton::clicked, this, [this] { SetExclude(true); });
   connect(buttons_[kRemoveResults], &QPushButton::clicked, this, &frmDriverList::RemoveExcludedResults);
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
   LoadDrivers();
+  new DialogUndo(context_, this, [this] { ShowAgain(); });
   grid_->setFocus();
 }
 
@@ -110,34 +112,42 @@ void frmDriverList::UpdateButtons() {
   lblNumDrivers_->setText(QString::number(HasDrivers() ? grid_->RowCount() : 0));
 }
 
-std::vector<std::int32_t> frmDriverList::SelectedIds() const {
-  std::vector<std::int32_t> ids;
-  for (int row = grid_->FirstSelected(); row >= 0 && row <= grid_->LastSelected(); ++row)
-    if (grid_->RowData(row) != 0) ids.push_back(grid_->RowData(row));
-  return ids;
+// What the league holds now, in the order and with the selection that were there.
+void frmDriverList::ShowAgain() {
+  const std::vector<int> selected = grid_->SelectedData();
+  const int row = grid_->FirstSelected();
+  LoadDrivers();
+  if (sortedBy_ >= 0) SortRows();
+  grid_->SelectData(selected, row);
 }
 
 void frmDriverList::SortByColumn(int column) {
   if (!HasDrivers()) return;
   bool& ascending = ascending_[static_cast<std::size_t>(column)];
   ascending = !ascending;
+  sortedBy_ = column;
+  SortRows();
+  grid_->SelectRows(0, 0);
+}
+
+void frmDriverList::SortRows() {
+  const bool ascending = ascending_[static_cast<std::size_t>(sortedBy_)];
   grid_->SortRows([&](const SelectionGrid::Row& a, const SelectionGrid::Row& b) {
-    const QString first = (ascending ? a : b).cells.value(column);
-    const QString second = (ascending ? b : a).cells.value(column);
+    const QString first = (ascending ? a : b).cells.value(sortedBy_);
+    const QString second = (ascending ? b : a).cells.value(sortedBy_);
     return SortsBefore(Utf8(first), Utf8(second), context_.state.decimalSeparator);
   });
-  grid_->SelectRows(0, 0);
 }
 
 void frmDriverList::SetExclude(bool exclude) {
   Guarded(context_.ui, [&] {
-    drivers::SetExclude(context_.session.League(), SelectedIds(), exclude);
+    app::SetExclude(context_.session, grid_->SelectedData(), exclude);
     for (int row = grid_->FirstSelected(); row >= 0 && row <= grid_->LastSelected(); ++row)
       grid_->SetCell(row, 1, YesNo(exclude));
   });
 }
 
-void frmDriverList::RemoveDrivers(bool ask) {
+void frmDriverList::RemoveDrivers() {
   if (!HasDrivers() || grid_->FirstSelected() < 0) return;
   const bool one = grid_->OneRowSelected();
   const common::Message question{one ? "Removing this driver will also remove the points associated with the "
@@ -146,20 +156,24 @@ void frmDriverList::RemoveDrivers(bool ask) {
                                        "these drivers.\r\nDo you want to "
                                        "continue?",
                                  "Confirm Driver Removal", common::MessageIcon::Question};
-  if (ask && context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
+  if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
   Guarded(context_.ui, [&] {
-    drivers::RemoveDrivers(context_.session.League(), SelectedIds());
-    const int first = grid_->FirstSelected();
-    for (int row = grid_->LastSelected(); row >= first; --row) {
-      if (grid_->RowCount() > 1) {
-        grid_->RemoveRow(row);
-      } else {
-        grid_->SetRow(row, {});
-      }
-    }
-    grid_->SelectRows(first, first);
-    UpdateButtons();
+    app::RemoveDrivers(context_.session, grid_->SelectedData());
+    RemoveSelectedRows();
   });
+}
+
+void frmDriverList::RemoveSelectedRows() {
+  const int first = grid_->FirstSelected();
+  for (int row = grid_->LastSelected(); row >= first; --row) {
+    if (grid_->RowCount() > 1) {
+      grid_->RemoveRow(row);
+    } else {
+      grid_->SetRow(row, {});
+    }
+  }
+  grid_->SelectRows(first, first);
+  UpdateButtons();
 }
 
 void frmDriverList::EditDriver(int row) {
@@ -177,7 +191,7 @@ void frmDriverList::EditDriver(int row) {
     }
     // Only the merged driver's row, whatever else is selected.
     grid_->SelectRows(row, row);
-    RemoveDrivers(false);
+    RemoveSelectedRows();
     const int survivor = FindDriverRow(editor.DriverID());
     if (survivor >= 0) grid_->SelectRows(survivor, survivor);
   });
@@ -207,8 +221,7 @@ void frmDriverList::RemoveExcludedResults() {
   Guarded(context_.ui, [&] {
     {
       const WaitCursor wait;
-      drivers::RemoveExcludedResults(context_.templateDb, context_.session.League(), context_.state,
-                                     context_.ui);
+      app::RemoveExcludedResults(context_.session, context_.ui);
     }
     context_.ui.ShowMessage(
         {"The results of excluded drivers have been removed from all races,\r\nand the remaining "

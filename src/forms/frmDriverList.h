@@ -20,9 +20,12 @@ class frmDriverList : public QDialog {
 
  private:
   void LoadDrivers();
+  void ShowAgain();
   void SortByColumn(int column);
+  void SortRows();
   void SetExclude(bool exclude);
-  void RemoveDrivers(bool ask);
+  void RemoveDrivers();
+  void RemoveSelectedRows();
   void EditDriver(int row);
   void AddDriver();
   int FindDriverRow(std::int32_t id) const;
@@ -30,13 +33,13 @@ class frmDriverList : public QDialog {
   void UpdateButtons();
   // An empty list shows one empty row.
   bool HasDrivers() const { return grid_->RowData(0) != 0; }
-  std::vector<std::int32_t> SelectedIds() const;
 
   FormContext& context_;
   SelectionGrid* grid_;
   QLabel* lblNumDrivers_;
   std::map<int, QPushButton*> buttons_;
   std::array<bool, 2> ascending_ = {false, true};  // how each column was sorted last
+  int sortedBy_ = -1;                              // a column; -1: as the league lists them
 };
 
 }  // namespace scorvane::forms

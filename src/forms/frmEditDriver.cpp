@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -95,7 +96,7 @@ bool frmEditDriver::SaveNewDriver() {
         {"\"" + DriverName() + "\" already exists!", "Cannot Add Driver", common::MessageIcon::Exclamation});
     return false;
   }
-  driverId_ = drivers::AddDriver(league, Typed());
+  driverId_ = app::AddDriver(context_.session, Typed());
   return true;
 }
 
@@ -104,7 +105,7 @@ bool frmEditDriver::SaveDriver() {
   merged_ = false;
   const auto other = drivers::FindNameClash(league, DriverName(), driverId_);
   if (!other) {
-    drivers::UpdateDriver(league, Typed());
+    app::UpdateDriver(context_.session, Typed());
     return true;
   }
   const common::Message question{
@@ -113,7 +114,7 @@ bool frmEditDriver::SaveDriver() {
           "single driver?",
       "Driver Exists", common::MessageIcon::Question};
   if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return false;
-  drivers::MergeDrivers(league, driverId_, *other);
+  app::MergeDrivers(context_.session, driverId_, *other);
   driverId_ = *other;
   merged_ = true;
   return true;

@@ -6,8 +6,10 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "engine/Format.h"
+#include "forms/Undoing.h"
 #include "forms/frmEditDriver2.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -82,6 +84,8 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, &frmEditRace::EditResult);
   FillGrid();
+  // What is staged is no part of the league yet, and in no history.
+  if (!race_.staged) new DialogUndo(context_, this, [this] { ShowAgain(); });
   grid_->setFocus();
 }
 
@@ -166,6 +170,14 @@ void frmEditRace::FillGrid() {
   SelectionChanged();
 }
 
+// What the league holds now, with the selection that was there.
+void frmEditRace::ShowAgain() {
+  const std::vector<int> selected = grid_->SelectedData();
+  const int row = grid_->FirstSelected();
+  FillGrid();
+  grid_->SelectData(selected, row);
+}
+
 void frmEditRace::SelectionChanged() {
   buttons_[kRemove]->setEnabled(HasResults());
   buttons_[kEdit]->setEnabled(HasResults() && grid_->OneRowSelected());
@@ -179,9 +191,8 @@ void frmEditRace::AddResult() {
   dialog.Entry(entry);
   std::int32_t added = 0;
   dialog.OnSave([&](const scoring::ResultEntry& typed) {
-    return Guarded(context_.ui, [&] {
-      added = scoring::AddResult(context_.session.League(), context_.state, race_, typed, header_.length);
-    });
+    return Guarded(context_.ui,
+                   [&] { added = app::AddResult(context_.session, race_, typed, header_.length); });
   });
   dialog.exec();
   if (dialog.Cancelled()) return;
@@ -207,9 +218,8 @@ void frmEditRace::EditResult(int row) {
     dialog.setWindowTitle(tr("Edit Driver Race Result"));
     dialog.Entry(scoring::ReadResultEntry(league, context_.state, race_, id, header_.length));
     dialog.OnSave([&](const scoring::ResultEntry& typed) {
-      return Guarded(context_.ui, [&] {
-        scoring::UpdateResult(league, context_.state, race_, id, typed, header_.length);
-      });
+      return Guarded(context_.ui,
+                     [&] { app::UpdateResult(context_.session, race_, id, typed, header_.length); });
     });
     dialog.exec();
     if (dialog.Cancelled()) return;
@@ -224,7 +234,7 @@ void frmEditRace::RemoveResults() {
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));
-    scoring::RemoveResults(context_.session.League(), race_, ids);
+    app::RemoveResults(context_.session, race_, ids);
     for (int row = grid_->LastSelected(); row >= first; --row) {
       if (grid_->RowCount() > 1) {
         grid_->RemoveRow(row);
@@ -248,8 +258,12 @@ void frmEditRace::Recalculate() {
   Guarded(context_.ui, [&] {
     {
       const WaitCursor wait;
-      scoring::RecalculateRace(context_.templateDb, context_.session.League(), context_.state, race_.id,
-                               race_.staged);
+      if (race_.staged) {
+        scoring::RecalculateRace(context_.templateDb, context_.session.League(), context_.state, race_.id,
+                                 true);
+      } else {
+        app::Recalculate(context_.session, context_.ui, {race_.id});
+      }
     }
     FillGrid();
   });

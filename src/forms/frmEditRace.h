@@ -21,6 +21,7 @@ class frmEditRace : public QDialog {
  private:
   void ShowHeader(QGridLayout* layout);
   void FillGrid();
+  void ShowAgain();
   SelectionGrid::Row RowOf(const scoring::RaceResult& result) const;
   void SelectionChanged();
   void AddResult();

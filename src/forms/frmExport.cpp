@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "app/Commands.h"
 #include "common/Paths.h"
 #include "engine/Value.h"
 #include "forms/widgets/ButtonRow.h"
@@ -334,7 +335,7 @@ void frmExport::Preview() {
 void frmExport::Export() {
   const bool stored = Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    reports::SavePageSettings(context_.session.League(), Texts(), Look());
+    app::SavePageSettings(context_.session, Texts(), Look());
   });
   if (!stored) return;
   cancelled_ = false;

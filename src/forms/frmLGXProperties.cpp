@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -166,7 +167,7 @@ bool frmLGXProperties::Create() {
 }
 
 void frmLGXProperties::StoreProperties() {
-  app::StoreLeagueProperties(context_.session.League(), context_.state, Properties());
+  app::StoreProperties(context_.session, Properties());
 }
 
 void frmLGXProperties::reject() {

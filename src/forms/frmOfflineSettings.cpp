@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -95,7 +96,7 @@ bool frmOfflineSettings::Store() {
   return Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
     for (int row = 0; row < grid_->RowCount(); ++row) ids.push_back(grid_->RowData(row));
-    scoring::StoreRankCriteria(context_.session.League(), context_.state.simType, ids);
+    app::StoreRankCriteria(context_.session, ids);
     changed_ = false;
   });
 }

@@ -36,6 +36,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   tabs->setObjectName(QStringLiteral("ts"));
   tabs->addTab(BuildPathsTab(), tr("Paths"));
   tabs->addTab(BuildHtmlTab(), tr("HTML"));
+  tabs->addTab(BuildBackupsTab(), tr("Backups"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("OKButton"));
   buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("CancelButton"));
@@ -51,6 +52,8 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   chkBGImage_->setChecked(options.useBackgroundImage);
   txtBGImage_->setText(Q(options.backgroundImage));
   for (std::size_t i = 0; i < lblColor_.size(); ++i) lblColor_[i]->SetColor(options.colors[i]);
+  txtBackupFolder_->setText(Q(options.backups.folder));
+  spnBackupDays_->setValue(options.backups.days);
   txtBGImage_->setEnabled(options.useBackgroundImage);
   cmdBGImage_->setEnabled(options.useBackgroundImage);
 }
@@ -148,6 +151,48 @@ QWidget* frmOptions::BuildHtmlTab() {
   return page;
 }
 
+QWidget* frmOptions::BuildBackupsTab() {
+  auto* page = new QWidget(this);
+  page->setObjectName(QStringLiteral("fraOptions_2"));
+  txtBackupFolder_ = new EntryBox(QStringLiteral("txtBackupFolder"), page);
+  txtBackupFolder_->setPlaceholderText(Q(app::BackupFolder({})));
+  auto* label = new QLabel(tr("Folder for backups:"), page);
+  label->setBuddy(txtBackupFolder_);
+  txtBackupFolder_->setAccessibleName(tr("Folder for backups"));
+  auto* browse = new QPushButton(tr("Browse"), page);
+  browse->setObjectName(QStringLiteral("cmdBackupFolder"));
+  browse->setToolTip(tr("Select the folder that backups go to"));
+  browse->setAutoDefault(false);
+  connect(browse, &QPushButton::clicked, this, &frmOptions::BrowseBackups);
+  spnBackupDays_ = new QSpinBox(page);
+  spnBackupDays_->setObjectName(QStringLiteral("spnBackupDays"));
+  spnBackupDays_->setRange(0, app::kMostBackupDays);
+  spnBackupDays_->setSpecialValueText(tr("None"));
+  auto* days = new QLabel(tr("Days to keep a backup of:"), page);
+  days->setBuddy(spnBackupDays_);
+  spnBackupDays_->setAccessibleName(tr("Days to keep a backup of"));
+  auto* note =
+      new QLabel(tr("A league is backed up by itself before it is first changed on a day.  Of each league, "
+                    "the backups of the last days with changes are kept.  Season > Back Up makes one at "
+                    "any time, and Season > Restore puts one in the place of the league."),
+                 page);
+  note->setWordWrap(true);
+  auto* folder = new QHBoxLayout;
+  folder->addWidget(txtBackupFolder_, 1);
+  folder->addWidget(browse);
+  auto* number = new QHBoxLayout;
+  number->addWidget(days);
+  number->addWidget(spnBackupDays_);
+  number->addStretch();
+  auto* layout = new QVBoxLayout(page);
+  layout->addWidget(label);
+  layout->addLayout(folder);
+  layout->addLayout(number);
+  layout->addStretch();
+  layout->addWidget(note);
+  return page;
+}
+
 void frmOptions::SelectPath() {
   const int row = fgPaths_->CurrentRow();
   if (row < 0) return;
@@ -171,6 +216,13 @@ void frmOptions::BrowseImage() {
   if (!chosen.empty() && !common::TrimBlanks(chosen.front()).empty()) txtBGImage_->setText(Q(chosen.front()));
 }
 
+void frmOptions::BrowseBackups() {
+  const std::string typed = Utf8(txtBackupFolder_->text());
+  const std::string folder =
+      context_.ui.PickFolder("Select the folder for backups...", app::BackupFolder({typed}));
+  if (!folder.empty()) txtBackupFolder_->setText(Q(folder));
+}
+
 app::Options frmOptions::Chosen() const {
   app::Options options;
   for (int row = 0; row < app::kSimulations; ++row)
@@ -180,6 +232,7 @@ app::Options frmOptions::Chosen() const {
   for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();
   options.openPreviousFile = chkLastFileFlag_->isChecked();
   options.showImportAlerts = chkImportAlerts_->isChecked();
+  options.backups = {Utf8(txtBackupFolder_->text()), spnBackupDays_->value()};
   return options;
 }
 

@@ -1,10 +1,11 @@
-// The options: simulation folders, start-up and import, and the page defaults of new leagues. OK and the
-// close box store them in the template.
+// The options: simulation folders, start-up and import, the page defaults of new leagues, and backups. OK and
+// the close box store them in the template.
 #pragma once
 
 #include <QCheckBox>
 #include <QDialog>
 #include <QPushButton>
+#include <QSpinBox>
 #include <array>
 
 #include "app/Options.h"
@@ -29,9 +30,11 @@ class frmOptions : public QDialog {
  private:
   QWidget* BuildPathsTab();
   QWidget* BuildHtmlTab();
+  QWidget* BuildBackupsTab();
   void SelectPath();
   void ClearPaths();
   void BrowseImage();
+  void BrowseBackups();
   app::Options Chosen() const;
   void Confirm();
   bool Store();
@@ -45,6 +48,8 @@ class frmOptions : public QDialog {
   EntryBox* txtBGImage_ = nullptr;
   QPushButton* cmdBGImage_ = nullptr;
   std::array<ColorSquare*, 5> lblColor_{};
+  EntryBox* txtBackupFolder_ = nullptr;
+  QSpinBox* spnBackupDays_ = nullptr;
   bool cancelled_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "forms/frmPointSystem.h"
 
+#include <fmt/format.h>
+
 #include <QButtonGroup>
 #include <QCloseEvent>
 #include <QGridLayout>
@@ -8,6 +10,8 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "app/Commands.h"
+#include "app/RaceList.h"
 #include "engine/Value.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
@@ -43,7 +47,9 @@ frmPointSystem::frmPointSystem(FormContext& context, QWidget* parent)
   save_ = buttons.at(1);
   save_->setEnabled(false);
   connect(save_, &QPushButton::clicked, this, [this] {
-    if (Save()) accept();
+    if (!Save()) return;
+    accept();
+    OfferRecalculation();
   });
   connect(buttons.at(0), &QPushButton::clicked, this, &frmPointSystem::reject);
   Load();
@@ -273,9 +279,7 @@ bool frmPointSystem::Save() {
   // An error leaves the dialog open, with what was typed.
   return Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    scoring::SavePointSystem(context_.session.League(), edited);
-    context_.state.useCustomPointSystem = chkUsePositions_->isChecked();
-    context_.state.useCustomBonusSystem = chkUseBonus_->isChecked();
+    app::SavePointSystem(context_.session, edited);
     dirty_ = false;
   });
 }
@@ -294,8 +298,30 @@ bool frmPointSystem::MayDiscard() {
   }
 }
 
+// The races that are there have the points of before.
+void frmPointSystem::OfferRecalculation() {
+  Guarded(context_.ui, [&] {
+    std::vector<std::int32_t> races;
+    for (const app::ListedRace& race : app::ListRaces(context_.session.League())) races.push_back(race.id);
+    if (races.empty()) return;
+    const common::Message question{
+        fmt::format("The league's races keep the points that they have until they are recalculated.\r\n"
+                    "Recalculating them loses any point or bonus changes that were made by hand.\r\n"
+                    "Do you want to recalculate {} now?",
+                    races.size() == 1 ? "the race" : fmt::format("all {} races", races.size())),
+        "Point System", common::MessageIcon::Question};
+    if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
+    const WaitCursor wait;
+    app::Recalculate(context_.session, context_.ui, races);
+  });
+}
+
 void frmPointSystem::reject() {
-  if (MayDiscard()) QDialog::reject();
+  const bool wasDirty = dirty_;
+  if (!MayDiscard()) return;
+  const bool saved = wasDirty && !dirty_;
+  QDialog::reject();
+  if (saved) OfferRecalculation();
 }
 
 void frmPointSystem::closeEvent(QCloseEvent* event) {

@@ -40,6 +40,7 @@ class frmPointSystem : public QDialog {
   scoring::PointSystemEdit Edited() const;
   bool ReadBonuses(scoring::PointSystemEdit& edited);
   bool Save();
+  void OfferRecalculation();
   // True when the dialog may close: nothing has changed, or the user has said what to do with the changes.
   bool MayDiscard();
   int Whole(Box box) const;

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "app/LeagueSession.h"
 #include "app/RaceList.h"
 #include "app/SimFolders.h"
@@ -80,16 +81,16 @@ void frmRaces::BuildGrid(QWidget* parent) {
   grid_->horizontalHeader()->setStretchLastSection(true);
   connect(grid_, &SelectionGrid::SelectionChanged, this, &frmRaces::UpdateCommands);
   connect(grid_, &SelectionGrid::InsertPressed, this, [this] {
-    if (context_.session.IsOpen()) Import();
+    if (context_.session.IsOpen()) Run(&frmRaces::Import);
   });
   connect(grid_, &SelectionGrid::DeletePressed, this, [this] {
-    if (context_.session.IsOpen()) RemoveRaces();
+    if (context_.session.IsOpen()) Run(&frmRaces::RemoveRaces);
   });
   connect(grid_, &SelectionGrid::EnterPressed, this, [this] {
-    if (IsMet(Needs::OneRace)) EditRace();
+    if (IsMet(Needs::OneRace)) Run(&frmRaces::EditRace);
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, [this](int clicked) {
-    if (grid_->RowData(clicked) >= 1) EditRace();
+    if (grid_->RowData(clicked) >= 1) Run(&frmRaces::EditRace);
   });
 }
 
@@ -100,9 +101,14 @@ QAction* frmRaces::AddItem(QMenu* menu, const char* name, int index, const QStri
   QAction* item = menu->addAction(caption);
   item->setObjectName(QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index));
   item->setShortcut(shortcut);
-  connect(item, &QAction::triggered, this, handler);
+  connect(item, &QAction::triggered, this, [this, handler] { Run(handler); });
   commands_.push_back({item, needs});
   return item;
+}
+
+void frmRaces::Run(Handler command) {
+  (this->*command)();
+  season_->AfterCommand();
 }
 
 void frmRaces::BuildFileMenu() {
@@ -172,11 +178,14 @@ void frmRaces::BuildToolsMenu() {
   AddItem(tools, "mnuTools", 3, tr("Offline Settings"), {}, &frmRaces::OfflineSettings, Needs::OfflineLeague);
 }
 
-// What concerns the season as a whole. The menu is shown once it has an item; one that is added here with
-// AddItem is switched by UpdateCommands, as all others are.
+// What concerns the season as a whole.
 void frmRaces::BuildSeasonMenu() {
   mnuSeason_ = menuBar()->addMenu(tr("&Season"));
   mnuSeason_->setObjectName(QStringLiteral("mnuSeason"));
+  season_ = new SeasonMenu(
+      context_, this, mnuSeason_,
+      {[this] { ShowLeagueAgain(); }, [this](const std::string& path) { OpenLeagueFile(path); },
+       [this] { CloseLeagueFile(); }});
 }
 
 void frmRaces::BuildHelpMenu() {
@@ -216,7 +225,6 @@ QString frmRaces::Hint() const {
 
 void frmRaces::UpdateCommands() {
   for (const Command& command : commands_) command.item->setEnabled(IsMet(command.needs));
-  mnuSeason_->menuAction()->setVisible(!mnuSeason_->isEmpty());
   grid_->SetHint(Hint());
 }
 
@@ -277,6 +285,7 @@ void frmRaces::OpenLeagueFile(const std::string& path) {
     FillRaceGrid();
     recent_.Add(context_.session.League().Name());
     ShowRecentFiles();
+    season_->LeagueChanged();
   });
   // A file that could not be opened, or not be read to its end, is not half open.
   if (!done) CloseLeagueFile();
@@ -292,6 +301,7 @@ void frmRaces::ShowNoRaces() {
   grid_->SetRows({SelectionGrid::Row{}});
   grid_->SelectRows(0, 0);
   UpdateCommands();
+  season_->LeagueChanged();
 }
 
 void frmRaces::FillRaceGrid() {
@@ -312,19 +322,19 @@ void frmRaces::FillRaceGrid() {
   UpdateCommands();
 }
 
+void frmRaces::ShowLeagueAgain() {
+  const std::vector<int> current = {grid_->RowData(grid_->CurrentRow())};
+  const int row = grid_->CurrentRow();
+  Guarded(context_.ui, [&] { FillRaceGrid(); });
+  grid_->SelectData(current, row);
+}
+
 // Another program may have the league open, too: what it has changed is shown when the user comes back.
 void frmRaces::ShowOthersChanges() {
   if (!context_.session.IsOpen() || !context_.session.League().ChangedByOthers()) return;
-  Guarded(context_.ui, [&] {
-    app::ReadLeagueSettings(context_.session.League(), context_.state);
-    const int current = grid_->RowData(grid_->CurrentRow());
-    FillRaceGrid();
-    for (int row = 0; row < grid_->RowCount(); ++row) {
-      if (grid_->RowData(row) != current) continue;
-      grid_->SelectRows(row, row);
-      grid_->scrollTo(grid_->currentIndex());
-    }
-  });
+  Guarded(context_.ui, [&] { app::ReadLeagueSettings(context_.session.League(), context_.state); });
+  ShowLeagueAgain();
+  season_->OthersChanged();
 }
 
 bool frmRaces::event(QEvent* event) {
@@ -406,7 +416,7 @@ void frmRaces::RemoveRaces() {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= grid_->FirstSelected() && HasRaces(); --row)
       ids.push_back(grid_->RowData(row));
-    app::RemoveRaces(context_.session.League(), ids);
+    app::Remove(context_.session, ids);
   });
   const int row = grid_->FirstSelected();
   Guarded(context_.ui, [&] { FillRaceGrid(); });

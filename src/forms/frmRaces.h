@@ -8,6 +8,7 @@
 
 #include "app/RecentFiles.h"
 #include "forms/FormContext.h"
+#include "forms/SeasonMenu.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
@@ -48,6 +49,8 @@ class frmRaces : public QMainWindow {
   void BuildHelpMenu();
   QAction* AddItem(QMenu* menu, const char* name, int index, const QString& caption,
                    const QKeySequence& shortcut, Handler handler, Needs needs = Needs::Nothing);
+  // Every command of the user comes through here, from a menu, a button or a key.
+  void Run(Handler command);
   void ShowRecentFiles();
   void ShowNoRaces();
   // The one place that decides what can be chosen, and what an empty grid says.
@@ -55,6 +58,8 @@ class frmRaces : public QMainWindow {
   bool IsMet(Needs needs) const;
   QString Hint() const;
   bool HasRaces() const { return grid_->RowData(0) != 0; }
+  // What the open league holds now; the chosen race stays chosen while it is there.
+  void ShowLeagueAgain();
   void ShowOthersChanges();
 
   void NewLeagueFile();
@@ -75,6 +80,7 @@ class frmRaces : public QMainWindow {
   app::RecentFiles recent_;
   SelectionGrid* grid_ = nullptr;
   QMenu* mnuSeason_ = nullptr;
+  SeasonMenu* season_ = nullptr;
   std::vector<Command> commands_;
   std::vector<QAction*> recentItems_;  // by slot
   QAction* recentSeparator_ = nullptr;

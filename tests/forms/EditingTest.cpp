@@ -99,6 +99,9 @@ TEST_F(Editing, DriversAreAddedChangedMergedAndRemoved) {
   EXPECT_EQ(Utf8(Find<QLabel>(list, "lblNumDrivers").text()), "0");
   EXPECT_EQ(grid.RowCount(), 1);
   for (const int index : {0, 2, 3, 4}) EXPECT_FALSE(Button(list, index).isEnabled()) << index;
+  EXPECT_EQ(DoneChanges(),
+            (std::vector<std::string>{"Remove 3 drivers", "Remove excluded results", "Exclude 3 drivers",
+                                      "Merge Bob into Ann", "Add Pat O'Test"}));
 }
 
 TEST_F(Editing, PointSystemIsFilledAndSaved) {
@@ -145,6 +148,43 @@ TEST_F(Editing, PointSystemIsFilledAndSaved) {
   EXPECT_EQ(Ask("SELECT Count(*) FROM PointSystem"), "6");
   EXPECT_EQ(Ask("SELECT Points FROM Bonus WHERE BonusID=3"), "12");
   EXPECT_TRUE(state_.useCustomPointSystem);
+  EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Point system"});
+}
+
+TEST_F(Editing, ASavedPointSystemIsOfferedToTheRacesThatAreThere) {
+  engine::Database& league = OpenLeague(0);
+  for (const char* sql : {"INSERT INTO Race (Name, Length, Laps) VALUES ('Daytona','2.5',200)",
+                          "INSERT INTO Driver (Name) VALUES ('Ann')",
+                          "INSERT INTO Stats (RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Points) "
+                          "VALUES (1,1,2,1,200,0,1)"})
+    league.Execute(sql);
+  const auto save = [&](const char* points, const std::function<void(frmPointSystem&)>& end) {
+    frmPointSystem editor(context_);
+    Show(editor);
+    auto& use = Find<QCheckBox>(editor, "chkUsePositions");
+    if (!use.isChecked()) use.click();
+    Find<SelectionGrid>(editor, "fgPoints").SelectRows(0, 0);
+    Type(editor, "txtPoints_3", points);
+    Find<QPushButton>(editor, "cmdFill").click();
+    end(editor);
+    EXPECT_FALSE(editor.isVisible());
+  };
+  ui_.answers = {common::Answer::No};
+  save("50", [](frmPointSystem& editor) { Button(editor, 1).click(); });
+  EXPECT_NE(ui_.messages.back().text.find("Do you want to recalculate the race now?"), std::string::npos);
+  EXPECT_EQ(Ask("SELECT Points FROM Stats"), "1");
+  ui_.answers = {common::Answer::No};
+  save("55", [](frmPointSystem& editor) { editor.close(); });
+  EXPECT_EQ(ui_.messages.back().title, "Unsaved Changes") << "nothing was saved, nothing is offered";
+
+  league.Execute("INSERT INTO Race (Name, Length, Laps) VALUES ('Bristol','0.533',500)");
+  ui_.answers = {common::Answer::Yes, common::Answer::Yes};
+  save("60", [](frmPointSystem& editor) { editor.close(); });
+  EXPECT_NE(ui_.messages.back().text.find("all 2 races"), std::string::npos);
+  ASSERT_EQ(ui_.progress.size(), 1U);
+  EXPECT_EQ(ui_.progress[0]->value, 2);
+  EXPECT_EQ(Ask("SELECT Points FROM Stats"), "65") << "with the bonus of a winner";
+  EXPECT_EQ(DoneChanges(), (std::vector<std::string>{"Recalculate 2 races", "Point system", "Point system"}));
 }
 
 // Hands that select otherwise than the program expects.
@@ -301,6 +341,10 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   EXPECT_FALSE(Button(editor, 1).isEnabled());
   EXPECT_FALSE(Button(editor, 2).isEnabled());
   QTest::keyClick(&grid, Qt::Key_Return);  // nothing to edit
+  EXPECT_EQ(DoneChanges(),
+            (std::vector<std::string>{"Remove 5 results, Daytona", "Recalculate Daytona",
+                                      "Edit J.R New's result, Daytona", "Add J.R New's result, Daytona",
+                                      "Remove Driver 3's result, Daytona"}));
 }
 
 TEST_F(Editing, CriteriaAreOrdered) {
@@ -324,6 +368,7 @@ TEST_F(Editing, CriteriaAreOrdered) {
   EXPECT_EQ(ui_.messages.back().title, "Unsaved Information");
   Click(dialog, 1);
   EXPECT_EQ(Ask("SELECT Name FROM RankCriteria WHERE Priority=1"), Utf8(third));
+  EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Off-line criteria"});
 }
 
 TEST_F(Editing, ColumnsAreChosenAndMoved) {

@@ -19,6 +19,7 @@
 #include "forms/frmEditDriver2.h"
 #include "forms/frmEditRace.h"
 #include "forms/frmExport.h"
+#include "forms/frmHistory.h"
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
@@ -63,6 +64,8 @@ class EveryWindow : public FormFixture {
     show(driver);
     frmPickDriver pick(context_, nullptr);
     show(pick);
+    frmHistory history(context_, {}, nullptr);
+    show(history);
     frmPointSystem points(context_, nullptr);
     show(points);
     frmEditRace race(context_, {1, false}, nullptr);
@@ -122,6 +125,10 @@ TEST_F(EveryWindow, HasNoLetterTwice) {
       for (int i = 0; i < tabs->count(); ++i) claim(tabs->tabText(i));
     for (const auto* menu : window.findChildren<QMenuBar*>())
       for (const QAction* action : menu->actions()) claim(action->text());
+    for (const auto* menu : window.findChildren<QMenu*>()) {
+      owners.clear();
+      for (const QAction* action : menu->actions()) claim(action->text());
+    }
   });
 }
 

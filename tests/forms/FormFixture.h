@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "app/Backup.h"
+#include "app/Commands.h"
 #include "app/ImportFiles.h"
 #include "common/ScriptedUserInterface.h"
 #include "db/LeagueFixture.h"
@@ -28,6 +30,7 @@ class FormFixture : public test::LeagueFixture {
  protected:
   FormFixture() : session_(engine_, *template_, state_, ui_) {
     qputenv("SCORVANE_HOME", QByteArray::fromStdString(folder_.Path().string()));
+    app::SaveBackupOptions(*template_, {{}, 0});
   }
   ~FormFixture() override { qunsetenv("SCORVANE_HOME"); }
 
@@ -92,7 +95,15 @@ class FormFixture : public test::LeagueFixture {
     const app::StagedFiles staged =
         app::StageFiles(session_.League(), state_, ui_, SeasonFiles(), {common::kLapSpeed, true});
     ASSERT_EQ(staged.files.size(), 33U);
-    app::ImportStaged(session_.League(), state_, ui_);
+    app::Import(session_, ui_, staged.files.size());
+  }
+
+  // What was done to the open league, newest first.
+  std::vector<std::string> DoneChanges() {
+    std::vector<std::string> labels;
+    for (const engine::LoggedChange& change : history::List(session_.League()))
+      if (!change.undone) labels.push_back(change.label);
+    return labels;
   }
 
   common::ProcessState state_;

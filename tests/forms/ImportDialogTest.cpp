@@ -237,6 +237,7 @@ TEST_F(ImportDialog, ImportBringsTheListIntoTheLeague) {
   EXPECT_EQ(test::Rows(session_.League(), "SELECT FileName FROM Race"),
             (Strings{"06-bristol.stn", "06-bristol.stn"}));
   EXPECT_EQ(Count("Stats"), Count("STNStats"));
+  EXPECT_EQ(DoneChanges(), Strings{"Import 2 files"});
 }
 
 TEST_F(ImportDialog, AnOfflineLeagueGetsOneEvent) {

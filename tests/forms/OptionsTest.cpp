@@ -104,11 +104,17 @@ TEST_F(OptionsDialog, PageDefaultsAndSwitchesAreStored) {
   Find<QCheckBox>(dialog, "chkLastFileFlag").setChecked(false);
   Find<QCheckBox>(dialog, "chkImportAlerts").setChecked(false);
   // The close box keeps what was chosen.
+  ui_.foldersToPick = {"", "backups here"};
+  Find<QPushButton>(dialog, "cmdBackupFolder").click();
+  EXPECT_EQ(ui_.dialogs.back().folder, folder_.File("Backups")) << "where they go without a choice";
+  Find<QPushButton>(dialog, "cmdBackupFolder").click();
+  Find<QSpinBox>(dialog, "spnBackupDays").setValue(30);
   dialog.show();
   dialog.close();
   EXPECT_FALSE(dialog.Cancelled());
   const std::vector<std::pair<int, std::string>> stored = {
-      {100, "1"}, {101, "/pictures/track.gif"}, {102, "&H000000FF"}, {11, "0"}, {18, "0"}};
+      {100, "1"}, {101, "/pictures/track.gif"},       {102, "&H000000FF"}, {11, "0"},
+      {18, "0"},  {20, folder_.File("backups here")}, {21, "30"}};
   for (const auto& [id, value] : stored) EXPECT_EQ(common::GetSettingValue(*template_, id), value) << id;
 
   frmOptions again(context_);

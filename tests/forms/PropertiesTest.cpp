@@ -212,6 +212,7 @@ TEST_F(Properties, OfTheOpenLeagueAreShownAndStored) {
   EXPECT_EQ(state_.simType, common::kNascarRacing2);
   EXPECT_EQ(state_.droppedRaces, 2);
   EXPECT_EQ(state_.lapReportingMethod, common::kLapSpeed);
+  EXPECT_EQ(DoneChanges(), Strings{"Properties"});
   const std::string path = session_.League().Name();
   session_.CloseLeagueFile();
   EXPECT_EQ(Settings(path), (Strings{"2", "2", "1", "0"}));

@@ -125,6 +125,7 @@ TEST_F(Saving, TheLookOfPages) {
       dialog, league, "Settings", "SettingValue", [&] { Button(dialog, 0).click(); },
       [&] { return Settings(league); });
   EXPECT_EQ(dialog.Texts().heading, "Fall League");
+  EXPECT_EQ(DoneChanges(), std::vector<std::string>{"Page look"});
 }
 
 // What Options offers new leagues is what their pages get.

@@ -287,6 +287,26 @@ void SelectionGrid::SelectRows(int first, int last) {
   selectionModel()->select(block, QItemSelectionModel::ClearAndSelect);
 }
 
+std::vector<int> SelectionGrid::SelectedData() const {
+  std::vector<int> found;
+  for (int row = FirstSelected(); row >= 0 && row <= LastSelected(); ++row) found.push_back(RowData(row));
+  return found;
+}
+
+void SelectionGrid::SelectData(const std::vector<int>& wanted, int otherwise) {
+  int first = -1;
+  int last = -1;
+  for (int row = 0; row < RowCount(); ++row) {
+    if (std::find(wanted.begin(), wanted.end(), RowData(row)) == wanted.end()) continue;
+    if (first < 0) first = row;
+    // Rows that have come apart are no block any more: the first of them stays.
+    if (last < 0 || last == row - 1) last = row;
+  }
+  if (first < 0) first = last = otherwise;
+  SelectRows(first, last);
+  scrollTo(currentIndex());
+}
+
 // What does not fit its cell is shown in full when the mouse rests on it. Worked out then, not for every
 // cell.
 bool SelectionGrid::viewportEvent(QEvent* event) {

@@ -60,6 +60,10 @@ class SelectionGrid : public QTableView {
   int LastSelected() const;
   bool OneRowSelected() const { return FirstSelected() >= 0 && FirstSelected() == LastSelected(); }
   void SelectRows(int first, int last);
+  // What the selected rows are, and the selection of the rows that are the same after the grid was filled
+  // anew; where none of them is left, of the row at `otherwise`.
+  std::vector<int> SelectedData() const;
+  void SelectData(const std::vector<int>& wanted, int otherwise);
 
  signals:
   void SelectionChanged();
