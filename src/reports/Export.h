@@ -92,6 +92,7 @@ class CExport {
   bool BuildRaceTable();
   bool BuildReportTable();
   std::string RaceStatistics(const engine::Recordset& race) const;
+  std::string RacePenalties() const;
   std::string Page() const;
   void AppendRow(std::string& page, std::size_t row) const;
   std::string SizeAttribute() const;
@@ -125,6 +126,7 @@ class CExport {
   std::vector<Column> columns_;
   std::vector<std::vector<std::string>> cells_;
   std::string extraBlock_;
+  std::string penaltyBlock_;
 };
 
 }  // namespace scorvane::reports
