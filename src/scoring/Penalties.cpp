@@ -9,7 +9,6 @@
 #include <set>
 #include <utility>
 
-#include "common/Formats.h"
 #include "common/SqlText.h"
 #include "db/Tables.h"
 #include "engine/EngineError.h"
@@ -83,8 +82,7 @@ class Stewards {
       case PenaltyKind::Disqualification:
         verdict.pointsOff = 0;
         if (std::exchange(verdict.disqualified, true)) break;
-        MoveBack(index, order_.size());
-        ++disqualified_;
+        MoveLast(index);
         break;
     }
   }
@@ -104,6 +102,13 @@ class Stewards {
     const auto target =
         order_.begin() + static_cast<std::ptrdiff_t>(std::min(to, order_.size() - disqualified_ - 1));
     if (target > at) std::rotate(at, at + 1, target + 1);
+  }
+
+  void MoveLast(std::size_t index) {
+    const auto at = std::find(order_.begin(), order_.end(), index);
+    if (at == order_.end()) return;
+    std::rotate(at, at + 1, order_.end());
+    ++disqualified_;
   }
 
   // Gives the results the places of their new order, and what these are worth more or less than the old ones.
@@ -164,6 +169,13 @@ std::int32_t Characters(const std::string& text) {
 }
 
 }  // namespace
+
+std::string CleanReason(std::string_view typed) {
+  constexpr const char* kBlanks = " \t\r\n\v\f";
+  const std::size_t first = typed.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return std::string(typed.substr(first, typed.find_last_not_of(kBlanks) - first + 1));
+}
 
 std::string Ordinal(std::int32_t number) {
   const std::int32_t tens = number % 100;
@@ -232,7 +244,7 @@ std::map<std::int32_t, std::string> PenaltyTexts(engine::Database& league, std::
 }
 
 void CheckPenalty(engine::Database& league, const Penalty& penalty) {
-  const std::string reason(common::TrimBlanks(penalty.reason));
+  const std::string reason = CleanReason(penalty.reason);
   if (reason.empty()) throw PenaltyError("A penalty needs a reason.");
   if (Characters(reason) > kReasonLength)
     throw PenaltyError(
@@ -315,7 +327,7 @@ std::int32_t AddPenalty(engine::Database& templateDb, engine::Database& league, 
       "%H:%M}', ",
       penalty.raceId, penalty.driverId, static_cast<std::int32_t>(penalty.kind),
       penalty.kind == PenaltyKind::Disqualification ? 0 : penalty.amount, fmt::localtime(std::time(nullptr)));
-  common::AppendLiteral(statement, std::string(common::TrimBlanks(penalty.reason)));
+  common::AppendLiteral(statement, CleanReason(penalty.reason));
   league.Execute(statement + ")");
   const std::int32_t id = common::GetMaxID(league, "Penalty", "PenaltyID");
   ApplyPenalties(templateDb, league, state, penalty.raceId);

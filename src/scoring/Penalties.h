@@ -10,6 +10,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/ProcessState.h"
@@ -39,6 +40,8 @@ class PenaltyError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// A reason as it is kept: without blanks and line ends around it.
+std::string CleanReason(std::string_view typed);
 // "10 points off", "moved to 12th", "disqualified".
 std::string Describe(const Penalty& penalty);
 // "12th".

@@ -27,7 +27,7 @@ scoring::Penalty PenaltyOf(const PenaltyOptions& options) {
     throw WrongUse("penalty add takes a RACEID and a DRIVER.");
   const int kinds = (options.points ? 1 : 0) + (options.position ? 1 : 0) + (options.disqualify ? 1 : 0);
   if (kinds != 1) throw WrongUse("A penalty takes one of --points N, --position P and --disqualify.");
-  if (!options.reason || common::TrimBlanks(*options.reason).empty())
+  if (!options.reason || scoring::CleanReason(*options.reason).empty())
     throw WrongUse("A penalty needs a reason: --reason TEXT.");
   scoring::Penalty penalty;
   penalty.raceId = *options.id;
