@@ -49,9 +49,18 @@ std::string Drivers(engine::Database& league, const std::vector<std::int32_t>& i
 
 // What a result belongs to decides whether its change is one of the league.
 template <typename Body>
-auto OfRace(LeagueSession& session, scoring::RaceKey race, const std::string& what, Body body) {
+void OfRace(LeagueSession& session, scoring::RaceKey race, const std::string& what, Body body) {
   if (race.staged) return body();
-  return AsChange(session, fmt::format("{}, {}", what, RaceName(session.League(), race.id)), body);
+  return AsChange(session, fmt::format("{}, {}", what, RaceName(session.League(), race.id)), [&] {
+    scoring::EditWithPenalties(session.Template(), session.League(), session.State(), race.id, body);
+  });
+}
+
+// The outcome of races in which drivers have penalties, or give places to who has, after these drivers
+// changed.
+void ApplyPenalties(LeagueSession& session, const std::vector<std::int32_t>& raceIds) {
+  for (const std::int32_t id : raceIds)
+    scoring::ApplyPenalties(session.Template(), session.League(), session.State(), id);
 }
 
 }  // namespace
@@ -59,6 +68,12 @@ auto OfRace(LeagueSession& session, scoring::RaceKey race, const std::string& wh
 std::string ImportLabel(const common::ProcessState& state, std::size_t files) {
   return fmt::format("{}{} file{}", state.leagueType == common::kOffline ? "Import an event of " : "Import ", files,
                      files == 1 ? "" : "s");
+}
+
+std::string ReplaceLabel(std::size_t files, std::size_t again) {
+  const std::string label = fmt::format("Import {} file{}", files, files == 1 ? "" : "s");
+  if (again == 0) return label;
+  return label + (again == files ? std::string(" again") : fmt::format(", {} of them again", again));
 }
 
 ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files) {
@@ -90,9 +105,10 @@ void Recalculate(LeagueSession& session, common::UserInterface& ui, const std::v
 std::int32_t AddResult(LeagueSession& session, scoring::RaceKey race, const scoring::ResultEntry& entry,
                        float length) {
   const std::string name(common::TrimBlanks(entry.fields[scoring::ResultEntry::kName]));
-  return OfRace(session, race, fmt::format("Add {}'s result", name), [&] {
-    return scoring::AddResult(session.League(), session.State(), race, entry, length);
-  });
+  std::int32_t id = 0;
+  OfRace(session, race, fmt::format("Add {}'s result", name),
+         [&] { id = scoring::AddResult(session.League(), session.State(), race, entry, length); });
+  return id;
 }
 
 void UpdateResult(LeagueSession& session, scoring::RaceKey race, std::int32_t resultId,
@@ -111,6 +127,29 @@ void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vec
          [&] { scoring::RemoveResults(session.League(), race, resultIds); });
 }
 
+std::int32_t AddPenalty(LeagueSession& session, const scoring::Penalty& penalty) {
+  engine::Database& league = session.League();
+  scoring::CheckPenalty(league, penalty);
+  // New tables are no part of a change: they are made before it, and gone again when it fails.
+  session.KeepBackup();
+  engine::UnitOfWork unit(league);
+  scoring::MakePenaltyTables(league);
+  const std::int32_t id =
+      AsChange(session,
+               fmt::format("Penalty for {}, {}", DriverName(league, penalty.driverId),
+                           RaceName(league, penalty.raceId)),
+               [&] { return scoring::AddPenalty(session.Template(), league, session.State(), penalty); });
+  unit.Commit();
+  return id;
+}
+
+void RemovePenalty(LeagueSession& session, std::int32_t penaltyId) {
+  engine::Database& league = session.League();
+  const scoring::Penalty penalty = scoring::ReadPenalty(league, penaltyId);
+  AsChange(session, fmt::format("Remove {}'s penalty, {}", penalty.driver, RaceName(league, penalty.raceId)),
+           [&] { scoring::RemovePenalty(session.Template(), league, session.State(), penaltyId); });
+}
+
 std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver) {
   return AsChange(session, fmt::format("Add {}", common::TrimBlanks(driver.name)),
                   [&] { return drivers::AddDriver(session.League(), driver); });
@@ -126,8 +165,11 @@ void UpdateDriver(LeagueSession& session, const drivers::Driver& driver) {
 
 void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into) {
   engine::Database& league = session.League();
-  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)),
-           [&] { drivers::MergeDrivers(league, from, into); });
+  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)), [&] {
+    const std::vector<std::int32_t> races = scoring::PenalisedRacesOf(league, {from, into});
+    drivers::MergeDrivers(league, from, into);
+    ApplyPenalties(session, races);
+  });
 }
 
 void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bool exclude) {
@@ -138,7 +180,11 @@ void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bo
 
 void RemoveDrivers(LeagueSession& session, const std::vector<std::int32_t>& ids) {
   engine::Database& league = session.League();
-  AsChange(session, "Remove " + Drivers(league, ids), [&] { drivers::RemoveDrivers(league, ids); });
+  AsChange(session, "Remove " + Drivers(league, ids), [&] {
+    const std::vector<std::int32_t> races = scoring::PenalisedRacesOf(league, ids);
+    drivers::RemoveDrivers(league, ids);
+    ApplyPenalties(session, races);
+  });
 }
 
 void RemoveExcludedResults(LeagueSession& session, common::UserInterface& ui) {

@@ -14,6 +14,7 @@
 #include "drivers/Roster.h"
 #include "history/History.h"
 #include "reports/PageExport.h"
+#include "scoring/Penalties.h"
 #include "scoring/PointSystemEdit.h"
 #include "scoring/RaceResults.h"
 
@@ -39,6 +40,8 @@ auto AsChange(LeagueSession& session, std::string label, Body body) {
 // As one change "Import 3 files"; in an off-line league "Import an event of 3 files".
 std::string ImportLabel(const common::ProcessState& state, std::size_t files);
 ImportOutcome Import(LeagueSession& session, common::UserInterface& ui, std::size_t files);
+// "Import 1 file again", "Import 3 files, 1 of them again".
+std::string ReplaceLabel(std::size_t files, std::size_t again);
 void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds);
 // Numbers and scores the races anew, showing progress for several.
 void Recalculate(LeagueSession& session, common::UserInterface& ui, const std::vector<std::int32_t>& raceIds);
@@ -50,6 +53,11 @@ std::int32_t AddResult(LeagueSession& session, scoring::RaceKey race, const scor
 void UpdateResult(LeagueSession& session, scoring::RaceKey race, std::int32_t resultId,
                   const scoring::ResultEntry& entry, float length);
 void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vector<std::int32_t>& resultIds);
+
+// ---- penalties; both throw scoring::PenaltyError, too
+
+std::int32_t AddPenalty(LeagueSession& session, const scoring::Penalty& penalty);
+void RemovePenalty(LeagueSession& session, std::int32_t penaltyId);
 
 // ---- drivers
 

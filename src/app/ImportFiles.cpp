@@ -18,6 +18,7 @@
 #include "import/Tracks.h"
 #include "scoring/OfflineMerge.h"
 #include "scoring/OnlineImport.h"
+#include "scoring/Penalties.h"
 #include "scoring/PointSystem.h"
 
 namespace scorvane::app {
@@ -123,12 +124,17 @@ class StoredRaces {
 
   bool IsEmpty() const { return byTrack_.empty(); }
 
-  // A sentence when the league has the race that was staged from a file.
-  std::string Find(const engine::Recordset& staged, bool offline) const {
+  // The league's race and a sentence when it has the race that was staged from a file.
+  struct Found {
+    std::string reason;
+    std::int32_t raceId = 0;
+  };
+  Found Find(const engine::Recordset& staged, bool offline) const {
     const std::string fileName = staged["FileName"].ToText();
     if (const auto found = byFile_.find(common::LowerCase(fileName)); !offline && found != byFile_.end()) {
-      return fmt::format("the league has a race from a file of this name: race {}, {}", found->second.id,
-                         found->second.name);
+      return {fmt::format("the league has a race from a file of this name: race {}, {}", found->second.id,
+                          found->second.name),
+              found->second.id};
     }
     const std::vector<ResultRow> rows = StagedRows(league_, staged["STNRaceID"].ToLong());
     const auto [first, last] = byTrack_.equal_range(Key(staged["Name"].ToText(), staged["Laps"].ToText()));
@@ -137,8 +143,9 @@ class StoredRaces {
       // An event has one row of each member's file, that of the member.
       const bool same = offline ? HasRowOf(rows, stored) : !rows.empty() && rows == stored;
       if (same) {
-        return fmt::format("the league has these results already: race {}, {}", race->second.id,
-                           race->second.name);
+        return {fmt::format("the league has these results already: race {}, {}", race->second.id,
+                            race->second.name),
+                race->second.id};
       }
     }
     return {};
@@ -310,15 +317,15 @@ std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::Pr
   ChosenFiles chosen;
   for (const StagedFile& file : staged) {
     if (chosen.IsRepeated(file.path)) {
-      found.push_back({file, "it is among the chosen files twice"});
+      found.push_back({file, "it is among the chosen files twice", 0});
       continue;
     }
     if (stored.IsEmpty()) continue;
     const auto race = league.OpenRecordset(
         fmt::format("SELECT STNRaceID, Name, FileName, Laps FROM STNRace WHERE STNRaceID={}", file.raceId));
     if (race.AtEnd()) continue;
-    std::string reason = stored.Find(race, state.leagueType == common::kOffline);
-    if (!reason.empty()) found.push_back({file, std::move(reason)});
+    StoredRaces::Found same = stored.Find(race, state.leagueType == common::kOffline);
+    if (same.raceId != 0) found.push_back({file, std::move(same.reason), same.raceId});
   }
   return found;
 }
@@ -368,6 +375,55 @@ ImportOutcome ImportStaged(engine::Database& league, common::ProcessState& state
     work.Commit();
   }
   ShowHeld(ui, held.Held());
+  return outcome;
+}
+
+namespace {
+
+// Gives the league's race what was imported as a new one, which goes.
+void Replace(engine::Database& league, std::int32_t raceId, std::int32_t imported) {
+  const auto from = league.OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", imported));
+  auto to = league.OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", raceId),
+                                 engine::RecordsetType::Dynaset);
+  to.Edit();
+  for (std::size_t i = 0; i < from.FieldCount(); ++i)
+    if (from.FieldName(i) != "RaceID") to.Set(from.FieldName(i), from.At(i));
+  to.Update();
+  league.Execute(fmt::format("DELETE * FROM Stats WHERE RaceID={}", raceId));
+  league.Execute(fmt::format("UPDATE Stats SET RaceID={} WHERE RaceID={}", raceId, imported));
+  league.Execute(fmt::format("DELETE * FROM Race WHERE RaceID={}", imported));
+}
+
+std::vector<std::int32_t> Keys(engine::Database& league, const std::string& query) {
+  std::vector<std::int32_t> keys;
+  for (auto rows = league.OpenRecordset(query); !rows.AtEnd(); rows.MoveNext())
+    keys.push_back(rows.At(0).ToLong());
+  return keys;
+}
+
+}  // namespace
+
+ImportOutcome ImportReplacing(engine::Database& templateDb, engine::Database& league,
+                              common::ProcessState& state, common::UserInterface& ui,
+                              const std::vector<Replacement>& replacements) {
+  engine::UnitOfWork work(league);
+  const std::int32_t lastRace = common::GetMaxID(league, "Race", "RaceID");
+  const std::vector<std::int32_t> staged = Keys(league, "SELECT STNRaceID FROM STNRace ORDER BY STNRaceID");
+  ImportOutcome outcome = ImportStaged(league, state, ui);
+  // Each staged race has become one, in their order; those of an event the one.
+  const std::vector<std::int32_t> imported =
+      Keys(league, fmt::format("SELECT RaceID FROM Race WHERE RaceID>{} ORDER BY RaceID", lastRace));
+  const bool event = state.leagueType == common::kOffline;
+  for (const Replacement& replacement : replacements) {
+    const auto at = static_cast<std::size_t>(
+        event ? 0 : std::find(staged.begin(), staged.end(), replacement.stagedRaceId) - staged.begin());
+    if (at >= imported.size()) continue;
+    scoring::RescoreWithPenalties(templateDb, league, state, replacement.raceId,
+                                  [&] { Replace(league, replacement.raceId, imported[at]); });
+    --outcome.races;
+    --outcome.leagueRaces;
+  }
+  work.Commit();
   return outcome;
 }
 

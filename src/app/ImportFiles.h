@@ -50,6 +50,7 @@ common::Message FailedFilesWarning(std::size_t failed);
 struct Duplicate {
   StagedFile file;
   std::string reason;  // a sentence without its file: "the league has it already: race 3, Daytona"
+  std::int32_t raceId = 0;  // the league's race; 0 for a file that is chosen twice
 };
 std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::ProcessState& state,
                                       const std::vector<StagedFile>& staged);
@@ -67,6 +68,19 @@ struct ImportOutcome {
   std::int32_t leagueRaces = 0;  // that the league has now
   std::vector<std::string> notes;  // sentences about what the administrator may not have meant
 };
+
+// A staged race that takes the place of one of the league's.
+struct Replacement {
+  std::int32_t stagedRaceId = 0;
+  std::int32_t raceId = 0;
+};
+
+// As ImportStaged; then the races that are replaced have what came for them under their old ids, with their
+// penalties, and the new ones of these are gone again. Off-line all staged races are one event, and so is
+// what it replaces.
+ImportOutcome ImportReplacing(engine::Database& templateDb, engine::Database& league,
+                              common::ProcessState& state, common::UserInterface& ui,
+                              const std::vector<Replacement>& replacements);
 
 // Takes the staged races into the league: each as a race or, off-line, all merged into one event. Throws
 // EngineError; then the league is as it was.

@@ -118,7 +118,40 @@ class Checker {
     Each("SELECT RaceID FROM Race WHERE Length Is Null OR Laps Is Null", [](const engine::Recordset& row) {
       return fmt::format("Race {} has no length or no laps.", row.At(0).ToText());
     });
+    hasPenalties_ =
+        league_.FindTableDef("Penalty") != nullptr && league_.FindTableDef("PenaltyBase") != nullptr;
+    if (hasPenalties_) Penalties();
     Points();
+  }
+
+  void Penalties() {
+    Each(
+        "SELECT Penalty.PenaltyID, Driver.Name, Penalty.RaceID FROM Penalty INNER JOIN Driver ON "
+        "Penalty.DriverID=Driver.DriverID WHERE NOT EXISTS (SELECT StatsID FROM Stats WHERE "
+        "Stats.RaceID=Penalty.RaceID AND Stats.DriverID=Penalty.DriverID)",
+        [](const engine::Recordset& row) {
+          return fmt::format("The penalty {} of {} waits: the driver has no result in race {}.",
+                             row.At(0).ToText(), row.At(1).ToText(), row.At(2).ToText());
+        });
+    Each("SELECT PenaltyID, Kind FROM Penalty WHERE Kind NOT IN (0, 1, 2)", [](const engine::Recordset& row) {
+      return fmt::format("The penalty {} is of no kind that the program knows.", row.At(0).ToText());
+    });
+    Each(
+        "SELECT DISTINCT Stats.RaceID FROM Stats INNER JOIN PenaltyBase ON Stats.StatsID=PenaltyBase.StatsID "
+        "WHERE "
+        "Stats.RaceID NOT IN (SELECT RaceID FROM Penalty)",
+        [](const engine::Recordset& row) {
+          return fmt::format("Race {} has no penalty, and yet its results without penalties are kept.",
+                             row.At(0).ToText());
+        });
+    Each(
+        "SELECT DISTINCT RaceID FROM Stats WHERE RaceID IN (SELECT RaceID FROM Penalty) AND StatsID NOT IN "
+        "(SELECT "
+        "StatsID FROM PenaltyBase)",
+        [](const engine::Recordset& row) {
+          return fmt::format("Race {} has penalties, and not all of its results are kept without them.",
+                             row.At(0).ToText());
+        });
   }
 
   // Position points are the result's points without its bonus; some table must have them.
@@ -133,9 +166,15 @@ class Checker {
     collect(league_.OpenRecordset("SELECT Points FROM PointSystem"));
     std::size_t unexplained = 0;
     std::string examples;
+    // Of a race with penalties the results without them.
     auto rows = league_.OpenRecordset(
-        "SELECT Stats.RaceID, Driver.Name, Stats.Points, Stats.Bonus FROM Stats INNER JOIN Driver ON "
-        "Driver.DriverID=Stats.DriverID ORDER BY Stats.RaceID, Stats.Finish");
+        hasPenalties_
+            ? "SELECT Stats.RaceID, Driver.Name, IIf(PenaltyBase.StatsID Is Null, Stats.Points, "
+              "PenaltyBase.Points), IIf(PenaltyBase.StatsID Is Null, Stats.Bonus, PenaltyBase.Bonus) FROM "
+              "(Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID) LEFT JOIN PenaltyBase ON "
+              "Stats.StatsID=PenaltyBase.StatsID ORDER BY Stats.RaceID, Stats.Finish"
+            : "SELECT Stats.RaceID, Driver.Name, Stats.Points, Stats.Bonus FROM Stats INNER JOIN Driver ON "
+              "Driver.DriverID=Stats.DriverID ORDER BY Stats.RaceID, Stats.Finish");
     for (; !rows.AtEnd(); rows.MoveNext()) {
       const std::int32_t points = rows.At(2).IsNull() ? 0 : rows.At(2).ToLong();
       const std::int32_t bonus = rows.At(3).IsNull() ? 0 : rows.At(3).ToLong();
@@ -154,6 +193,7 @@ class Checker {
   engine::Database& templateDb_;
   std::vector<std::string> faults_;
   bool schemaIsWhole_ = true;
+  bool hasPenalties_ = false;
 };
 
 }  // namespace

@@ -181,4 +181,32 @@ TableDef RankCriteriaTable() {
           {PrimaryKey("RankCriteriaID")}};
 }
 
+TableDef PenaltyTable() {
+  return {"Penalty",
+          {
+              Column("PenaltyID", FieldType::Long, 0, kFixedCounter, true),
+              Column("RaceID", FieldType::Long, 0, kFixed, true),
+              Column("DriverID", FieldType::Long, 0, kFixed, true),
+              Column("Kind", FieldType::Integer, 0, kFixed, true),
+              Column("Amount", FieldType::Long, 0, kFixed),
+              Column("Reason", FieldType::Text, 255, kVariable),
+              Column("Given", FieldType::Text, 20, kVariable),
+          },
+          {PrimaryKey("PenaltyID"), PlainIndex("RacePenalty", "RaceID"),
+           PlainIndex("DriverPenalty", "DriverID")}};
+}
+
+TableDef PenaltyBaseTable() {
+  return {"PenaltyBase",
+          {
+              Column("StatsID", FieldType::Long, 0, kFixed, true),
+              Column("Finish", FieldType::Integer, 0, kFixed),
+              Column("Points", FieldType::Long, 0, kFixed),
+              Column("Bonus", FieldType::Long, 0, kFixed),
+              Column("PrizeMoney", FieldType::Long, 0, kFixed),
+              Column("Status", FieldType::Text, 25, kVariable),
+          },
+          {PrimaryKey("StatsID")}};
+}
+
 }  // namespace scorvane::db

@@ -16,6 +16,9 @@ engine::TableDef StagedResultTable();  // STNStats
 engine::TableDef PointSystemTable();
 engine::TableDef BonusTable();
 engine::TableDef RankCriteriaTable();
+// Made with a league's first penalty, and not before.
+engine::TableDef PenaltyTable();
+engine::TableDef PenaltyBaseTable();  // what results of races with penalties are without them
 
 // A field with the engine's own choice for whatever is left out. `size` counts the characters of a Text.
 engine::Field Column(std::string name, engine::FieldType type, int size = 0, int attributes = 0,

@@ -75,6 +75,8 @@ void UpdateDriver(engine::Database& league, const Driver& driver) {
 void MergeDrivers(engine::Database& league, std::int32_t from, std::int32_t into) {
   engine::UnitOfWork unit(league);
   league.Execute(fmt::format("UPDATE Stats SET DriverID={} WHERE DriverID={}", into, from));
+  if (common::TableExists(league, "Penalty"))
+    league.Execute(fmt::format("UPDATE Penalty SET DriverID={} WHERE DriverID={}", into, from));
   league.Execute(fmt::format("DELETE * FROM Driver WHERE DriverID={}", from));
   unit.Commit();
 }

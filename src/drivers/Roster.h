@@ -36,7 +36,7 @@ std::int32_t AddDriver(engine::Database& league, const Driver& driver);
 // Stores a driver's name, handicap and flags under its key.
 void UpdateDriver(engine::Database& league, const Driver& driver);
 
-// Gives all results of one driver to another and removes the one. No race is recalculated.
+// Gives all results and penalties of one driver to another and removes the one. No race is recalculated.
 void MergeDrivers(engine::Database& league, std::int32_t from, std::int32_t into);
 
 void SetExclude(engine::Database& league, const std::vector<std::int32_t>& ids, bool exclude);

@@ -117,11 +117,14 @@ std::string Summary(const engine::LoggedChange& change) {
     const char* table;
     const char* noun;
   };
-  // In the order in which a user would ask; the staging tables are nobody's concern.
+  // In the order in which a user would ask.
   static constexpr Word kCounted[] = {{"Race", "race"}, {"Stats", "result"}, {"Driver", "driver"}};
+  // Worked out with the results, or nobody's concern.
+  static constexpr const char* kUncounted[] = {"STNRace", "STNStats", "PenaltyBase"};
   static constexpr Word kNamed[] = {{"PointSystem", "point system"},
                                     {"Bonus", "bonus rules"},
                                     {"RankCriteria", "ranking criteria"},
+                                    {"Penalty", "penalties"},
                                     {"Settings", "settings"}};
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
@@ -140,8 +143,9 @@ std::string Summary(const engine::LoggedChange& change) {
   for (const engine::TableChange& counts : change.counts) {
     const auto known = [&](const Word& word) { return engine::SameName(word.table, counts.table); };
     if (std::none_of(std::begin(kCounted), std::end(kCounted), known) &&
-        std::none_of(std::begin(kNamed), std::end(kNamed), known) && !engine::SameName(counts.table, "STNRace") &&
-        !engine::SameName(counts.table, "STNStats"))
+        std::none_of(std::begin(kNamed), std::end(kNamed), known) &&
+        std::none_of(std::begin(kUncounted), std::end(kUncounted),
+                     [&](const char* table) { return engine::SameName(counts.table, table); }))
       add(counts.table);
   }
   return text;

@@ -111,6 +111,9 @@ class CommandLine {
     try {
       run_();
       return std::fflush(stdout) == 0 ? 0 : kFailed;
+    } catch (const cli::WrongUse& e) {
+      fmt::print(stderr, "scorvane-cli: {}\n", e.what());
+      return kWrongUse;
     } catch (const std::exception& e) {
       std::fflush(stdout);
       if (*e.what() != 0) fmt::print(stderr, "scorvane-cli: {}\n", e.what());
@@ -191,7 +194,13 @@ class CommandLine {
             "Where the simulation that exported the pages is installed; its tracks are read from there "
             "(default: the folder that the template knows)")
         ->type_name("DIR");
-    import->add_flag("--again", import_.again, "Import files, too, that the league has already");
+    CLI::Option* again =
+        import->add_flag("--again", import_.again, "Import files, too, that the league has already");
+    import
+        ->add_flag("--replace", import_.replace,
+                   "Let files that the league has already take the place of their races' results; the races' "
+                   "penalties count anew")
+        ->excludes(again);
     import->add_flag("--no-alerts", import_.noAlerts, "Do not say which page is no race final or was edited");
 
     CLI::App* recalculate =
@@ -295,6 +304,37 @@ class CommandLine {
     }
     result->add_option("--reason", result_.reason, "Reason out")->type_name("TEXT");
     result->add_flag("--yes", result_.yes, "remove: do not ask");
+    AddPenaltyCommand();
+  }
+
+  void AddPenaltyCommand() {
+    CLI::App* penalty = AddForLeague("penalty", "Give, list and take back penalties", [this] {
+      penalty_.path = league_;
+      cli::Penalties(common_, penalty_);
+    });
+    penalty->add_option("ACTION", penalty_.action, "What to do")
+        ->required()
+        ->check(CLI::IsMember({"add", "list", "remove"}))
+        ->type_name("");
+    penalty->add_option("ID", penalty_.id,
+                        "add: the race's number; remove: the penalty's, as `list` shows it");
+    penalty->add_option("DRIVER", penalty_.driver, "add: whose result");
+    const auto text = [penalty](const char* flag, std::optional<std::string>& target, const char* help) {
+      return penalty->add_option_function<std::string>(
+          flag, [&target](const std::string& typed) { target = typed; }, help);
+    };
+    text("--points", penalty_.points, "Take points off the result")->type_name("N");
+    text("--position", penalty_.position, "Move the result back to a place; the others move up")
+        ->type_name("P");
+    penalty->add_flag("--disqualify", penalty_.disqualify,
+                      "Put the result last, without points, bonus or money; the others move up");
+    text("--reason", penalty_.reason, "Why; it is shown with the result")->type_name("TEXT");
+    penalty->footer(
+        std::string(
+            "add RACEID DRIVER (--points N | --position P | --disqualify) --reason TEXT, list, remove ID.\n"
+            "Several penalties of a result count in the order in which they were given; a recalculation\n"
+            "keeps them.\n") +
+        kCommonOptions);
   }
 
   void AddHistoryCommands() {
@@ -396,6 +436,7 @@ class CommandLine {
   cli::PointOptions points_;
   cli::RaceOptions race_;
   cli::ResultOptions result_;
+  cli::PenaltyOptions penalty_;
   std::vector<std::int32_t> raceIds_;
   std::vector<std::int32_t> criteria_;
   std::int32_t raceId_ = 0;

@@ -18,6 +18,7 @@
 #include "engine/Format.h"
 #include "platform/Platform.h"
 #include "reports/Report.h"
+#include "scoring/Penalties.h"
 
 namespace scorvane::reports {
 namespace {
@@ -196,6 +197,7 @@ bool CExport::HTML(const std::string& path) {
 
 bool CExport::WriteTable(Writer& writer) {
   extraBlock_.clear();
+  penaltyBlock_.clear();
   if (database_ == nullptr) return false;
   switch (exportType_) {
     case kReport:
@@ -240,6 +242,7 @@ bool CExport::WriteRace(Writer& writer) {
   const auto race = database_->OpenRecordset(fmt::format("SELECT * FROM Race WHERE RaceID={}", reportId_));
   const float length = race["Length"].IsNull() ? 0 : race["Length"].ToSingle();
   extraBlock_ = RaceStatistics(race);
+  penaltyBlock_ = RacePenalties();
 
   std::vector<Column> columns = {{"Finish", kCentred}, {"Start", kCentred},  {"Driver", kLeft},  {"Laps", kCentred},
               {"Led", kCentred},    {"Points", kCentred}, {"Bonus", kCentred}};
@@ -293,6 +296,20 @@ std::string CExport::RaceStatistics(const engine::Recordset& race) const {
     AppendLine(block, "</TR>");
   }
   return block + "\r\n</TABLE>";
+}
+
+// One line a penalty; empty without any. Unlike what the pages have always written as it is, reasons are
+// text.
+std::string CExport::RacePenalties() const {
+  std::string lines;
+  for (const scoring::Penalty& penalty : scoring::ListPenalties(*database_, reportId_)) {
+    if (!penalty.resultId) continue;
+    const std::string line =
+        fmt::format("{}: {} ({})", penalty.driver, scoring::Describe(penalty), penalty.reason);
+    lines +=
+        "<BR>" + WithBreaks(ReplaceAll(ReplaceAll(ReplaceAll(line, "&", "&amp;"), "<", "&lt;"), ">", "&gt;"));
+  }
+  return lines.empty() ? lines : fmt::format("<P align=\"center\">Penalties:{}</P>", lines);
 }
 
 std::string CExport::SizeAttribute() const {
@@ -360,6 +377,7 @@ std::string CExport::Tail() const {
     AppendLine(page, "<p></p>");
     AppendLine(page, "{}", extraBlock_);
   }
+  if (!penaltyBlock_.empty()) AppendLine(page, "{}", penaltyBlock_);
   AppendLine(page, "<p></p>");
   AppendLine(page, "<HR>");
   AppendLine(page, "{}", footer_);

@@ -149,6 +149,7 @@ class CExport {
   bool WriteReport(Writer& writer);
   bool WriteRace(Writer& writer);
   std::string RaceStatistics(const engine::Recordset& race) const;
+  std::string RacePenalties() const;
   std::string Head(const std::vector<Column>& columns) const;
   std::string Tail() const;
   void AppendRow(std::string& page, const std::vector<Column>& columns, std::size_t row,
@@ -168,6 +169,7 @@ class CExport {
   std::array<bool, 3> complete_{};  // table colours, their switches and the layout have been given
   bool hadRows_ = false;
   std::string extraBlock_;          // behind a race's table
+  std::string penaltyBlock_;        // and behind its statistics
 };
 
 }  // namespace scorvane::reports

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "scoring/Penalties.h"
 #include "scoring/PointSystem.h"
 
 namespace scorvane::scoring {
@@ -65,8 +66,10 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
   }
 }
 
-void RecalculateRace(engine::Database& templateDb, engine::Database& league, common::ProcessState& state,
-                     std::int32_t raceId, bool staged) {
+namespace {
+
+void ScoreAnew(engine::Database& templateDb, engine::Database& league, common::ProcessState& state,
+               std::int32_t raceId, bool staged) {
   engine::UnitOfWork unit(league, engine::UnitOfWork::OnError::Keep);
   int column = 0;
   if (state.simType == common::kNascarLegends && !state.useCustomPointSystem)
@@ -100,6 +103,15 @@ void RecalculateRace(engine::Database& templateDb, engine::Database& league, com
 
   ApplyBonusPoints(league, state, raceId, staged);
   unit.Commit();
+}
+
+}  // namespace
+
+void RecalculateRace(engine::Database& templateDb, engine::Database& league, common::ProcessState& state,
+                     std::int32_t raceId, bool staged) {
+  const auto score = [&] { ScoreAnew(templateDb, league, state, raceId, staged); };
+  if (staged) return score();
+  RescoreWithPenalties(templateDb, league, state, raceId, score);
 }
 
 }  // namespace scorvane::scoring

@@ -16,7 +16,8 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
                       bool staged);
 
 // Numbers the starting order anew by qualifying and the finishing order without gaps, and scores every
-// result. Points, bonuses and prize money edited by hand are lost. Loads the point table. Throws EngineError.
+// result. Points, bonuses and prize money edited by hand are lost; penalties are applied as the last step.
+// Loads the point table. Throws EngineError.
 void RecalculateRace(engine::Database& templateDb, engine::Database& league, common::ProcessState& state,
                      std::int32_t raceId, bool staged);
 

@@ -55,6 +55,10 @@ class CliTest(unittest.TestCase):
             file.write(content if isinstance(content, bytes) else content.encode("cp1252"))
         return self.path(name)
 
+    def content(self, path):
+        with open(path, "rb") as file:
+            return file.read()
+
     def refused(self, *args, says):
         """The command fails with a message that names the matter, and prints nothing else."""
         result = cli(*args, check=1)
@@ -445,6 +449,118 @@ class CliTest(unittest.TestCase):
         self.refused("race", self.league, "remove", 3, 9, "--yes", says="no race 9")
         cli("race", self.league, "remove", 3, "--yes")
         self.assertEqual([row["RaceID"] for row in rows("races", self.league)], [1, 4])
+
+    def test_penalties(self):
+        self.create("--drop", "1")
+        cli("import", self.league, *SEASON[:2])
+        pages = [self.path(name) for name in ("before.htm", "after.htm")]
+
+        def sheet():
+            return [[(row["Driver"], row["Finish"], row["Points"], row["Bonus"], row["Status"])
+                     for row in rows("results", self.league, race)] for race in (1, 2)]
+
+        def give(race, driver, *what):
+            return cli("penalty", self.league, "add", race, driver, *what)
+
+        before = sheet()
+        winner, second, third = (row[0] for row in before[0][:3])
+        cli("export", self.league, "--race", 1, "-o", pages[0])
+        raw = self.content(self.league)
+        for wrong in (["--points", "-5"], ["--points", "1.5"], ["--points", "0"], ["--points", "99999999999"], [],
+                      ["--points", "5", "--disqualify"], ["--position", "3rd"]):
+            self.assertEqual(cli("penalty", self.league, "add", 1, winner, *wrong, "--reason", "x", check=2).stdout, "")
+        for wrong in ([], ["--reason", " \t"]):
+            self.assertIn("reason", cli("penalty", self.league, "add", 1, winner, "--points", 5, *wrong, check=2).stderr)
+        for wrong in (["remove"], ["remove", "one"], ["list", "--points", "5"], ["add", "1", "--points", "5"], ["give"]):
+            cli("penalty", self.league, *wrong, check=2)
+        add = ("penalty", self.league, "add")
+        self.refused(*add, 7, winner, "--points", 5, "--reason", "x", says="no race 7")
+        self.refused(*add, 1, "Nobody", "--points", 5, "--reason", "x", says="no driver 'Nobody'")
+        self.refused(*add, 1, winner, "--position", 44, "--reason", "x", says="its last one is 43")
+        self.refused(*add, 1, third, "--position", 2, "--reason", "x", says="3rd already")
+        self.refused("penalty", self.league, "remove", 1, says="no penalty 1")
+        self.assertEqual(self.content(self.league), raw)
+        self.assertNotIn("Penalty", rows("results", self.league, 1)[0])
+        self.assertNotIn("penalties", rows("standings", self.league))
+
+        # 2nd goes to 4th, then the winner out, which moves him up: who was 3rd wins, and the table of the next race knows nothing of it.
+        reason = "<b>Rough</b> & \"late\" | Zoë's"
+        give(1, second, "--position", 4, "--reason", f" {reason} ")
+        give(1, winner, "--disqualify", "--reason", "Illegal car")
+        give(1, winner, "--points", 500, "--reason", "Again")
+        after = sheet()
+        self.assertEqual(after[0][0][:3], (third, 1, before[0][2][2] + 10))
+        self.assertEqual(after[0][2][:3], (second, 3, before[0][1][2] - 5))
+        self.assertEqual(after[0][-1], (winner, 43, -500, 0, "Disqualified"))
+        self.assertEqual(after[1], before[1])
+        penalties = {row["Driver"]: row["Penalty"] for row in rows("results", self.league, 1) if row["Penalty"]}
+        self.assertEqual(penalties, {second: f"{reason} (moved to 4th)",
+                                     winner: "Illegal car (disqualified); Again (500 points off)"})
+        self.assertEqual([row["Penalty"] for row in rows("penalty", self.league, "list")],
+                         ["moved to 4th", "disqualified", "500 points off"])
+        self.assertIn(",Penalty\n", cli("results", self.league, 1, "--format", "csv").stdout)
+        cli("check", self.league)
+
+        # Dropped, the result costs no more than its points; counted, the driver is in the table with fewer than none.
+        def points(driver):
+            return {row["Driver"]: row["Points"] for row in rows("standings", self.league)["rows"]}[driver]
+        other = next(row[2] for row in after[1] if row[0] == winner)
+        self.assertEqual(points(winner), other)
+        cli("settings", self.league, 6, 0)
+        self.assertEqual(points(winner), other - 500)
+        self.assertEqual(len(rows("standings", self.league)["penalties"]), 3)
+
+        # The page has one paragraph more, and the rows of the outcome.
+        cli("export", self.league, "--race", 1, "-o", pages[1])
+        text = self.content(pages[1]).decode("cp1252")
+        line = next(line for line in text.split("\r\n") if line.startswith("<P align"))
+        self.assertEqual(line, f'<P align="center">Penalties:<BR>{second}: moved to 4th (&lt;b&gt;Rough&lt;/b&gt; &amp; '
+                               f'"late" | Zoë\'s)<BR>{winner}: disqualified (Illegal car)<BR>{winner}: 500 points off '
+                               '(Again)</P>')
+
+        # What happens to a race keeps them: scored anew, imported again, edited, merged, undone.
+        cli("recalculate", self.league)
+        self.assertEqual(sheet(), after)
+        self.assertIn("Race 1", cli("import", self.league, SEASON[0], "--replace").stdout)
+        self.assertEqual((sheet(), len(rows("races", self.league))), (after, 2))
+        self.assertEqual(rows("history", self.league)[0]["Change"], "Import 1 file again")
+        self.refused("import", self.league, SEASON[0], SEASON[0], "--replace", says="twice")
+        cli("result", self.league, "edit", 1, third, "--points", after[0][0][2] + 7)
+        self.assertEqual(sheet()[0][0][2], after[0][0][2] + 7)
+        cli("undo", self.league)
+        cli("driver", self.league, "rename", winner, "X" * 50)
+        cli("driver", self.league, "add", "Иван")
+        cli("driver", self.league, "merge", "X" * 50, "Иван")
+        self.assertEqual(sheet()[0][-1], ("Иван", 43, -500, 0, "Disqualified"))
+        cli("undo", self.league, 3)
+        self.assertEqual(sheet(), after)
+        cli("driver", self.league, "remove", third, "--yes")
+        self.assertEqual(sheet()[0][-1], after[0][-1])
+        cli("undo", self.league)
+        cli("result", self.league, "remove", 1, winner, "--yes")
+        self.assertIn("has no result", cli("check", self.league, check=1).stdout)
+        cli("undo", self.league)
+        for penalty in (1, 3, 2):
+            cli("penalty", self.league, "remove", penalty)
+        self.assertEqual(sheet(), before)
+        cli("export", self.league, "--race", 1, "-o", pages[1])
+        self.assertEqual(self.content(pages[1]), self.content(pages[0]))
+        cli("undo", self.league, 3)
+        self.assertEqual(sheet(), after)
+        cli("race", self.league, "remove", 1, "--yes")
+        self.assertEqual(rows("penalty", self.league, "list"), [])
+        cli("check", self.league)
+
+    def test_an_event_is_merged_again_in_its_place(self):
+        files = sorted(glob.glob(os.path.join(STANDINGS_DATA, "offline-*.stn")))
+        cli("create", self.league, "--sim", "nr3", "--type", "offline")
+        cli("import", self.league, *files)
+        first, second = (row["Driver"] for row in rows("results", self.league, 1)[:2])
+        cli("penalty", self.league, "add", 1, first, "--disqualify", "--reason", "Cut the chicane")
+        after = rows("results", self.league, 1)
+        self.assertEqual((after[0]["Driver"], after[-1]["Driver"]), (second, first))
+        cli("import", self.league, *files, "--replace")
+        self.assertEqual((rows("results", self.league, 1), len(rows("races", self.league))), (after, 1))
 
     # ---- wrong use and bad input
 

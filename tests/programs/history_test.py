@@ -15,6 +15,7 @@ import sys
 import tempfile
 
 TABLES = ("Race", "Stats", "Driver", "Settings", "PointSystem", "Bonus", "RankCriteria", "STNRace", "STNStats")
+WITH_PENALTIES = ("Penalty", "PenaltyBase")  # made with the first one; without rows they are as if not there
 KEPT = 100  # changes between two walks to the start, no more than a league keeps
 
 
@@ -48,7 +49,10 @@ class Walker:
     def dump(self):
         # The mark of dropped results is derived.
         dump = {}
-        for table in TABLES:
+        for table in TABLES + WITH_PENALTIES:
+            if table in WITH_PENALTIES and self.run("sql", self.league, f"SELECT * FROM {table}").returncode:
+                dump[table] = []
+                continue
             rows = self.sql(f"SELECT * FROM {table}")
             for row in rows:
                 row.pop("Dropped", None)
@@ -65,6 +69,10 @@ class Walker:
     def race(self):
         races = self.sql("SELECT RaceID FROM Race")
         return self.dice.choice(races)["RaceID"] if races else 1
+
+    def penalty(self):
+        penalties = self.rows("penalty", self.league, "list")
+        return self.dice.choice(penalties)["ID"] if penalties else 1
 
     def in_race(self, race):
         drivers = self.sql("SELECT Driver.Name AS N FROM Driver INNER JOIN Stats ON Driver.DriverID=Stats.DriverID "
@@ -92,6 +100,11 @@ class Walker:
             lambda: ("result", league, "edit", race, self.in_race(race), "--points", number),
             lambda: ("result", league, "edit", race, self.in_race(race), "--name", f"New {number}", "--laps", 7),
             lambda: ("result", league, "remove", race, self.in_race(race), "--yes"),
+            lambda: ("penalty", league, "add", race, self.in_race(race), "--points", number + 1, "--reason", name),
+            lambda: ("penalty", league, "add", race, self.in_race(race), "--position", number % 43 + 1, "--reason", name),
+            lambda: ("penalty", league, "add", race, self.in_race(race), "--disqualify", "--reason", name),
+            lambda: ("penalty", league, "remove", self.penalty()),
+            lambda: ("import", league, "--replace", *dice.sample(self.files, 1)),
             lambda: ("points", league, "--use", dice.choice(["on", "off"])),
             lambda: ("points", league, "--set", self.points()),
             lambda: ("bonus", league, "--set", f"{dice.randint(1, 4)}={dice.randint(0, 9)}"),
@@ -149,7 +162,7 @@ class Walker:
 
 def differ(expected, found):
     lines = []
-    for table in TABLES:
+    for table in TABLES + WITH_PENALTIES:
         for sign, rows in (("-", set(expected[table]) - set(found[table])), ("+", set(found[table]) - set(expected[table]))):
             lines += [f"{sign} {table} {row}" for row in sorted(rows)[:3]]
     return "\n" + "\n".join(lines)

@@ -18,6 +18,12 @@ class CommandError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// A command that cannot be meant: its text is shown and the exit status is 2.
+class WrongUse : public CommandError {
+ public:
+  using CommandError::CommandError;
+};
+
 // What every command takes.
 struct CommonOptions {
   std::string templatePath;  // empty: Kirrelon.dat of the application folder
@@ -44,6 +50,7 @@ struct ImportOptions {
   std::string simFolder;          // the simulation's folder; empty: the one that the template knows
   bool noAlerts = false;
   bool again = false;  // also what the league has already
+  bool replace = false;  // in the place of what the league has already
 };
 void Import(const CommonOptions& common, const ImportOptions& options);
 
@@ -126,6 +133,18 @@ struct ResultOptions {
   bool yes = false;
 };
 void EditResults(const CommonOptions& common, const ResultOptions& options);
+
+struct PenaltyOptions {
+  std::string path;
+  std::string action;              // add, list, remove
+  std::optional<std::int32_t> id;  // of the race, or of the penalty that goes
+  std::string driver;
+  std::optional<std::string> points;
+  std::optional<std::string> position;
+  bool disqualify = false;
+  std::optional<std::string> reason;
+};
+void Penalties(const CommonOptions& common, const PenaltyOptions& options);
 
 // Brings a league file of the old database format over into a new file.
 void Convert(const CommonOptions& common, const std::string& from, const std::string& to);

@@ -9,6 +9,7 @@
 
 #include "app/LeagueSession.h"
 #include "common/ProcessState.h"
+#include "drivers/Roster.h"
 #include "engine/Database.h"
 #include "programs/cli/CliUserInterface.h"
 #include "programs/cli/Commands.h"
@@ -67,5 +68,12 @@ struct RaceFacts {
   engine::Value laps;
 };
 RaceFacts NeedRace(engine::Database& league, std::int32_t raceId);
+
+// The driver of a name, letter case aside; throws CommandError, with names that come near, when there is
+// none.
+drivers::Driver NeedDriver(engine::Database& league, const std::string& name);
+
+// The league's penalties by race, as `penalty list` shows them.
+OutputTable PenaltyTable(engine::Database& league);
 
 }  // namespace scorvane::cli

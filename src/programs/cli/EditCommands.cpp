@@ -62,6 +62,8 @@ void SayOldPoints(Context& context) {
                           races == 1 ? "it" : "them"));
 }
 
+}  // namespace
+
 drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
   const auto id = drivers::FindNameClash(league, name, std::nullopt);
   const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
@@ -69,6 +71,8 @@ drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
     throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
   return *driver;
 }
+
+namespace {
 
 void NeedNames(const DriverOptions& options, std::size_t fewest, std::size_t most, const char* what) {
   if (options.names.size() < fewest || options.names.size() > most)

@@ -54,6 +54,32 @@ bool MentionsLapTimes(const std::vector<std::string>& texts) {
   throw CommandError(reason);
 }
 
+// Which races the files that the league has already take the place of. Refuses what leaves that open.
+std::vector<app::Replacement> Replacements(const std::vector<app::Duplicate>& duplicates,
+                                           const common::ProcessState& state, common::HeldMessages& held) {
+  std::vector<app::Replacement> replacements;
+  for (const app::Duplicate& duplicate : duplicates) {
+    if (duplicate.raceId == 0) {
+      held.ShowMessage({fmt::format("{}: {}.", duplicate.file.path, duplicate.reason)});
+      Refuse(held, "Nothing was imported.");
+    }
+    const auto same = std::find_if(
+        replacements.begin(), replacements.end(),
+        [&](const app::Replacement& replacement) { return replacement.raceId == duplicate.raceId; });
+    const bool event = state.leagueType == common::kOffline;
+    if (same == replacements.end() && (!event || replacements.empty())) {
+      replacements.push_back({duplicate.file.raceId, duplicate.raceId});
+    } else if (same == replacements.end()) {
+      Refuse(held, fmt::format("The files belong to races {} and {}; nothing was imported.",
+                               replacements.front().raceId, duplicate.raceId));
+    } else if (!event) {
+      Refuse(held, fmt::format("Two of the files would take the place of race {}; nothing was imported.",
+                               duplicate.raceId));
+    }
+  }
+  return replacements;
+}
+
 }  // namespace
 
 void Create(const CommonOptions& common, const CreateOptions& options) {
@@ -99,19 +125,40 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
     Refuse(held, fmt::format("{} of {} file{} could not be read; nothing was imported.", staged.failed,
                              paths.size(), paths.size() == 1 ? "" : "s"));
   }
+  std::vector<app::Replacement> replacements;
   if (!options.again) {
     const std::vector<app::Duplicate> duplicates = app::FindDuplicates(league, context.state, staged.files);
-    for (const app::Duplicate& duplicate : duplicates)
-      held.ShowMessage({fmt::format("{}: {}.", duplicate.file.path, duplicate.reason)});
-    if (!duplicates.empty())
-      Refuse(held, "Nothing was imported. --again imports such files all the same.");
+    if (options.replace) {
+      replacements = Replacements(duplicates, context.state, held);
+    } else {
+      for (const app::Duplicate& duplicate : duplicates)
+        held.ShowMessage({fmt::format("{}: {}.", duplicate.file.path, duplicate.reason)});
+      if (!duplicates.empty()) {
+        Refuse(
+            held,
+            "Nothing was imported. --replace puts such files in the place of what is there, --again imports "
+            "them all the same.");
+      }
+    }
   }
-  const app::ImportOutcome outcome = app::ImportStaged(league, context.state, held);
+  const app::ImportOutcome outcome =
+      replacements.empty()
+          ? app::ImportStaged(league, context.state, held)
+          : app::ImportReplacing(context.Template(), league, context.state, held, replacements);
   if (!outcome.done) Refuse(held, "There is nobody to rank; nothing was imported.");
-  change.SetLabel(app::ImportLabel(context.state, paths.size()));
+  const bool event = context.state.leagueType == common::kOffline;
+  change.SetLabel(replacements.empty()
+                      ? app::ImportLabel(context.state, paths.size())
+                      : app::ReplaceLabel(paths.size(), event ? paths.size() : replacements.size()));
   change.Commit();
   held.Release();
-  if (context.state.leagueType == common::kOffline) {
+  for (const app::Replacement& replacement : replacements) {
+    context.Say(fmt::format("Race {}, {}, has the new results now.", replacement.raceId,
+                            NeedRace(league, replacement.raceId).name));
+  }
+  if (!replacements.empty() && outcome.races == 0) {
+    context.Say(fmt::format("The league has {} as before.", Plural(outcome.leagueRaces, "race")));
+  } else if (event) {
     context.Say(fmt::format("Merged {} into a race of {}; the league has {}.", Plural(paths.size(), "file"),
                             Plural(outcome.drivers, "driver"), outcome.leagueRaces));
   } else {

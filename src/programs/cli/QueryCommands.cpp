@@ -8,6 +8,7 @@
 #include "programs/cli/ReportNames.h"
 #include "reports/DroppedRaces.h"
 #include "reports/Report.h"
+#include "scoring/Penalties.h"
 
 namespace scorvane::cli {
 namespace {
@@ -62,15 +63,27 @@ void Races(const CommonOptions& common, const std::string& path) {
 
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId) {
   Context context(common, path, app::LeagueSession::Use::Looking);
-  NeedRace(context.League(), raceId);
-  PrintQuery(
-      common, context.League(),
+  engine::Database& league = context.League();
+  NeedRace(league, raceId);
+  auto rows = league.OpenRecordset(
       fmt::format("SELECT Stats.Finish, Stats.Start, Driver.Name AS Driver, Stats.LapsRun, Stats.LapsLed, "
                   "Stats.Points, Stats.Bonus, Stats.AvgSpeed, Stats.Qualifying, Stats.Status, "
-                  "Stats.PrizeMoney, Stats.Dropped "
+                  "Stats.PrizeMoney, Stats.Dropped, Stats.StatsID "
                   "FROM Stats INNER JOIN Driver ON Driver.DriverID=Stats.DriverID "
                   "WHERE Stats.RaceID={} ORDER BY Stats.Finish",
                   raceId));
+  OutputTable table = TableOf(rows);
+  // The key only tells whose the penalties are.
+  const auto penalties = scoring::PenaltyTexts(league, raceId);
+  table.columns.pop_back();
+  if (!penalties.empty()) table.columns.push_back({"Penalty"});
+  for (auto& row : table.rows) {
+    const auto penalty = penalties.find(row.back().ToLong());
+    row.pop_back();
+    if (!penalties.empty())
+      row.push_back(penalty == penalties.end() ? engine::Value() : engine::Value(penalty->second));
+  }
+  Print(table, common.format, common.decimal);
 }
 
 void Drivers(const CommonOptions& common, const std::string& path) {
@@ -103,8 +116,11 @@ void Standings(const CommonOptions& common, const std::string& path, const std::
       std::string columns;
       for (std::size_t c = 1; c < table.columns.size(); ++c)
         columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
-      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n",
-                 JsonText(info.name), JsonText(caption), columns, JsonRows(table, 1));
+      const OutputTable penalties = PenaltyTable(context.League());
+      const std::string listed =
+          penalties.rows.empty() ? std::string() : ",\n\"penalties\": " + JsonRows(penalties, 1);
+      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}{}\n}}\n",
+                 JsonText(info.name), JsonText(caption), columns, JsonRows(table, 1), listed);
       break;
     }
   }
