@@ -198,11 +198,9 @@ void frmEditRace::AddResult() {
   if (dialog.Cancelled()) return;
   Guarded(context_.ui, [&] {
     // The new result stands at the end until the race is opened again or recalculated.
-    for (const scoring::RaceResult& result : scoring::ReadRaceResults(context_.session.League(), race_)) {
-      if (result.id != added) continue;
-      if (HasResults()) grid_->AddRow({});
-      grid_->SetRow(grid_->RowCount() - 1, RowOf(result));
-    }
+    SelectionGrid::Row row = RowOf(scoring::ReadRaceResult(context_.session.League(), race_, added));
+    if (HasResults()) grid_->AddRow({});
+    grid_->SetRow(grid_->RowCount() - 1, std::move(row));
   });
   grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   grid_->scrollToBottom();
@@ -223,8 +221,7 @@ void frmEditRace::EditResult(int row) {
     });
     dialog.exec();
     if (dialog.Cancelled()) return;
-    for (const scoring::RaceResult& result : scoring::ReadRaceResults(league, race_))
-      if (result.id == id) grid_->SetRow(row, RowOf(result));
+    grid_->SetRow(row, RowOf(scoring::ReadRaceResult(league, race_, id)));
   });
 }
 

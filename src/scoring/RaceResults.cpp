@@ -85,19 +85,18 @@ RaceHeader ReadRaceHeader(engine::Database& league, const common::ProcessState& 
   return header;
 }
 
-std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race) {
-  const std::string sql =
-      race.staged ? fmt::format(
-                        "SELECT Start, Finish, DriverName as Name, LapsRun, LapsLed, Points, Bonus, "
-                        "Qualifying, ReasonOut as Status, Exclude, STNStatsID As StatsID, AvgSpeed "
-                        "FROM STNStats WHERE STNRaceID={} ORDER BY Finish",
-                        race.id)
-                  : fmt::format(
-                        "SELECT Stats.*, Driver.Name, Driver.Exclude FROM Stats INNER JOIN Driver ON "
-                        "Driver.DriverID=Stats.DriverID WHERE RaceID={} ORDER BY Finish",
-                        race.id);
+namespace {
+
+// The results that meet a condition of their table, in finishing order.
+std::vector<RaceResult> SelectResults(engine::Database& league, bool staged, const std::string& condition) {
+  const std::string_view columns =
+      staged ? "SELECT Start, Finish, DriverName as Name, LapsRun, LapsLed, Points, Bonus, Qualifying, "
+               "ReasonOut as Status, Exclude, STNStatsID As StatsID, AvgSpeed FROM STNStats"
+             : "SELECT Stats.*, Driver.Name, Driver.Exclude FROM Stats INNER JOIN Driver ON "
+               "Driver.DriverID=Stats.DriverID";
+  auto rows = league.OpenRecordset(fmt::format("{} WHERE {} ORDER BY Finish", columns, condition));
   std::vector<RaceResult> results;
-  for (auto rows = league.OpenRecordset(sql); !rows.AtEnd(); rows.MoveNext()) {
+  for (; !rows.AtEnd(); rows.MoveNext()) {
     RaceResult result;
     result.id = rows["StatsID"].ToLong();
     result.start = rows["Start"];
@@ -114,6 +113,20 @@ std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race) 
     results.push_back(std::move(result));
   }
   return results;
+}
+
+}  // namespace
+
+std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race) {
+  return SelectResults(league, race.staged,
+                       fmt::format("{}={}", race.staged ? "STNRaceID" : "RaceID", race.id));
+}
+
+RaceResult ReadRaceResult(engine::Database& league, RaceKey race, std::int32_t resultId) {
+  auto found = SelectResults(league, race.staged,
+                             fmt::format("{}={}", race.staged ? "STNStatsID" : "StatsID", resultId));
+  if (found.empty()) throw engine::EngineError(engine::kNoCurrentRecord);
+  return std::move(found.front());
 }
 
 ResultEntry ReadResultEntry(engine::Database& league, const common::ProcessState& state, RaceKey race,

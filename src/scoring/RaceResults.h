@@ -74,6 +74,8 @@ RaceHeader ReadRaceHeader(engine::Database& league, const common::ProcessState& 
 
 // In finishing order. Throws EngineError.
 std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race);
+// One of them. Throws EngineError 3021 when there is no such result.
+RaceResult ReadRaceResult(engine::Database& league, RaceKey race, std::int32_t resultId);
 
 // A result as it is edited; a qualifying speed is turned into the lap time (seconds) of `length` miles when
 // the league reports times. Throws EngineError 3021 when there is no such result.
