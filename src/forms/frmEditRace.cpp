@@ -6,12 +6,15 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "app/Commands.h"
 #include "common/Formats.h"
 #include "engine/Format.h"
 #include "forms/frmEditDriver2.h"
+#include "forms/frmPenalty.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
+#include "scoring/Penalties.h"
 #include "scoring/RaceScoring.h"
 
 namespace scorvane::forms {
@@ -51,7 +54,7 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
   grid_->SetColumns(
       {{tr("Finish"), 750, Qt::AlignHCenter},
        {tr("Start"), 700, Qt::AlignHCenter},
-       {tr("Driver"), 2400, Qt::AlignLeft},
+       {tr("Driver"), 2400, Qt::AlignLeft, {}, true},
        {tr("Laps"), 650, Qt::AlignHCenter},
        {tr("Led"), 600, Qt::AlignHCenter},
        {tr("Points"), 800, Qt::AlignHCenter},
@@ -69,6 +72,16 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
                          {kAdd, tr("&Add"), tr("Add a new driver's results")},
                          {kRecalc, tr("Re&calc"), tr("Recalculate points and bonuses")},
                          {kClose, tr("Close"), tr("Close this dialog")}});
+  if (!race_.staged) {
+    cmdPenalty_ = new QPushButton(tr("&Penalty..."), this);
+    cmdPenalty_->setObjectName(QStringLiteral("cmdPenalty"));
+    cmdPenalty_->setToolTip(tr("Give this result a penalty"));
+    cmdPenalty_->setAutoDefault(false);
+    // Apart from the others, at the other end of their row.
+    static_cast<QBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, cmdPenalty_);
+    setTabOrder(grid_, cmdPenalty_);
+    connect(cmdPenalty_, &QPushButton::clicked, this, &frmEditRace::GivePenalty);
+  }
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
   connect(buttons_[kEdit], &QPushButton::clicked, this, [this] { EditResult(grid_->CurrentRow()); });
   connect(buttons_[kRemove], &QPushButton::clicked, this, &frmEditRace::RemoveResults);
@@ -147,11 +160,13 @@ SelectionGrid::Row frmEditRace::RowOf(const scoring::RaceResult& result) const {
            text(result.lapsLed), text(result.points), text(result.bonus),
            oldSimulation ? Speed(result.avgSpeed) : QString(), Speed(result.qualifying), Q(result.status)},
           result.id,
-          result.excluded};
+          result.excluded,
+          penalties_.contains(result.id) ? Q(penalties_.at(result.id)) : QString()};
 }
 
 void frmEditRace::FillGrid() {
   const std::vector<scoring::RaceResult> results = scoring::ReadRaceResults(context_.session.League(), race_);
+  if (!race_.staged) penalties_ = scoring::PenaltyTexts(context_.session.League(), race_.id);
   {
     const QSignalBlocker quiet(grid_);
     grid_->setUpdatesEnabled(false);
@@ -169,6 +184,28 @@ void frmEditRace::FillGrid() {
 void frmEditRace::SelectionChanged() {
   buttons_[kRemove]->setEnabled(HasResults());
   buttons_[kEdit]->setEnabled(HasResults() && grid_->OneRowSelected());
+  if (cmdPenalty_ != nullptr) cmdPenalty_->setEnabled(HasResults() && grid_->OneRowSelected());
+}
+
+void frmEditRace::ShowOutcome() {
+  if (race_.staged || !scoring::HasPenalties(context_.session.League(), race_.id)) return;
+  const int row = grid_->FirstSelected();
+  FillGrid();
+  grid_->SelectRows(row, row);
+}
+
+void frmEditRace::GivePenalty() {
+  const std::int32_t id = grid_->RowData(grid_->CurrentRow());
+  if (id == 0) return;
+  Guarded(context_.ui, [&] {
+    const auto driver = scoring::DriverOfResult(context_.session.League(), id);
+    frmPenalty dialog(context_, race_.id, driver, grid_->Cell(grid_->CurrentRow(), kDriver), this);
+    dialog.exec();
+    if (!dialog.Given()) return;
+    FillGrid();
+    for (int row = 0; row < grid_->RowCount(); ++row)
+      if (grid_->RowData(row) == id) grid_->SelectRows(row, row);
+  });
 }
 
 void frmEditRace::AddResult() {
@@ -179,9 +216,8 @@ void frmEditRace::AddResult() {
   dialog.Entry(entry);
   std::int32_t added = 0;
   dialog.OnSave([&](const scoring::ResultEntry& typed) {
-    return Guarded(context_.ui, [&] {
-      added = scoring::AddResult(context_.session.League(), context_.state, race_, typed, header_.length);
-    });
+    return Guarded(context_.ui,
+                   [&] { added = app::AddResult(context_.session, race_, typed, header_.length); });
   });
   dialog.exec();
   if (dialog.Cancelled()) return;
@@ -196,6 +232,7 @@ void frmEditRace::AddResult() {
   grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   grid_->scrollToBottom();
   SelectionChanged();
+  Guarded(context_.ui, [&] { ShowOutcome(); });
 }
 
 void frmEditRace::EditResult(int row) {
@@ -207,14 +244,14 @@ void frmEditRace::EditResult(int row) {
     dialog.setWindowTitle(tr("Edit Driver Race Result"));
     dialog.Entry(scoring::ReadResultEntry(league, context_.state, race_, id, header_.length));
     dialog.OnSave([&](const scoring::ResultEntry& typed) {
-      return Guarded(context_.ui, [&] {
-        scoring::UpdateResult(league, context_.state, race_, id, typed, header_.length);
-      });
+      return Guarded(context_.ui,
+                     [&] { app::UpdateResult(context_.session, race_, id, typed, header_.length); });
     });
     dialog.exec();
     if (dialog.Cancelled()) return;
     for (const scoring::RaceResult& result : scoring::ReadRaceResults(league, race_))
       if (result.id == id) grid_->SetRow(row, RowOf(result));
+    ShowOutcome();
   });
 }
 
@@ -224,7 +261,7 @@ void frmEditRace::RemoveResults() {
   Guarded(context_.ui, [&] {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));
-    scoring::RemoveResults(context_.session.League(), race_, ids);
+    app::RemoveResults(context_.session, race_, ids);
     for (int row = grid_->LastSelected(); row >= first; --row) {
       if (grid_->RowCount() > 1) {
         grid_->RemoveRow(row);
@@ -235,6 +272,7 @@ void frmEditRace::RemoveResults() {
   });
   grid_->SelectRows(first, first);
   SelectionChanged();
+  Guarded(context_.ui, [&] { ShowOutcome(); });
 }
 
 void frmEditRace::Recalculate() {
@@ -248,8 +286,12 @@ void frmEditRace::Recalculate() {
   Guarded(context_.ui, [&] {
     {
       const WaitCursor wait;
-      scoring::RecalculateRace(context_.templateDb, context_.session.League(), context_.state, race_.id,
-                               race_.staged);
+      if (race_.staged) {
+        scoring::RecalculateRace(context_.templateDb, context_.session.League(), context_.state, race_.id,
+                                 true);
+      } else {
+        app::Recalculate(context_.session, context_.ui, {race_.id});
+      }
     }
     FillGrid();
   });

@@ -26,6 +26,7 @@
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPenalties.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
@@ -177,6 +178,7 @@ void frmRaces::BuildToolsMenu() {
 void frmRaces::BuildSeasonMenu() {
   mnuSeason_ = menuBar()->addMenu(tr("&Season"));
   mnuSeason_->setObjectName(QStringLiteral("mnuSeason"));
+  AddItem(mnuSeason_, "mnuSeason", 10, tr("&Penalties..."), {}, &frmRaces::Penalties, Needs::Races);
 }
 
 void frmRaces::BuildHelpMenu() {
@@ -477,6 +479,10 @@ void frmRaces::PointSystem() {
     frmPointSystem(context_, this).exec();
     app::ReadLeagueSettings(context_.session.League(), context_.state);
   });
+}
+
+void frmRaces::Penalties() {
+  Guarded(context_.ui, [&] { frmPenalties(context_, this).exec(); });
 }
 
 void frmRaces::OfflineSettings() {
