@@ -39,7 +39,7 @@ class frmEditRace : public QDialog {
   bool averageSpeed_;
   SelectionGrid* grid_;
   std::map<int, QPushButton*> buttons_;
-  QPushButton* cmdPenalty_ = nullptr;             // none in a race that is being imported
+  QPushButton* cmdPenalty_ = nullptr;              // none in a race that is being imported
   std::map<std::int32_t, std::string> penalties_;  // by result
 };
 
