@@ -208,7 +208,7 @@ TEST_F(MainWindow, TheMenusStandAsTheyAreAndNoneIsEmpty) {
   std::string shown;
   for (const QAction* menu : window_.menuBar()->actions())
     if (menu->isVisible()) shown += Utf8(menu->text()) + " ";
-  EXPECT_EQ(shown, "&File &Race &Tools &Help ");
+  EXPECT_EQ(shown, "&File &Race &Tools &Season &Help ");
 }
 
 TEST_F(MainWindow, ALeagueThatWasNotMadeIsNotOpened) {
