@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <tuple>
+#include <vector>
 
 #include "app/Commands.h"
 #include "app/LeagueSession.h"
@@ -31,6 +33,8 @@
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPenalties.h"
+#include "forms/frmPenalty.h"
 #include "forms/frmPickDriver.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
@@ -238,6 +242,37 @@ int main(int argc, char** argv) {
     forms::frmEditDriver2 dialog(context, &window);
     photographer.Take(dialog, "result");
   }
+  {
+    forms::frmPenalties dialog(context, &window);
+    photographer.Take(dialog, "penalties-none");
+  }
+  {
+    forms::frmPenalty dialog(context, 1, 1, QStringLiteral("Dale Earnhardt"), &window);
+    photographer.Take(dialog, "penalty");
+  }
+  // Some that were given before, taken back at the end: the league is the same for every theme and size.
+  std::vector<std::int32_t> given;
+  for (const auto& [kind, amount, reason] :
+       {std::tuple{scoring::PenaltyKind::Position, 8, "Blocking on the last lap"},
+        std::tuple{scoring::PenaltyKind::Points, 25, "Missed the drivers' meeting"},
+        std::tuple{scoring::PenaltyKind::Disqualification, 0, "Illegal setup"}}) {
+    scoring::Penalty penalty;
+    penalty.raceId = 1;
+    penalty.driverId = static_cast<std::int32_t>(given.size()) + 1;
+    penalty.kind = kind;
+    penalty.amount = amount;
+    penalty.reason = reason;
+    given.push_back(app::AddPenalty(session, penalty));
+  }
+  {
+    forms::frmPenalties dialog(context, &window);
+    photographer.Take(dialog, "penalties");
+  }
+  {
+    forms::frmEditRace dialog(context, {1, false}, &window);
+    photographer.Take(dialog, "race-penalties");
+  }
+  app::RemovePenalties(session, given);
   {
     forms::frmOfflineSettings dialog(context, &window);
     photographer.Take(dialog, "offline");

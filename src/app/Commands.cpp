@@ -143,11 +143,16 @@ std::int32_t AddPenalty(LeagueSession& session, const scoring::Penalty& penalty)
   return id;
 }
 
-void RemovePenalty(LeagueSession& session, std::int32_t penaltyId) {
+void RemovePenalties(LeagueSession& session, const std::vector<std::int32_t>& penaltyIds) {
   engine::Database& league = session.League();
-  const scoring::Penalty penalty = scoring::ReadPenalty(league, penaltyId);
-  AsChange(session, fmt::format("Remove {}'s penalty, {}", penalty.driver, RaceName(league, penalty.raceId)),
-           [&] { scoring::RemovePenalty(session.Template(), league, session.State(), penaltyId); });
+  const std::string what = OneOrMany(penaltyIds, "penalties", [&](std::int32_t id) {
+    const scoring::Penalty penalty = scoring::ReadPenalty(league, id);
+    return fmt::format("{}'s penalty, {}", penalty.driver, RaceName(league, penalty.raceId));
+  });
+  AsChange(session, "Remove " + what, [&] {
+    for (const std::int32_t id : penaltyIds)
+      scoring::RemovePenalty(session.Template(), league, session.State(), id);
+  });
 }
 
 std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver) {

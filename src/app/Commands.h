@@ -1,6 +1,7 @@
-// The commands that change a league, each as one change that can be taken back: what the window and the command
-// line both do. Behind each stands an operation of a lower floor; here it gets its name in the history, its
-// transaction and the day's backup. All throw what their operation throws; the league is then as it was.
+// The commands that change a league, each as one change that can be taken back: what the window and the
+// command line both do. Behind each stands an operation of a lower floor; here it gets its name in the
+// history, its transaction and the day's backup. All throw what their operation throws; the league is then as
+// it was.
 #pragma once
 
 #include <cstdint>
@@ -57,7 +58,7 @@ void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vec
 // ---- penalties; both throw scoring::PenaltyError, too
 
 std::int32_t AddPenalty(LeagueSession& session, const scoring::Penalty& penalty);
-void RemovePenalty(LeagueSession& session, std::int32_t penaltyId);
+void RemovePenalties(LeagueSession& session, const std::vector<std::int32_t>& penaltyIds);
 
 // ---- drivers
 
@@ -76,7 +77,8 @@ void StoreProperties(LeagueSession& session, const LeagueProperties& properties)
 void StoreSetting(LeagueSession& session, int id, const std::string& value);
 void SavePageSettings(LeagueSession& session, const reports::PageTexts& texts, const reports::PageLook& look);
 
-// How many races have been scored under the rules as they were before, for what is said after a change of them.
+// How many races have been scored under the rules as they were before, for what is said after a change of
+// them.
 std::int32_t CountRaces(engine::Database& league);
 
 // ---- going back and forth; the settings that the whole program shares are read anew

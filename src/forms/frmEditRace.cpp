@@ -11,9 +11,11 @@
 #include "engine/Format.h"
 #include "forms/Undoing.h"
 #include "forms/frmEditDriver2.h"
+#include "forms/frmPenalty.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
+#include "scoring/Penalties.h"
 #include "scoring/RaceScoring.h"
 
 namespace scorvane::forms {
@@ -53,7 +55,7 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
   grid_->SetColumns(
       {{tr("Finish"), 750, Qt::AlignHCenter},
        {tr("Start"), 700, Qt::AlignHCenter},
-       {tr("Driver"), 2400, Qt::AlignLeft},
+       {tr("Driver"), 2400, Qt::AlignLeft, {}, true},
        {tr("Laps"), 650, Qt::AlignHCenter},
        {tr("Led"), 600, Qt::AlignHCenter},
        {tr("Points"), 800, Qt::AlignHCenter},
@@ -71,6 +73,16 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
                          {kAdd, tr("&Add"), tr("Add a new driver's results")},
                          {kRecalc, tr("Re&calc"), tr("Recalculate points and bonuses")},
                          {kClose, tr("Close"), tr("Close this dialog")}});
+  if (!race_.staged) {
+    cmdPenalty_ = new QPushButton(tr("&Penalty..."), this);
+    cmdPenalty_->setObjectName(QStringLiteral("cmdPenalty"));
+    cmdPenalty_->setToolTip(tr("Give this result a penalty"));
+    cmdPenalty_->setAutoDefault(false);
+    // Apart from the others, at the other end of their row.
+    static_cast<QBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, cmdPenalty_);
+    setTabOrder(grid_, cmdPenalty_);
+    connect(cmdPenalty_, &QPushButton::clicked, this, &frmEditRace::GivePenalty);
+  }
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
   connect(buttons_[kEdit], &QPushButton::clicked, this, [this] { EditResult(grid_->CurrentRow()); });
   connect(buttons_[kRemove], &QPushButton::clicked, this, &frmEditRace::RemoveResults);
@@ -151,11 +163,13 @@ SelectionGrid::Row frmEditRace::RowOf(const scoring::RaceResult& result) const {
            text(result.lapsLed), text(result.points), text(result.bonus),
            oldSimulation ? Speed(result.avgSpeed) : QString(), Speed(result.qualifying), Q(result.status)},
           result.id,
-          result.excluded};
+          result.excluded,
+          penalties_.contains(result.id) ? Q(penalties_.at(result.id)) : QString()};
 }
 
 void frmEditRace::FillGrid() {
   const std::vector<scoring::RaceResult> results = scoring::ReadRaceResults(context_.session.League(), race_);
+  if (!race_.staged) penalties_ = scoring::PenaltyTexts(context_.session.League(), race_.id);
   {
     const QSignalBlocker quiet(grid_);
     grid_->setUpdatesEnabled(false);
@@ -181,6 +195,28 @@ void frmEditRace::ShowAgain() {
 void frmEditRace::SelectionChanged() {
   buttons_[kRemove]->setEnabled(HasResults());
   buttons_[kEdit]->setEnabled(HasResults() && grid_->OneRowSelected());
+  if (cmdPenalty_ != nullptr) cmdPenalty_->setEnabled(HasResults() && grid_->OneRowSelected());
+}
+
+void frmEditRace::ShowOutcome() {
+  if (race_.staged || !scoring::HasPenalties(context_.session.League(), race_.id)) return;
+  const int row = grid_->FirstSelected();
+  FillGrid();
+  grid_->SelectRows(row, row);
+}
+
+void frmEditRace::GivePenalty() {
+  const std::int32_t id = grid_->RowData(grid_->CurrentRow());
+  if (id == 0) return;
+  Guarded(context_.ui, [&] {
+    const auto driver = scoring::DriverOfResult(context_.session.League(), id);
+    frmPenalty dialog(context_, race_.id, driver, grid_->Cell(grid_->CurrentRow(), kDriver), this);
+    dialog.exec();
+    if (!dialog.Given()) return;
+    FillGrid();
+    for (int row = 0; row < grid_->RowCount(); ++row)
+      if (grid_->RowData(row) == id) grid_->SelectRows(row, row);
+  });
 }
 
 void frmEditRace::AddResult() {
@@ -205,6 +241,7 @@ void frmEditRace::AddResult() {
   grid_->SelectRows(grid_->RowCount() - 1, grid_->RowCount() - 1);
   grid_->scrollToBottom();
   SelectionChanged();
+  Guarded(context_.ui, [&] { ShowOutcome(); });
 }
 
 void frmEditRace::EditResult(int row) {
@@ -222,6 +259,7 @@ void frmEditRace::EditResult(int row) {
     dialog.exec();
     if (dialog.Cancelled()) return;
     grid_->SetRow(row, RowOf(scoring::ReadRaceResult(league, race_, id)));
+    ShowOutcome();
   });
 }
 
@@ -242,6 +280,7 @@ void frmEditRace::RemoveResults() {
   });
   grid_->SelectRows(first, first);
   SelectionChanged();
+  Guarded(context_.ui, [&] { ShowOutcome(); });
 }
 
 void frmEditRace::Recalculate() {

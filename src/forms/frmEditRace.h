@@ -28,6 +28,9 @@ class frmEditRace : public QDialog {
   void EditResult(int row);
   void RemoveResults();
   void Recalculate();
+  void GivePenalty();
+  // Where the race has penalties an edit of one result may change others.
+  void ShowOutcome();
   bool HasResults() const { return grid_->RowData(0) != 0; }
   QString Speed(const engine::Value& speed) const;
 
@@ -37,6 +40,8 @@ class frmEditRace : public QDialog {
   bool averageSpeed_;
   SelectionGrid* grid_;
   std::map<int, QPushButton*> buttons_;
+  QPushButton* cmdPenalty_ = nullptr;              // none in a race that is being imported
+  std::map<std::int32_t, std::string> penalties_;  // by result
 };
 
 }  // namespace scorvane::forms

@@ -73,6 +73,7 @@ class frmRaces : public QMainWindow {
   void DriverList();
   void PointSystem();
   void OfflineSettings();
+  void Penalties();
   void ViewReadMe();
   void About();
 

@@ -232,6 +232,12 @@ std::vector<Penalty> ListPenalties(engine::Database& league, std::optional<std::
   return penalties;
 }
 
+std::int32_t DriverOfResult(engine::Database& league, std::int32_t resultId) {
+  return league.OpenRecordset(fmt::format("SELECT DriverID FROM Stats WHERE StatsID={}", resultId))
+      .At(0)
+      .ToLong();
+}
+
 std::map<std::int32_t, std::string> PenaltyTexts(engine::Database& league, std::int32_t raceId) {
   std::map<std::int32_t, std::string> texts;
   for (const Penalty& penalty : ListPenalties(league, raceId)) {

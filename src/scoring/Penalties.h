@@ -50,6 +50,8 @@ std::string Ordinal(std::int32_t number);
 // By race, then in the order in which they were given.
 std::vector<Penalty> ListPenalties(engine::Database& league,
                                    std::optional<std::int32_t> raceId = std::nullopt);
+// The driver of a stored result. Throws EngineError 3021 when there is no such result.
+std::int32_t DriverOfResult(engine::Database& league, std::int32_t resultId);
 // "Rough driving (moved to 12th); Late entry (10 points off)", by result.
 std::map<std::int32_t, std::string> PenaltyTexts(engine::Database& league, std::int32_t raceId);
 

@@ -23,6 +23,8 @@
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
+#include "forms/frmPenalties.h"
+#include "forms/frmPenalty.h"
 #include "forms/frmPickDriver.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
@@ -70,6 +72,10 @@ class EveryWindow : public FormFixture {
     show(points);
     frmEditRace race(context_, {1, false}, nullptr);
     show(race);
+    frmPenalty penalty(context_, 1, 1, QStringLiteral("Dale Earnhardt"), nullptr);
+    show(penalty);
+    frmPenalties penalties(context_, nullptr);
+    show(penalties);
     frmEditDriver2 result(context_, nullptr);
     show(result);
     frmOfflineSettings offline(context_, nullptr);

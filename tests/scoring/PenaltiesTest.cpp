@@ -18,13 +18,17 @@ constexpr auto kOff = PenaltyKind::Points;
 constexpr auto kPlace = PenaltyKind::Position;
 constexpr auto kOut = PenaltyKind::Disqualification;
 
-// Six results on the places 1 to 5 and 8, each with a bonus of 1 and money of 1 given by hand. The template's table:
-// 175, 170, 165, 160, 155, 150, 146, 142.
+// Six results on the places 1 to 5 and 8, each with a bonus of 1 and money of 1 given by hand. The template's
+// table: 175, 170, 165, 160, 155, 150, 146, 142.
 class Penalties : public ScoringFixture {
  protected:
   Penalties()
-      : race_(AddRace(
-            false, {{1, 1, 30, 175}, {2, 2, 9, 170}, {3, 3, 0, 165}, {4, 4, 0, 160}, {5, 5, 0, 155}, {8, 6, 0, 142}})) {
+      : race_(AddRace(false, {{1, 1, 30, 175},
+                              {2, 2, 9, 170},
+                              {3, 3, 0, 165},
+                              {4, 4, 0, 160},
+                              {5, 5, 0, 155},
+                              {8, 6, 0, 142}})) {
     league_->Execute("UPDATE Stats SET Status='Running'");
   }
 
@@ -114,12 +118,14 @@ TEST_F(Penalties, BonusesAndMoneyFollowThePlacesByTheirDifference) {
   league_->Execute("DELETE * FROM Bonus");
   league_->Execute("INSERT INTO Bonus (Name, Points, Query) VALUES ('Win', 10, 'Finish=1')");
   league_->Execute("INSERT INTO Bonus (Name, Points, Query) VALUES ('Podium', 2, 'Finish<=3')");
-  league_->Execute("INSERT INTO Bonus (Name, Points, Query) VALUES ('High', 1, 'Points>=180')");  // sees those before
+  league_->Execute(
+      "INSERT INTO Bonus (Name, Points, Query) VALUES ('High', 1, 'Points>=180')");  // sees those before
   const Strings before = Everything();
   Give(1, kPlace, 4);
   // Rules before: 13, 2, 2, 0; after: 2 wins with 13, 3 and 4 have 2, 1 none.
-  EXPECT_EQ(Outcome("Finish, Points, Bonus, PrizeMoney"),
-            (Strings{"4|147|-12|-299", "1|186|12|101", "2|170|1|101", "3|167|3|101", "5|155|1|1", "8|142|1|1"}));
+  EXPECT_EQ(
+      Outcome("Finish, Points, Bonus, PrizeMoney"),
+      (Strings{"4|147|-12|-299", "1|186|12|101", "2|170|1|101", "3|167|3|101", "5|155|1|1", "8|142|1|1"}));
   Give(1, kOut);
   EXPECT_EQ(Outcome("Points, Bonus, PrizeMoney")[0], "0|0|0");
   TakeBack(1);

@@ -6,6 +6,7 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QSet>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
@@ -69,6 +70,12 @@ class GridModel : public QAbstractTableModel {
       case Qt::ForegroundRole:
         if (row.muted) return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
         return {};
+      case Qt::DecorationRole:
+        if (column.showsNotes && !row.note.isEmpty())
+          return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+        return {};
+      case Qt::AccessibleDescriptionRole:
+        return row.note;
       default:
         return {};
     }
@@ -146,6 +153,7 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
   verticalHeader()->hide();
   verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+  setIconSize({fontMetrics().height(), fontMetrics().height()});
   horizontalHeader()->setHighlightSections(false);
   horizontalHeader()->setSectionsClickable(false);
   lblHint_->setObjectName(QStringLiteral("lblHint"));
@@ -317,7 +325,13 @@ bool SelectionGrid::viewportEvent(QEvent* event) {
     constexpr int kCellMargin = 8;
     const bool cut =
         cell.isValid() && fontMetrics().horizontalAdvance(text) > columnWidth(cell.column()) - kCellMargin;
-    QToolTip::showText(help->globalPos(), cut ? text : QString(), this);
+    const QString note = cell.isValid() ? model_->RowAt(cell.row()).note : QString();
+    // A note may hold what looks like markup.
+    QToolTip::showText(help->globalPos(),
+                       !note.isEmpty() ? QStringLiteral("<qt>%1</qt>").arg(note.toHtmlEscaped())
+                       : cut           ? text
+                                       : QString(),
+                       this);
     return true;
   }
   return QTableView::viewportEvent(event);

@@ -20,11 +20,13 @@ class SelectionGrid : public QTableView {
     Qt::Alignment alignment = Qt::AlignLeft;
     // Cells whose text it is true of stand right all the same.
     std::function<bool(const QString&)> standsRight = {};
+    bool showsNotes = false;  // a sign stands in front of the cells of rows that have a note
   };
   struct Row {
     QStringList cells;  // those that are missing are empty
     int data = 0;
     bool muted = false;  // in the colour of what is disabled
+    QString note = {};   // plain text: the tooltip of the row, and what a screen reader says beside it
   };
 
   explicit SelectionGrid(const QString& name, QWidget* parent = nullptr);

@@ -59,7 +59,7 @@ void Remove(const CommonOptions& common, const PenaltyOptions& options) {
   if (!options.id) throw WrongUse("penalty remove takes the penalty's ID, as `penalty list` shows it.");
   Context context(common, options.path);
   const scoring::Penalty penalty = scoring::ReadPenalty(context.League(), *options.id);
-  app::RemovePenalty(context.Session(), penalty.id);
+  app::RemovePenalties(context.Session(), {penalty.id});
   context.Say(fmt::format("Took back {}'s penalty in {} ({}).", penalty.driver, penalty.race,
                           scoring::Describe(penalty)));
 }
