@@ -141,8 +141,12 @@ bool CExport::BuildTable() {
 }
 
 bool CExport::BuildReportTable() {
-  if (templateDb_ == nullptr) return false;
-  std::optional<ReportTable> report = RunReport(*database_, *templateDb_, reportId_);
+  std::optional<ReportTable> report;
+  if (table_ != nullptr) {
+    report = *table_;
+  } else if (templateDb_ != nullptr) {
+    report = RunReport(*database_, *templateDb_, reportId_);
+  }
   if (!report) return false;
   columns_.push_back({"Pos", kCentred});
   for (ReportColumn& column : report->columns) {

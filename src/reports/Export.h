@@ -10,6 +10,7 @@
 
 #include "common/ProcessState.h"
 #include "engine/Database.h"
+#include "reports/Report.h"
 
 namespace scorvane::reports {
 
@@ -46,6 +47,9 @@ class CExport {
   // The report, or the race when ExportType is 1.
   void ReportID(std::int32_t id) { reportId_ = id; }
   std::int32_t ReportID() const { return reportId_; }
+
+  // The report's table, which must outlive the writer; without it the report is run.
+  void Table(const ReportTable* table) { table_ = table; }
 
   void UseBGImage(bool use) { useBGImage_ = use; }
   bool UseBGImage() const { return useBGImage_; }
@@ -104,6 +108,7 @@ class CExport {
   std::string reportName_;
   std::string footer_;
   std::int32_t reportId_ = 0;
+  const ReportTable* table_ = nullptr;
   bool useBGImage_ = false;
   std::string bgImage_;
   std::int32_t bgColor_ = 0;

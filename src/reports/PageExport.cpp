@@ -46,6 +46,7 @@ bool WritePage(engine::Database& league, engine::Database& templateDb, const com
   page.LGDatabase(&templateDb);
   page.ExportType(subject.kind);
   page.ReportID(subject.id);
+  page.Table(subject.table);
   page.Title(texts.heading);
   page.Title2(texts.caption);
   page.ReportName(texts.reportName);

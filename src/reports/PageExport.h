@@ -7,6 +7,7 @@
 #include "common/ProcessState.h"
 #include "engine/Database.h"
 #include "reports/PageLook.h"
+#include "reports/Report.h"
 
 namespace scorvane::reports {
 
@@ -22,6 +23,8 @@ struct PageSubject {
   enum Kind : std::int32_t { kReport = 0, kRace = 1 };
   Kind kind = kReport;
   std::int32_t id = 0;
+  // Of a report what is shown, when it has been run already; it is not run again.
+  const ReportTable* table = nullptr;
 };
 
 // The texts that are offered for a race: the league's heading, the track, its length and laps. Throws

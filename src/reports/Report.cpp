@@ -13,7 +13,9 @@ int WholeOrZero(const engine::Value& value) {
   return value.IsNull() ? 0 : value.ToLong();
 }
 
-std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t reportId) {
+}  // namespace
+
+std::vector<ReportColumn> ReadReportColumns(engine::Database& templateDb, std::int32_t reportId) {
   std::vector<ReportColumn> columns;
   auto rows = templateDb.OpenRecordset(
       fmt::format("SELECT Sequence, Name, ColWidth, ColAlignment, ColFormat, Hidden, Field FROM ReportField "
@@ -31,8 +33,6 @@ std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t
   }
   return columns;
 }
-
-}  // namespace
 
 std::vector<ReportInfo> ListReports(engine::Database& templateDb) {
   std::vector<ReportInfo> reports;
@@ -52,7 +52,7 @@ std::optional<ReportTable> RunReport(engine::Database& league, engine::Database&
   if (counted["NumFields"].ToLong() == 0) return std::nullopt;
 
   ReportTable table;
-  table.columns = ReadColumns(templateDb, reportId);
+  table.columns = ReadReportColumns(templateDb, reportId);
   auto rows = league.OpenRecordset(query);
   std::vector<std::size_t> places;
   places.reserve(table.columns.size());

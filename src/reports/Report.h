@@ -35,6 +35,9 @@ struct ReportTable {
 // The template's reports in the order in which they are offered. Throws EngineError.
 std::vector<ReportInfo> ListReports(engine::Database& templateDb);
 
+// A report's columns in their order. Throws EngineError.
+std::vector<ReportColumn> ReadReportColumns(engine::Database& templateDb, std::int32_t reportId);
+
 // The result of a report on a league; nothing when the report has no columns. Throws EngineError: 3021 when
 // there is no such report, 3265 when a column's field is none of the query's, and what the query itself
 // throws.
