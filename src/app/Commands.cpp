@@ -122,8 +122,10 @@ void UpdateDriver(LeagueSession& session, const drivers::Driver& driver) {
 
 void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into) {
   engine::Database& league = session.League();
-  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)),
-           [&] { drivers::MergeDrivers(league, from, into); });
+  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)), [&] {
+    championship::MergeMemberships(league, from, into);
+    drivers::MergeDrivers(league, from, into);
+  });
 }
 
 void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bool exclude) {
@@ -192,6 +194,72 @@ std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t change
   auto labels = history::UndoThrough(session.League(), changeId);
   if (!labels.empty()) ReadLeagueSettings(session.League(), session.State());
   return labels;
+}
+
+namespace {
+
+// The tables that a change needs are made in its transaction, but before it is recorded: a schema is not
+// taken back.
+template <typename Ensure, typename Body>
+auto AsChangeWithTables(LeagueSession& session, const std::string& label, Ensure ensure, Body body) {
+  session.KeepBackup();
+  engine::UnitOfWork unit(session.League());
+  ensure(session.League());
+  if constexpr (std::is_void_v<decltype(body())>) {
+    AsChange(session, label, body);
+    unit.Commit();
+  } else {
+    auto result = AsChange(session, label, body);
+    unit.Commit();
+    return result;
+  }
+}
+
+}  // namespace
+
+std::int32_t AddGroup(LeagueSession& session, championship::GroupKind kind, const std::string& name) {
+  return AsChangeWithTables(
+      session, fmt::format("Add the {} {}", championship::KindName(kind), common::TrimBlanks(name)),
+      championship::EnsureTeamTables, [&] { return championship::AddGroup(session.League(), kind, name); });
+}
+
+void RenameGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+                 const std::string& name) {
+  AsChange(session, fmt::format("Rename {} to {}", group.name, common::TrimBlanks(name)),
+           [&] { championship::RenameGroup(session.League(), kind, group.id, name); });
+}
+
+void RemoveGroup(LeagueSession& session, const championship::Group& group) {
+  AsChange(session, "Remove " + group.name, [&] { championship::RemoveGroup(session.League(), group.id); });
+}
+
+void JoinGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+               const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace) {
+  engine::Database& league = session.League();
+  AsChange(session, fmt::format("{} to {}", Drivers(league, driverIds), group.name),
+           [&] { championship::Join(league, kind, group.id, driverIds, fromRace); });
+}
+
+void LeaveGroup(LeagueSession& session, championship::GroupKind kind,
+                const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace) {
+  engine::Database& league = session.League();
+  AsChange(session, fmt::format("{} out of the {}", Drivers(league, driverIds), championship::KindName(kind)),
+           [&] { championship::Leave(league, kind, driverIds, fromRace); });
+}
+
+void SetBestResults(LeagueSession& session, championship::GroupKind kind, int best) {
+  AsChangeWithTables(session, fmt::format("Results that count for a {}", championship::KindName(kind)),
+                     championship::EnsureTeamTables,
+                     [&] { championship::SetBestResults(session.League(), kind, best); });
+}
+
+void SetPlayoff(LeagueSession& session, const championship::PlayoffFormat& format) {
+  AsChangeWithTables(session, "Playoff " + format.name, championship::EnsurePlayoffTable,
+                     [&] { championship::StorePlayoff(session.League(), format); });
+}
+
+void ClearPlayoff(LeagueSession& session) {
+  AsChange(session, "No playoff", [&] { championship::ClearPlayoff(session.League()); });
 }
 
 }  // namespace scorvane::app

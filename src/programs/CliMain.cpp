@@ -98,6 +98,7 @@ class CommandLine {
     AddLeagueCommands();
     AddEditCommands();
     AddQueryCommands();
+    AddChampionshipCommands();
     AddHistoryCommands();
   }
 
@@ -319,16 +320,67 @@ class CommandLine {
     restore->add_flag("--yes", yes_, "Do not ask");
   }
 
+  void AddGroupCommand(const char* name, const char* help, championship::GroupKind kind) {
+    CLI::App* command = AddForLeague(name, help, [this, kind] {
+      group_.path = league_;
+      group_.kind = kind;
+      cli::EditGroups(common_, group_);
+    });
+    command->add_option("ACTION", group_.action, "What to do (default: list)")
+        ->check(CLI::IsMember({"add", "rename", "remove", "join", "leave", "list", "best"}))
+        ->type_name("");
+    command->add_option("NAME", group_.names, "See below for what follows an action");
+    command
+        ->add_option(
+            "--from", group_.from,
+            "join, leave: the first race for which it holds, 0 for the start (default: the start for who "
+            "comes new, the next race for who changes)")
+        ->check(CLI::Range(0, 2147483647))
+        ->type_name("RACEID");
+    command->add_option("--best", group_.best, "The same as best N")
+        ->check(CLI::Range(0, championship::kMostBest))
+        ->type_name("N");
+    command->footer(
+        fmt::format("add NAME, rename NAME NEW, remove NAME, join {} DRIVER..., leave DRIVER..., list,\n"
+                    "best N (how many results count in each race, 0 for all)\n{}",
+                    kind == championship::GroupKind::Team ? "TEAM" : "MAKE", kCommonOptions));
+  }
+
+  void AddChampionshipCommands() {
+    AddGroupCommand("team", "Keep the league's teams and who drives for them", championship::GroupKind::Team);
+    AddGroupCommand("make", "Keep the league's makes and who drives them", championship::GroupKind::Make);
+    CLI::App* playoff = AddForLeague("playoff", "Keep the league's playoff", [this] {
+      playoff_.path = league_;
+      cli::EditPlayoff(common_, playoff_);
+    });
+    playoff->add_option("ACTION", playoff_.action, "What to do")
+        ->required()
+        ->check(CLI::IsMember({"set", "show", "clear", "preset"}))
+        ->type_name("");
+    playoff->add_option("NAME", playoff_.name,
+                        "set: the file; preset: its name, without one they are listed");
+    playoff->add_option("--after", playoff_.after, "preset: after how many races it begins")
+        ->check(CLI::Range(1, 10000))
+        ->type_name("N");
+    playoff->footer(std::string("set FILE.json, show, clear, preset [NAME]\n") + kCommonOptions);
+  }
+
   void AddQueryCommands() {
     AddForLeague("races", "List the races", [this] { cli::Races(common_, league_); });
     CLI::App* results = AddForLeague("results", "List the results of a race in finishing order",
                                      [this] { cli::Results(common_, league_, raceId_); });
     results->add_option("RACEID", raceId_, "The race's number, as `races` lists it")->required();
     AddForLeague("drivers", "List the drivers", [this] { cli::Drivers(common_, league_); });
-    Add("reports", "List the reports", [this] { cli::Reports(common_); });
-    CLI::App* standings = AddForLeague("standings", "Show the standings, or another report",
-                                       [this] { cli::Standings(common_, league_, report_); });
-    standings->add_option("--report", report_, "The report's name (default: the first)")->type_name("NAME");
+    CLI::App* reports = Add("reports", "List the reports", [this] { cli::Reports(common_, league_); });
+    reports->add_option("LEAGUE", league_, "A league file: its own reports, too");
+    CLI::App* standings = AddForLeague("standings", "Show the standings, or another report", [this] {
+      standings_.path = league_;
+      cli::Standings(common_, standings_);
+    });
+    standings->add_option("--report", standings_.report, "The report's name (default: the first)")
+        ->type_name("NAME");
+    standings->add_option("--after", standings_.afterRace, "As they stood after this race")
+        ->type_name("RACEID");
 
     CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
       export_.path = league_;
@@ -401,7 +453,9 @@ class CommandLine {
   std::int32_t raceId_ = 0;
   std::optional<int> settingId_;
   std::optional<std::string> settingValue_;
-  std::string report_;
+  cli::StandingsOptions standings_;
+  cli::GroupOptions group_;
+  cli::PlayoffOptions playoff_;
   std::string folder_;
   std::vector<std::string> sets_;
   cli::ColumnOptions columns_;

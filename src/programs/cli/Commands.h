@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "championship/Teams.h"
 #include "programs/cli/Output.h"
 
 namespace scorvane::cli {
@@ -53,9 +54,17 @@ void Criteria(const CommonOptions& common, const std::string& path, const std::v
 void Races(const CommonOptions& common, const std::string& path);
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId);
 void Drivers(const CommonOptions& common, const std::string& path);
-void Reports(const CommonOptions& common);
-// Without a name the first report.
-void Standings(const CommonOptions& common, const std::string& path, const std::string& report);
+// With a league its own reports, too, behind those of the template.
+void Reports(const CommonOptions& common, const std::string& path);
+
+struct StandingsOptions {
+  std::string path;
+  std::string report;  // its name; empty: the first one
+  std::optional<std::int32_t> afterRace;
+  std::vector<std::string> whatIf;  // KEY=VALUE,...
+  std::optional<int> remaining;     // races that are still to come, for the arithmetic of the title
+};
+void Standings(const CommonOptions& common, const StandingsOptions& options);
 // Without ids every race.
 void Recalculate(const CommonOptions& common, const std::string& path,
                  const std::vector<std::int32_t>& raceIds);
@@ -126,6 +135,24 @@ struct ResultOptions {
   bool yes = false;
 };
 void EditResults(const CommonOptions& common, const ResultOptions& options);
+
+struct GroupOptions {
+  std::string path;
+  championship::GroupKind kind = championship::GroupKind::Team;
+  std::string action;  // add, rename, remove, join, leave, list, best
+  std::vector<std::string> names;
+  std::optional<std::int32_t> from;
+  std::optional<int> best;
+};
+void EditGroups(const CommonOptions& common, const GroupOptions& options);
+
+struct PlayoffOptions {
+  std::string path;
+  std::string action;  // set, show, clear, preset
+  std::string name;    // of the file or the preset
+  std::optional<int> after;
+};
+void EditPlayoff(const CommonOptions& common, const PlayoffOptions& options);
 
 // Brings a league file of the old database format over into a new file.
 void Convert(const CommonOptions& common, const std::string& from, const std::string& to);

@@ -13,6 +13,7 @@
 #include "drivers/Roster.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "programs/cli/DriverNames.h"
 #include "scoring/PointSystemEdit.h"
 #include "scoring/RaceResults.h"
 
@@ -62,26 +63,9 @@ void SayOldPoints(Context& context) {
                           races == 1 ? "it" : "them"));
 }
 
-drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
-  const auto id = drivers::FindNameClash(league, name, std::nullopt);
-  const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
-  if (!driver)
-    throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
-  return *driver;
-}
-
 void NeedNames(const DriverOptions& options, std::size_t fewest, std::size_t most, const char* what) {
   if (options.names.size() < fewest || options.names.size() > most)
     throw CommandError(fmt::format("driver {} takes {}.", options.action, what));
-}
-
-std::int32_t WholeNumber(const std::string& text, const std::string& what) {
-  std::int32_t number = 0;
-  const std::string_view trimmed = common::TrimBlanks(text);
-  const auto [end, error] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
-  if (error != std::errc() || end != trimmed.data() + trimmed.size())
-    throw CommandError(fmt::format("{} is a whole number, not '{}'.", what, text));
-  return number;
 }
 
 bool OnOrOff(const std::string& text) {
@@ -106,6 +90,23 @@ void Rename(Context& context, const std::string& from, const std::string& to) {
 }
 
 }  // namespace
+
+drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
+  const auto id = drivers::FindNameClash(league, name, std::nullopt);
+  const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
+  if (!driver)
+    throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
+  return *driver;
+}
+
+std::int32_t WholeNumber(const std::string& text, const std::string& what) {
+  std::int32_t number = 0;
+  const std::string_view trimmed = common::TrimBlanks(text);
+  const auto [end, error] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
+  if (error != std::errc() || end != trimmed.data() + trimmed.size())
+    throw CommandError(fmt::format("{} is a whole number, not '{}'.", what, text));
+  return number;
+}
 
 void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
   constexpr std::size_t kAny = 10000;
@@ -187,9 +188,6 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path) {
 
 // ---- points
 
-namespace {
-
-// Position,Points,PrizeMoney: a line a position, from 1 on without gaps; a heading may stand above.
 std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
   std::ifstream file(path);
   if (!file) throw CommandError(fmt::format("'{}' cannot be read.", path));
@@ -218,8 +216,6 @@ std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
   if (positions.empty()) throw CommandError(fmt::format("'{}' holds no positions.", path));
   return positions;
 }
-
-}  // namespace
 
 void Points(const CommonOptions& common, const PointOptions& options) {
   Context context(common, options.path);
