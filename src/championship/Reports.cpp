@@ -136,10 +136,6 @@ bool IsPointStandings(engine::Database& templateDb, std::int32_t reportId) {
   return !rows.AtEnd() && engine::SameName(rows.At(0).Text(), kPointStandings);
 }
 
-Season SeasonOf(engine::Database& league, const std::optional<PlayoffFormat>& playoff) {
-  return ReadSeason(league, playoff ? playoff->late : std::vector<Season::LateRace>());
-}
-
 std::string Escaped(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
@@ -179,7 +175,7 @@ std::optional<ReportTable> RunReport(engine::Database& league, engine::Database&
   const bool computed = kind || (HasPlayoff(league) && IsPointStandings(templateDb, reportId));
   if (!computed) return reports::RunReport(league, templateDb, reportId);
   const auto playoff = ReadPlayoff(league);
-  const Season season = SeasonOf(league, playoff);
+  const Season season = ReadSeasonAfter(league, playoff, std::nullopt);
   if (kind) return GroupTable(league, season, *kind);
   ReportTable table =
       PointTable(templateDb, season, reportId, state.droppedRaces, playoff ? &*playoff : nullptr);
@@ -195,14 +191,21 @@ std::optional<ReportTable> RunReportAfter(engine::Database& league, engine::Data
     throw common::RuleError(
         "Only standings of points, teams and makes are shown as they stood after a race.");
   const auto playoff = ReadPlayoff(league);
-  Season season = SeasonOf(league, playoff);
-  const auto place = season.Place(raceId);
-  if (!place) throw common::RuleError(fmt::format("The league has no race {}.", raceId));
-  season.Truncate(*place + 1);
+  const Season season = ReadSeasonAfter(league, playoff, raceId);
   marks.events = static_cast<int>(season.races.size());
   marks.best = std::max(1, marks.events - state.droppedRaces);
   if (kind) return GroupTable(league, season, *kind);
   return PointTable(templateDb, season, reportId, state.droppedRaces, playoff ? &*playoff : nullptr);
+}
+
+Season ReadSeasonAfter(engine::Database& league, const std::optional<PlayoffFormat>& playoff,
+                       std::optional<std::int32_t> raceId) {
+  Season season = ReadSeason(league, playoff ? playoff->late : std::vector<Season::LateRace>());
+  if (!raceId) return season;
+  const auto place = season.Place(*raceId);
+  if (!place) throw common::RuleError(fmt::format("The league has no race {}.", *raceId));
+  season.Truncate(*place + 1);
+  return season;
 }
 
 std::string ReportCaption(engine::Database& league, std::int32_t reportId,

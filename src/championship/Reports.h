@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "championship/Playoff.h"
+#include "championship/Season.h"
 #include "common/ProcessState.h"
 #include "engine/Database.h"
 #include "reports/DroppedRaces.h"
@@ -35,6 +36,11 @@ std::optional<reports::ReportTable> RunReport(engine::Database& league, engine::
 std::optional<reports::ReportTable> RunReportAfter(engine::Database& league, engine::Database& templateDb,
                                                    const common::ProcessState& state, std::int32_t reportId,
                                                    std::int32_t raceId, reports::DroppedMarks& marks);
+
+// The season in the playoff's order of races, as it was after a race where one is given. RuleError when the
+// league has no such race; throws EngineError.
+Season ReadSeasonAfter(engine::Database& league, const std::optional<PlayoffFormat>& playoff,
+                       std::optional<std::int32_t> raceId);
 
 // What stands above a report, with its colon.
 std::string ReportCaption(engine::Database& league, std::int32_t reportId,

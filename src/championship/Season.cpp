@@ -44,11 +44,13 @@ void Season::Truncate(std::size_t count) {
 }
 
 void Season::SortResults() {
-  for (SeasonDriver& driver : drivers) {
-    std::sort(driver.results.begin(), driver.results.end(), [](const SeasonResult& a, const SeasonResult& b) {
-      return std::tie(b.points, b.bonus, b.lapsLed, a.id) < std::tie(a.points, a.bonus, a.lapsLed, b.id);
-    });
-  }
+  for (SeasonDriver& driver : drivers) SortResultsOf(driver);
+}
+
+void Season::SortResultsOf(SeasonDriver& driver) {
+  std::sort(driver.results.begin(), driver.results.end(), [](const SeasonResult& a, const SeasonResult& b) {
+    return std::tie(b.points, b.bonus, b.lapsLed, a.id) < std::tie(a.points, a.bonus, a.lapsLed, b.id);
+  });
 }
 
 Season ReadSeason(engine::Database& league, std::vector<Season::LateRace> late) {

@@ -48,6 +48,7 @@ struct Season {
   void Truncate(std::size_t count);
   // Puts every driver's results in their order, after their points have changed.
   void SortResults();
+  static void SortResultsOf(SeasonDriver& driver);
 
   // A race that is in the league behind those that were driven after it.
   struct LateRace {

@@ -6,6 +6,7 @@
 #include <exception>
 #include <map>
 
+#include "championship/Title.h"
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
 #include "programs/cli/Commands.h"
@@ -240,12 +241,23 @@ class CommandLine {
         "lost)",
         [this] { cli::RemoveExcluded(common_, league_); });
 
-    CLI::App* points = AddForLeague("points", "List or replace the league's own point system", [this] {
+    CLI::App* points = Add("points", "List or replace the league's own point system", [this] {
       points_.path = league_;
+      if (presets_) return cli::PointPresets(common_);
       cli::Points(common_, points_);
     });
-    points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
-        ->type_name("FILE.csv");
+    CLI::Option* league = points->add_option("LEAGUE", league_, "The league file");
+    CLI::Option* set = points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
+                           ->type_name("FILE.csv");
+    points
+        ->add_option("--preset", points_.preset,
+                     "A point system that comes with the program, with its bonus points")
+        ->excludes(set)
+        ->type_name("NAME");
+    CLI::Option* presets = points->add_flag("--presets", presets_, "List these, without a league");
+    points->parse_complete_callback([league, presets] {
+      if (league->count() + presets->count() == 0) throw CLI::RequiredError("LEAGUE");
+    });
     AddChoice(points, "--use", points_.use, kSwitches, "Score with it: on or off");
     CLI::App* bonus = AddForLeague("bonus", "List the bonus rules, or set their points", [this] {
       points_.path = league_;
@@ -381,6 +393,20 @@ class CommandLine {
         ->type_name("NAME");
     standings->add_option("--after", standings_.afterRace, "As they stood after this race")
         ->type_name("RACEID");
+    CLI::Option* whatIf =
+        standings
+            ->add_option("--what-if", standings_.whatIf,
+                         "Under other rules beside the present ones: points=FILE|PRESET, drop=N, bonus=off, "
+                         "without=DRIVER, playoff=FILE|PRESET|none; the league stays as it is")
+            ->type_name("KEY=VALUE,...");
+    CLI::Option* remaining =
+        standings
+            ->add_option("--remaining", standings_.remaining,
+                         "Who can still win the title in so many races, and what it takes")
+            ->check(CLI::Range(0, championship::kMostRemaining))
+            ->type_name("N");
+    standings->get_option("--report")->excludes(whatIf)->excludes(remaining);
+    whatIf->excludes(remaining);
 
     CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
       export_.path = league_;
@@ -460,6 +486,7 @@ class CommandLine {
   std::vector<std::string> sets_;
   cli::ColumnOptions columns_;
   std::string statement_;
+  bool presets_ = false;
   bool clear_ = false;
   bool yes_ = false;
   int count_ = 1;

@@ -236,6 +236,108 @@ class ChampionshipTest(unittest.TestCase):
         cli("playoff", other, "set", self.write("p.json", json.dumps({"stages": stages, "late": [{"race": 9, "before": 5}]})))
         self.assertEqual(rows("standings", league), rows("standings", other))
 
+    # ---- what if
+
+    def test_what_if_is_what_the_league_would_show(self):
+        league, copy = self.league, self.path("copy.lgx")
+        cli("sql", league, "DELETE * FROM Race WHERE RaceID>20")  # room that a compaction would take away
+        presets = [row["Preset"] for row in rows("points", "--presets")]
+        self.assertEqual(len(presets), 13)
+        now = {row["Driver"]: row for row in rows("standings", league)["rows"]}
+        file = self.write("points.csv", "Position,Points\n" + "".join(f"{p},{100 - 2 * p}\n" for p in range(1, 31)))
+        rules = [f"{rule}={3 * rule + 1}" for rule in range(1, 11)]
+        cases = [([f"points={preset}"], [("points", copy, "--preset", preset), ("recalculate", copy)]) for preset in presets]
+        cases += [(["drop=4"], [("settings", copy, 6, 4)]),
+                  ([f"points={file},drop=2"], [("points", copy, "--set", file, "--use", "on"), ("recalculate", copy),
+                                               ("settings", copy, 6, 2)]),
+                  (["points=f1-2003,without=Jeff Gordon", "without=mark martin"],
+                   [("points", copy, "--preset", "f1-2003"), ("driver", copy, "remove", "Jeff Gordon", "Mark Martin", "--yes"),
+                    ("recalculate", copy)]),
+                  (["without=Jeff Gordon,playoff=2004"], [("driver", copy, "exclude", "Jeff Gordon"),
+                                                          ("remove-excluded-results", copy), ("playoff", copy, "preset", "2004")])]
+        for what, commands in cases:
+            shutil.copy(league, copy)
+            before = self.digest()
+            options = [word for part in what for word in ("--what-if", part)]
+            shown = rows("standings", league, *options)["rows"]
+            self.assertEqual(self.digest(), before)
+            for command in commands:
+                cli(*command)
+            expected = rows("standings", copy)["rows"]
+            self.assertEqual([(row["Driver"], row["Points"]) for row in shown],
+                             [(row["Driver"], row["Points"]) for row in expected], what)
+            for row in shown:
+                old = now[row["Driver"]]
+                self.assertEqual((row["Pos Now"], row["Points Now"]), (old["Pos"], old["Points"]))
+                self.assertEqual((row["Places"], row["Difference"]), (old["Pos"] - row["Pos"], row["Points"] - old["Points"]))
+
+        # All bonus rules of the league's own, with another table and without a driver; then without any.
+        shutil.copy(league, copy)
+        for path in (league, copy):
+            cli("bonus", path, *[word for rule in rules for word in ("--set", rule)], "--use", "on")
+        shown = rows("standings", league, "--what-if", f"points={file},without=Dale Jarrett")["rows"]
+        cli("points", copy, "--set", file, "--use", "on")
+        cli("driver", copy, "remove", "Dale Jarrett", "--yes")
+        cli("recalculate", copy)
+        self.assertEqual([(row["Driver"], row["Points"]) for row in shown],
+                         [(row["Driver"], row["Points"]) for row in rows("standings", copy)["rows"]])
+        self.assertEqual(rows("standings", league, "--what-if", "bonus=off", "--after", 1)["rows"][0]["Points"], 175)
+
+    def test_what_if_that_cannot_be(self):
+        league = self.league
+        cli("playoff", league, "preset", "2004")
+        for what, says in (("points=f1", "f1-1991, f1-2003"), ("points=" + self.folder, "no point system"), ("drop=x", "whole number"),
+                           ("drop=-1", "0 to 1000"), ("bonus=on", "takes off"), ("without=Jeff Gordan", "Did you mean Jeff Gordon"),
+                           ("playoff=1998", "2004, 2007"), ("colour=red", "takes points="), ("", "takes points="),
+                           ("points=" + self.write("bad.csv", "1,5\n3,4\n"), "position 2 is expected"),
+                           ("playoff=" + self.write("bad.json", "[]"), "is an object")):
+            self.refused("standings", league, "--what-if", what, says=says)
+        for args in (("--what-if", "drop=1", "--report", "Wins"), ("--remaining", "1", "--what-if", "drop=1"),
+                     ("--remaining", "-1"), ("--remaining", "1.5")):
+            self.refused("standings", league, *args, says="", exit_status=2)
+        plain = rows("standings", self.whole)["rows"]
+        self.assertEqual([row["Points"] for row in rows("standings", league, "--what-if", "playoff=none")["rows"]],
+                         [row["Points"] for row in plain])
+        # A name with a comma is one name, and a rule of the league's own is not guessed at.
+        self.assertEqual(len(rows("standings", league, "--what-if", "without=Johnny Benson, Jr.,drop=2")["rows"]), len(plain) - 1)
+        cli("sql", league, "UPDATE Bonus SET BonusID=11, Query='LapsRun>7', Points=3 WHERE BonusID=10")
+        cli("bonus", league, "--use", "on")
+        self.refused("standings", league, "--what-if", "without=Jeff Gordon", says="the league's own")
+
+    # ---- points
+
+    def test_point_presets(self):
+        league = self.league
+        for row in rows("points", "--presets"):
+            self.assertTrue(row["Source"], row)
+        cli("points", league, check=0)
+        cli("points", check=2)
+        self.refused("points", league, "--preset", "1900", says="The presets are: 1975")
+        cli("sql", league, "UPDATE PointSystem SET PrizeMoney=100*Position WHERE Position<15")
+        said = cli("points", league, "--preset", "INDYCAR").stdout
+        self.assertIn("43 positions and is on", said)
+        self.assertIn("Led a Lap 1, Most Led 2, Pole 1", said)
+        self.assertIn("recalculate", said)
+        cli("points", league, "--preset", "f1-2010")
+        table = rows("points", league)
+        self.assertEqual(len(table), 14)  # those that pay stay
+        self.assertEqual([table[0], table[9], table[13]], [{"Position": 1, "Points": 25, "PrizeMoney": 100},
+                         {"Position": 10, "Points": 1, "PrizeMoney": 1000}, {"Position": 14, "Points": 0, "PrizeMoney": 1400}])
+        cli("undo", league)
+        self.assertEqual(rows("points", league)[24]["Points"], 5)
+
+    def test_title_of_the_season(self):
+        """Decided at Rockingham, one race before the end."""
+        cli("standings", self.league)
+        before = self.digest()
+        for race, remaining, state in ((31, 2, "can win"), (32, 1, "champion"), (33, 0, "champion")):
+            table = rows("standings", self.league, "--after", race, "--remaining", remaining)["rows"]
+            self.assertEqual((table[0]["Driver"], table[0]["Title"]), ("Jeff Gordon", state))
+            # The others: whoever is within what can be won, and nobody else.
+            for row in table[1:]:
+                self.assertEqual(row["Title"] == "can win", state == "can win" and row["Interval"] < 185 * remaining, row)
+        self.assertEqual(self.digest(), before)
+
     def test_hostile_playoff_in_the_file(self):
         cli("playoff", self.league, "preset", "2004")
         cli("sql", self.league, "UPDATE Playoff SET Format='[[['")

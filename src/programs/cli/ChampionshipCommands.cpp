@@ -1,6 +1,7 @@
 // Commands about teams, makes and playoffs.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -150,6 +151,19 @@ std::string ReadSmallFile(const std::string& path) {
   text.resize(static_cast<std::size_t>(file.gcount()));
   return text;
 }
+
+}  // namespace
+
+// A preset has the name before a file of that name.
+championship::PlayoffFormat NeedPlayoff(const std::string& name) {
+  const auto presets = championship::ListPlayoffPresets();
+  const bool known = std::any_of(presets.begin(), presets.end(),
+                                 [&](const auto& preset) { return engine::SameName(preset.name, name); });
+  if (known || !common::FileExists(name)) return championship::PresetPlayoff(name);
+  return championship::ParsePlayoff(ReadSmallFile(name));
+}
+
+namespace {
 
 void ShowPlayoff(const CommonOptions& common, const std::string& path) {
   Context context(common, path, app::LeagueSession::Use::Looking);

@@ -110,10 +110,12 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path);
 struct PointOptions {
   std::string path;
   std::string file;               // of the new point system; empty: none
+  std::string preset;             // the name of one that comes with the program
   std::vector<std::string> sets;  // ID=POINTS, of bonus rules
   std::optional<bool> use;
 };
 void Points(const CommonOptions& common, const PointOptions& options);
+void PointPresets(const CommonOptions& common);
 void Bonus(const CommonOptions& common, const PointOptions& options);
 
 struct RaceOptions {

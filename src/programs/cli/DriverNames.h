@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "championship/Playoff.h"
 #include "drivers/Roster.h"
 #include "engine/Database.h"
 #include "scoring/PointSystemEdit.h"
@@ -20,5 +21,8 @@ std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path);
 
 // The number that is all of a text, blanks aside; throws CommandError about `what`.
 std::int32_t WholeNumber(const std::string& text, const std::string& what);
+
+// The playoff of a preset or, where none has the name, of a file. Throws CommandError and common::RuleError.
+championship::PlayoffFormat NeedPlayoff(const std::string& name);
 
 }  // namespace scorvane::cli

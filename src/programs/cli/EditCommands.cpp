@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/Commands.h"
+#include "championship/PointPresets.h"
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
@@ -217,16 +218,42 @@ std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
   return positions;
 }
 
+namespace {
+
+// A preset brings its bonus points along.
+void SayBonuses(const Context& context, const scoring::PointSystemEdit& edit) {
+  std::string rules;
+  for (const scoring::BonusPoints& rule : edit.bonuses)
+    if (rule.points != 0) rules += fmt::format("{}{} {}", rules.empty() ? "" : ", ", rule.name, rule.points);
+  context.Say(fmt::format("Its bonus rules are on: {}.", rules.empty() ? "none brings points" : rules));
+}
+
+}  // namespace
+
+void PointPresets(const CommonOptions& common) {
+  OutputTable table;
+  table.columns = {{"Preset"}, {"Win", true}, {"Positions", true}, {"Source"}};
+  for (const championship::PointPreset& preset : championship::ListPointPresets()) {
+    table.rows.push_back({engine::Value(preset.name), engine::Value(preset.points.front()),
+                          engine::Value(static_cast<std::int32_t>(preset.points.size())),
+                          engine::Value(preset.source)});
+  }
+  Print(table, common.format, common.decimal);
+}
+
 void Points(const CommonOptions& common, const PointOptions& options) {
   Context context(common, options.path);
   engine::Database& league = context.League();
-  if (!options.file.empty() || options.use) {
+  if (!options.file.empty() || !options.preset.empty() || options.use) {
     scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
     if (!options.file.empty()) edit.positions = ReadPointFile(options.file);
+    if (!options.preset.empty())
+      championship::ApplyPreset(championship::NeedPointPreset(options.preset), edit);
     edit.usePositions = options.use.value_or(edit.usePositions);
     app::SavePointSystem(context.Session(), edit);
     context.Say(fmt::format("The league's own point system has {} and is {}.",
                             Plural(edit.positions.size(), "position"), edit.usePositions ? "on" : "off"));
+    if (!options.preset.empty()) SayBonuses(context, edit);
     SayOldPoints(context);
     return;
   }

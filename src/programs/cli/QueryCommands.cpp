@@ -92,8 +92,32 @@ void Reports(const CommonOptions& common, const std::string& path) {
   Print(table, common.format, common.decimal);
 }
 
+void PrintReport(const CommonOptions& common, const std::string& name, const std::string& caption,
+                 const reports::ReportTable& report) {
+  const OutputTable table = StandingsTable(report, common.decimal);
+  switch (common.format) {
+    case OutputFormat::Table:
+      fmt::print("{}\n{}\n\n", name, caption);
+      Print(table, common.format, common.decimal);
+      break;
+    case OutputFormat::Csv:
+      Print(table, common.format, common.decimal);
+      break;
+    case OutputFormat::Json: {
+      std::string columns;
+      for (std::size_t c = 1; c < table.columns.size(); ++c)
+        columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
+      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n",
+                 JsonText(name), JsonText(caption), columns, JsonRows(table, 1));
+      break;
+    }
+  }
+}
+
 void Standings(const CommonOptions& common, const StandingsOptions& options) {
   Context context(common, options.path, app::LeagueSession::Use::Looking);
+  if (!options.whatIf.empty()) return ShowWhatIf(common, context, options);
+  if (options.remaining) return ShowTitle(common, context, options);
   const reports::ReportInfo info =
       NeedReport(championship::ListReports(context.League(), context.Template()), options.report);
   reports::DroppedMarks marks;
@@ -106,25 +130,7 @@ void Standings(const CommonOptions& common, const StandingsOptions& options) {
     report = championship::RunReport(context.League(), context.Template(), context.state, info.id);
   }
   if (!report) throw CommandError(fmt::format("The report '{}' has no columns.", info.name));
-  const std::string caption = championship::ReportCaption(context.League(), info.id, marks);
-  const OutputTable table = StandingsTable(*report, common.decimal);
-  switch (common.format) {
-    case OutputFormat::Table:
-      fmt::print("{}\n{}\n\n", info.name, caption);
-      Print(table, common.format, common.decimal);
-      break;
-    case OutputFormat::Csv:
-      Print(table, common.format, common.decimal);
-      break;
-    case OutputFormat::Json: {
-      std::string columns;
-      for (std::size_t c = 1; c < table.columns.size(); ++c)
-        columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
-      fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}\n}}\n",
-                 JsonText(info.name), JsonText(caption), columns, JsonRows(table, 1));
-      break;
-    }
-  }
+  PrintReport(common, info.name, championship::ReportCaption(context.League(), info.id, marks), *report);
 }
 
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement) {
