@@ -122,6 +122,10 @@ std::string Summary(const engine::LoggedChange& change) {
   static constexpr Word kNamed[] = {{"PointSystem", "point system"},
                                     {"Bonus", "bonus rules"},
                                     {"RankCriteria", "ranking criteria"},
+                                    {"Team", "teams"},
+                                    {"TeamMember", "team members"},
+                                    {"TeamScoring", "team scoring"},
+                                    {"Playoff", "playoff"},
                                     {"Settings", "settings"}};
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };

@@ -9,11 +9,13 @@
 #include "championship/Title.h"
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
+#include "programs/cli/Choices.h"
 #include "programs/cli/Commands.h"
 
 namespace {
 
 using namespace scorvane;
+using cli::AddChoice;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
@@ -39,39 +41,25 @@ constexpr const char* kDescription =
 constexpr const char* kCommonOptions =
     "Every command takes --template FILE, --decimal CHAR, --format table|csv|json and -q.";
 
+constexpr const char* kPlayoffHelp =
+    "set FILE.json, show, clear, preset [NAME]\n\n"
+    "A file is {\"name\": TEXT, \"stages\": [{...}, ...]}. Of a stage:\n"
+    "  after            races that are driven before it; needed\n"
+    "  drivers          how many go on; needed. Who is level with the last goes on, too\n"
+    "  name             as the standings show it\n"
+    "  by               points, or wins: winners of the races before come first\n"
+    "  winnersWithin    only those that high up in points count as winners\n"
+    "  leaderIsWinner   true: the leader in points goes on in any case\n"
+    "  within           besides, who is so few points behind the leader\n"
+    "  wildCards, wildCardsWithin   besides, so many with the most wins among so many\n"
+    "  points           what the first starts with; without it everybody keeps his\n"
+    "  step, winBonus   so many fewer for each place, so many more for each win\n"
+    "  bonusCounts      false: bonus points do not count in this stage\n"
+    "\"late\": [{\"race\": RACEID, \"before\": RACEID}] puts a race that was imported late in its place.\n";
+
 constexpr const char* kFooter =
     "Exit status: 0 done, 1 the operation failed, 2 wrong use.\n"
     "`scorvane-cli COMMAND --help` explains a command.";
-
-template <typename Target, typename Choice>
-std::function<std::string(const std::string&)> PickInto(Target& target,
-                                                        const std::map<std::string, Choice>& choices) {
-  return [&target, &choices](const std::string& text) -> std::string {
-    const auto found = choices.find(CLI::detail::to_lower(text));
-    if (found != choices.end()) {
-      target = static_cast<Target>(found->second);
-      return {};
-    }
-    std::string known;
-    for (const auto& [name, value] : choices) known += (known.empty() ? "" : ", ") + name;
-    return fmt::format("'{}' is none of: {}", text, known);
-  };
-}
-
-// An option that takes one of a few words.
-template <typename Target, typename Choice>
-CLI::Option* AddChoice(CLI::App* app, const std::string& flag, Target& target,
-                       const std::map<std::string, Choice>& choices, const std::string& help) {
-  return app
-      ->add_option_function<std::string>(
-          flag,
-          [pick = PickInto(target, choices), flag](const std::string& text) {
-            const std::string fault = pick(text);
-            if (!fault.empty()) throw CLI::ValidationError(flag, fault);
-          },
-          help)
-      ->type_name("");
-}
 
 class CommandLine {
  public:
@@ -374,7 +362,7 @@ class CommandLine {
     playoff->add_option("--after", playoff_.after, "preset: after how many races it begins")
         ->check(CLI::Range(1, 10000))
         ->type_name("N");
-    playoff->footer(std::string("set FILE.json, show, clear, preset [NAME]\n") + kCommonOptions);
+    playoff->footer(std::string(kPlayoffHelp) + kCommonOptions);
   }
 
   void AddQueryCommands() {

@@ -117,7 +117,7 @@ void PrintReport(const CommonOptions& common, const std::string& name, const std
 void Standings(const CommonOptions& common, const StandingsOptions& options) {
   Context context(common, options.path, app::LeagueSession::Use::Looking);
   if (!options.whatIf.empty()) return ShowWhatIf(common, context, options);
-  if (options.remaining) return ShowTitle(common, context, options);
+  if (options.remaining) return ShowTitle(common, context, *options.remaining, options.afterRace);
   const reports::ReportInfo info =
       NeedReport(championship::ListReports(context.League(), context.Template()), options.report);
   reports::DroppedMarks marks;

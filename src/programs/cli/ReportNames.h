@@ -1,6 +1,8 @@
 // Reports by the names that the user gives, and as they are printed.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,7 @@ void PrintReport(const CommonOptions& common, const std::string& name, const std
 
 // The tables that `standings` shows of what might be.
 void ShowWhatIf(const CommonOptions& common, Context& context, const StandingsOptions& options);
-void ShowTitle(const CommonOptions& common, Context& context, const StandingsOptions& options);
+void ShowTitle(const CommonOptions& common, Context& context, int remaining,
+               std::optional<std::int32_t> afterRace);
 
 }  // namespace scorvane::cli

@@ -95,16 +95,17 @@ void ShowWhatIf(const CommonOptions& common, Context& context, const StandingsOp
   PrintReport(common, "What If", caption + ":", table);
 }
 
-void ShowTitle(const CommonOptions& common, Context& context, const StandingsOptions& options) {
+void ShowTitle(const CommonOptions& common, Context& context, int remaining,
+               std::optional<std::int32_t> afterRace) {
   championship::RaceMost most;
-  const auto table = championship::RunTitle(context.League(), context.Template(), context.state,
-                                            *options.remaining, options.afterRace, most);
+  const auto table =
+      championship::RunTitle(context.League(), context.Template(), context.state, remaining, afterRace, most);
   PrintReport(
       common, "Title",
       fmt::format(
           "With {} to come, each of which brings at most {} points. Needs: the first must add them to "
           "be champion whatever happens, the others must gain them on the first.",
-          Plural(*options.remaining, "race"), most.points),
+          Plural(remaining, "race"), most.points),
       table);
 }
 
