@@ -66,8 +66,8 @@ void ApplyPenalties(LeagueSession& session, const std::vector<std::int32_t>& rac
 }  // namespace
 
 std::string ImportLabel(const common::ProcessState& state, std::size_t files) {
-  return fmt::format("{}{} file{}", state.leagueType == common::kOffline ? "Import an event of " : "Import ", files,
-                     files == 1 ? "" : "s");
+  return fmt::format("{}{} file{}", state.leagueType == common::kOffline ? "Import an event of " : "Import ",
+                     files, files == 1 ? "" : "s");
 }
 
 std::string ReplaceLabel(std::size_t files, std::size_t again) {
@@ -89,7 +89,8 @@ void Remove(LeagueSession& session, const std::vector<std::int32_t>& raceIds) {
   AsChange(session, "Remove " + Races(league, raceIds), [&] { RemoveRaces(league, raceIds); });
 }
 
-void Recalculate(LeagueSession& session, common::UserInterface& ui, const std::vector<std::int32_t>& raceIds) {
+void Recalculate(LeagueSession& session, common::UserInterface& ui,
+                 const std::vector<std::int32_t>& raceIds) {
   engine::Database& league = session.League();
   AsChange(session, "Recalculate " + Races(league, raceIds), [&] {
     std::unique_ptr<common::Progress> progress;
@@ -114,17 +115,16 @@ std::int32_t AddResult(LeagueSession& session, scoring::RaceKey race, const scor
 void UpdateResult(LeagueSession& session, scoring::RaceKey race, std::int32_t resultId,
                   const scoring::ResultEntry& entry, float length) {
   const std::string name = race.staged ? std::string() : DriverOfResult(session.League(), resultId);
-  OfRace(session, race, fmt::format("Edit {}'s result", name), [&] {
-    scoring::UpdateResult(session.League(), session.State(), race, resultId, entry, length);
-  });
+  OfRace(session, race, fmt::format("Edit {}'s result", name),
+         [&] { scoring::UpdateResult(session.League(), session.State(), race, resultId, entry, length); });
 }
 
-void RemoveResults(LeagueSession& session, scoring::RaceKey race, const std::vector<std::int32_t>& resultIds) {
+void RemoveResults(LeagueSession& session, scoring::RaceKey race,
+                   const std::vector<std::int32_t>& resultIds) {
   const std::string what = OneOrMany(resultIds, "results", [&](std::int32_t id) {
     return race.staged ? std::string() : DriverOfResult(session.League(), id) + "'s result";
   });
-  OfRace(session, race, "Remove " + what,
-         [&] { scoring::RemoveResults(session.League(), race, resultIds); });
+  OfRace(session, race, "Remove " + what, [&] { scoring::RemoveResults(session.League(), race, resultIds); });
 }
 
 std::int32_t AddPenalty(LeagueSession& session, const scoring::Penalty& penalty) {
@@ -172,6 +172,7 @@ void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into) 
   engine::Database& league = session.League();
   AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)), [&] {
     const std::vector<std::int32_t> races = scoring::PenalisedRacesOf(league, {from, into});
+    championship::MergeMemberships(league, from, into);
     drivers::MergeDrivers(league, from, into);
     ApplyPenalties(session, races);
   });
@@ -220,7 +221,8 @@ void StoreSetting(LeagueSession& session, int id, const std::string& value) {
            [&] { common::StoreSetting(session.League(), id, value); });
 }
 
-void SavePageSettings(LeagueSession& session, const reports::PageTexts& texts, const reports::PageLook& look) {
+void SavePageSettings(LeagueSession& session, const reports::PageTexts& texts,
+                      const reports::PageLook& look) {
   AsChange(session, "Page look", [&] { reports::SavePageSettings(session.League(), texts, look); });
 }
 
@@ -247,6 +249,72 @@ std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t change
   auto labels = history::UndoThrough(session.League(), changeId);
   if (!labels.empty()) ReadLeagueSettings(session.League(), session.State());
   return labels;
+}
+
+namespace {
+
+// The tables that a change needs are made in its transaction, but before it is recorded: a schema is not
+// taken back.
+template <typename Ensure, typename Body>
+auto AsChangeWithTables(LeagueSession& session, const std::string& label, Ensure ensure, Body body) {
+  session.KeepBackup();
+  engine::UnitOfWork unit(session.League());
+  ensure(session.League());
+  if constexpr (std::is_void_v<decltype(body())>) {
+    AsChange(session, label, body);
+    unit.Commit();
+  } else {
+    auto result = AsChange(session, label, body);
+    unit.Commit();
+    return result;
+  }
+}
+
+}  // namespace
+
+std::int32_t AddGroup(LeagueSession& session, championship::GroupKind kind, const std::string& name) {
+  return AsChangeWithTables(
+      session, fmt::format("Add the {} {}", championship::KindName(kind), common::TrimBlanks(name)),
+      championship::EnsureTeamTables, [&] { return championship::AddGroup(session.League(), kind, name); });
+}
+
+void RenameGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+                 const std::string& name) {
+  AsChange(session, fmt::format("Rename {} to {}", group.name, common::TrimBlanks(name)),
+           [&] { championship::RenameGroup(session.League(), kind, group.id, name); });
+}
+
+void RemoveGroup(LeagueSession& session, const championship::Group& group) {
+  AsChange(session, "Remove " + group.name, [&] { championship::RemoveGroup(session.League(), group.id); });
+}
+
+void JoinGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+               const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace) {
+  engine::Database& league = session.League();
+  AsChange(session, fmt::format("{} to {}", Drivers(league, driverIds), group.name),
+           [&] { championship::Join(league, kind, group.id, driverIds, fromRace); });
+}
+
+void LeaveGroup(LeagueSession& session, championship::GroupKind kind,
+                const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace) {
+  engine::Database& league = session.League();
+  AsChange(session, fmt::format("{} out of the {}", Drivers(league, driverIds), championship::KindName(kind)),
+           [&] { championship::Leave(league, kind, driverIds, fromRace); });
+}
+
+void SetBestResults(LeagueSession& session, championship::GroupKind kind, int best) {
+  AsChangeWithTables(session, fmt::format("Results that count for a {}", championship::KindName(kind)),
+                     championship::EnsureTeamTables,
+                     [&] { championship::SetBestResults(session.League(), kind, best); });
+}
+
+void SetPlayoff(LeagueSession& session, const championship::PlayoffFormat& format) {
+  AsChangeWithTables(session, "Playoff " + format.name, championship::EnsurePlayoffTable,
+                     [&] { championship::StorePlayoff(session.League(), format); });
+}
+
+void ClearPlayoff(LeagueSession& session) {
+  AsChange(session, "No playoff", [&] { championship::ClearPlayoff(session.League()); });
 }
 
 }  // namespace scorvane::app

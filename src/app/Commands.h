@@ -12,6 +12,8 @@
 #include "app/ImportFiles.h"
 #include "app/LeagueSession.h"
 #include "app/NewLeague.h"
+#include "championship/Playoff.h"
+#include "championship/Teams.h"
 #include "drivers/Roster.h"
 #include "history/History.h"
 #include "reports/PageExport.h"
@@ -86,5 +88,21 @@ std::int32_t CountRaces(engine::Database& league);
 std::optional<std::string> Undo(LeagueSession& session);
 std::optional<std::string> Redo(LeagueSession& session);
 std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t changeId);
+
+// ---- the championship: teams, makes and playoffs, whose tables are made with the first of them; these throw
+// common::RuleError, too, with a sentence for the user
+
+std::int32_t AddGroup(LeagueSession& session, championship::GroupKind kind, const std::string& name);
+void RenameGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+                 const std::string& name);
+void RemoveGroup(LeagueSession& session, const championship::Group& group);
+// From a race on, 0 from the start; none: championship::NextChange.
+void JoinGroup(LeagueSession& session, championship::GroupKind kind, const championship::Group& group,
+               const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace);
+void LeaveGroup(LeagueSession& session, championship::GroupKind kind,
+                const std::vector<std::int32_t>& driverIds, std::optional<std::int32_t> fromRace);
+void SetBestResults(LeagueSession& session, championship::GroupKind kind, int best);
+void SetPlayoff(LeagueSession& session, const championship::PlayoffFormat& format);
+void ClearPlayoff(LeagueSession& session);
 
 }  // namespace scorvane::app

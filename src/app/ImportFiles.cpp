@@ -90,17 +90,16 @@ std::vector<ResultRow> ReadRows(engine::Database& league, const std::string& que
 }
 
 std::vector<ResultRow> StoredRows(engine::Database& league, std::int32_t raceId) {
-  return ReadRows(league,
-                  fmt::format("SELECT Driver.Name, Stats.LapsRun, Stats.LapsLed, Stats.Qualifying FROM Driver "
-                              "INNER JOIN Stats ON Driver.DriverID=Stats.DriverID WHERE Stats.RaceID={}",
-                              raceId));
+  return ReadRows(
+      league, fmt::format("SELECT Driver.Name, Stats.LapsRun, Stats.LapsLed, Stats.Qualifying FROM Driver "
+                          "INNER JOIN Stats ON Driver.DriverID=Stats.DriverID WHERE Stats.RaceID={}",
+                          raceId));
 }
 
 std::vector<ResultRow> StagedRows(engine::Database& league, std::int32_t stagedRaceId) {
   return ReadRows(
-      league,
-      fmt::format(
-          "SELECT DriverName, LapsRun, LapsLed, Qualifying FROM STNStats WHERE STNRaceID={}", stagedRaceId));
+      league, fmt::format("SELECT DriverName, LapsRun, LapsLed, Qualifying FROM STNStats WHERE STNRaceID={}",
+                          stagedRaceId));
 }
 
 struct StoredRace {
@@ -336,7 +335,8 @@ common::Message DuplicatesQuestion(const std::vector<Duplicate>& duplicates) {
   for (std::size_t i = 0; i < std::min(duplicates.size(), kMostNamed); ++i) {
     text += fmt::format("{}: {}.\r\n", common::GetFileTitle(duplicates[i].file.path), duplicates[i].reason);
   }
-  if (duplicates.size() > kMostNamed) text += fmt::format("... and {} more.\r\n", duplicates.size() - kMostNamed);
+  if (duplicates.size() > kMostNamed)
+    text += fmt::format("... and {} more.\r\n", duplicates.size() - kMostNamed);
   return {text + "\r\nDo you want to import all the same?", "Import", common::MessageIcon::Question};
 }
 
@@ -366,9 +366,8 @@ ImportOutcome ImportStaged(engine::Database& league, common::ProcessState& state
     outcome.leagueRaces = Count(league, kRaces);
     outcome.races = outcome.leagueRaces - before;
     if (outcome.done) {
-      outcome.drivers =
-          Count(league, fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}",
-                                    common::GetMaxID(league, "Race", "RaceID")));
+      outcome.drivers = Count(league, fmt::format("SELECT Count(*) AS N FROM Stats WHERE RaceID={}",
+                                                  common::GetMaxID(league, "Race", "RaceID")));
       NoteMarkup(league, lastDriver, outcome.notes);
       if (offline) NoteFewerMembers(league, lastRace, outcome.drivers, outcome.notes);
     }

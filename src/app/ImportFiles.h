@@ -49,7 +49,7 @@ common::Message FailedFilesWarning(std::size_t failed);
 // A staged file that is in the league already, by its name or its rows, or twice among the staged ones.
 struct Duplicate {
   StagedFile file;
-  std::string reason;  // a sentence without its file: "the league has it already: race 3, Daytona"
+  std::string reason;       // a sentence without its file: "the league has it already: race 3, Daytona"
   std::int32_t raceId = 0;  // the league's race; 0 for a file that is chosen twice
 };
 std::vector<Duplicate> FindDuplicates(engine::Database& league, const common::ProcessState& state,
@@ -62,10 +62,10 @@ common::Message DuplicatesQuestion(const std::vector<Duplicate>& duplicates);
 void RemoveStagedRaces(engine::Database& league, const std::vector<std::int32_t>& ids);
 
 struct ImportOutcome {
-  bool done = false;            // false: an off-line event with nobody to rank, about which a message was shown
-  std::int32_t races = 0;       // added
-  std::int32_t drivers = 0;     // ranked in the last of them
-  std::int32_t leagueRaces = 0;  // that the league has now
+  bool done = false;         // false: an off-line event with nobody to rank, about which a message was shown
+  std::int32_t races = 0;    // added
+  std::int32_t drivers = 0;  // ranked in the last of them
+  std::int32_t leagueRaces = 0;    // that the league has now
   std::vector<std::string> notes;  // sentences about what the administrator may not have meant
 };
 

@@ -79,6 +79,7 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
                      "Old League File", common::MessageIcon::Information});
   }
   league_ = OpenShared(path, use);
+  use_ = use;
   try {
     if (!BringUpToDate(use)) {
       CloseLeagueFile();
@@ -198,8 +199,7 @@ void LeagueSession::CopyPageDefaults() {
 }
 
 void LeagueSession::KeepBackup() {
-  const std::string day =
-      fmt::format("{:%Y-%m-%d} {}", fmt::localtime(std::time(nullptr)), league_->Name());
+  const std::string day = fmt::format("{:%Y-%m-%d} {}", fmt::localtime(std::time(nullptr)), league_->Name());
   if (std::exchange(backedUp_, day) == day) return;
   backupFault_ = BackUpOnceADay(engine_, *league_, ReadBackupOptions(templateDb_));
 }
@@ -207,7 +207,7 @@ void LeagueSession::KeepBackup() {
 void LeagueSession::CloseLeagueFile() {
   if (!league_) return;
   const std::string path = league_->Name();
-  const bool worthCompacting = league_->FreePages() > 0;
+  const bool worthCompacting = use_ != Use::Looking && league_->FreePages() > 0;
   league_.reset();
   if (!worthCompacting) return;
   // Who has opened the league meanwhile, or compacts another one in this folder, goes first.

@@ -39,17 +39,17 @@ class LeagueSession {
   // file cannot be used as a league; no file is open then.
   bool OpenLeagueFile(const std::string& path, Use use = Use::Everything);
 
-  // Closes the open file, and makes it compact when it holds pages that nothing is in. Does nothing without a
-  // file. What goes wrong while it is made compact costs nothing but the compaction: the file stays as it
-  // was.
+  // Closes the open file, and makes it compact when it holds pages that nothing is in; one that was only
+  // looked at stays as it is. Does nothing without a file. What goes wrong while it is made compact costs
+  // nothing but the compaction: the file stays as it was.
   void CloseLeagueFile();
 
   // After a conversion: says which bonus rules have become others, because this opening gave them the
   // condition that the template has under their number. Says nothing when none has.
   void TellReplacedRules();
 
-  // To be called before a command changes the league: keeps a backup when it is the first one of the day. What
-  // went wrong with it does not stop the command; it is told here.
+  // To be called before a command changes the league: keeps a backup when it is the first one of the day.
+  // What went wrong with it does not stop the command; it is told here.
   void KeepBackup();
   // What the last KeepBackup could not do; asked for once.
   std::string TakeBackupFault() { return std::exchange(backupFault_, {}); }
@@ -76,7 +76,8 @@ class LeagueSession {
   common::UserInterface& ui_;
   std::function<void()> askForSimFolder_;
   std::unique_ptr<engine::Database> league_;
-  std::string backedUp_;  // the league and the day of the last look for a backup
+  Use use_ = Use::Everything;  // what it was opened for
+  std::string backedUp_;       // the league and the day of the last look for a backup
   std::string backupFault_;
   std::string replacedRules_;  // a line for each that the opening of the league replaced
 };

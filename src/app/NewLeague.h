@@ -29,8 +29,8 @@ std::string WithLeagueExtension(const std::string& path);
 std::string CompleteLeaguePath(const std::string& typed, std::string_view folder);
 
 // Makes the league file `path`, in the place of one that is there. An old league goes only when the new one
-// is complete; after an error nothing is there that was not there before. Throws EngineError, 3045 when the old
-// one is open, or std::system_error.
+// is complete; after an error nothing is there that was not there before. Throws EngineError, 3045 when the
+// old one is open, or std::system_error.
 void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const std::string& path,
                   const LeagueProperties& properties);
 

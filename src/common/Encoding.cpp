@@ -57,7 +57,8 @@ std::string FromWindows1252(std::string_view bytes) {
   text.reserve(bytes.size() + bytes.size() / 8);
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
-    AppendUtf8(text, byte >= 0x80 && byte < 0xA0 ? engine::kWindows1252UpperControls[byte - 0x80U] : char16_t{byte});
+    AppendUtf8(
+        text, byte >= 0x80 && byte < 0xA0 ? engine::kWindows1252UpperControls[byte - 0x80U] : char16_t{byte});
   }
   return text;
 }
@@ -83,8 +84,11 @@ std::string ToWindows1252(std::string_view utf8) {
       bytes += static_cast<char>(character);
       continue;
     }
-    const auto* const found = std::find(engine::kWindows1252UpperControls.begin(), engine::kWindows1252UpperControls.end(), character);
-    bytes += found == engine::kWindows1252UpperControls.end() ? '?' : static_cast<char>(0x80 + (found - engine::kWindows1252UpperControls.begin()));
+    const auto* const found = std::find(engine::kWindows1252UpperControls.begin(),
+                                        engine::kWindows1252UpperControls.end(), character);
+    bytes += found == engine::kWindows1252UpperControls.end()
+                 ? '?'
+                 : static_cast<char>(0x80 + (found - engine::kWindows1252UpperControls.begin()));
   }
   return bytes;
 }

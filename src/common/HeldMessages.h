@@ -1,5 +1,5 @@
-// Holds messages back while a transaction is open, and shows them when it is over: nobody keeps the league from
-// others while he reads.
+// Holds messages back while a transaction is open, and shows them when it is over: nobody keeps the league
+// from others while he reads.
 #pragma once
 
 #include <memory>

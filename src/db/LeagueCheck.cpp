@@ -84,8 +84,9 @@ class Checker {
   }
 
   void Rows() {
-    for (const auto& [table, what] : {std::pair{"PointSystem", "point system"}, std::pair{"Bonus", "bonus rules"},
-                                      std::pair{"RankCriteria", "ranking criteria"}}) {
+    for (const auto& [table, what] :
+         {std::pair{"PointSystem", "point system"}, std::pair{"Bonus", "bonus rules"},
+          std::pair{"RankCriteria", "ranking criteria"}}) {
       if (league_.OpenRecordset(fmt::format("SELECT Count(*) AS N FROM {}", table)).At(0).ToLong() == 0)
         faults_.push_back(fmt::format("The league has no {}: the table {} is empty.", what, table));
     }

@@ -77,7 +77,8 @@ void ReplaceDatabase(engine::DBEngine& engine, const std::string& fresh, const s
     try {
       // The old file is then whole until the new one has its name.
       engine.TakeBackUnfinished(path);
-    } catch (const engine::EngineError&) {  // NOLINT(bugprone-empty-catch): what is no database has nothing to lose
+    } catch (const engine::EngineError&) {  // NOLINT(bugprone-empty-catch): what is no database has nothing
+                                            // to lose
     }
     fs::remove(journal, error);
   }

@@ -12,9 +12,9 @@ inline constexpr const char* kCompactName = "TmpPoints.mdb";
 // Removes the file with what the store keeps beside it; what is not there is no matter.
 void RemoveWithJournal(const std::string& path);
 
-// Puts the complete database `fresh` in the place of `path`, which nobody has open, in one step. What a stopped
-// program left beside the old file is taken back first: it would be taken for a part of the new one. Throws
-// std::system_error; the old file is then there.
+// Puts the complete database `fresh` in the place of `path`, which nobody has open, in one step. What a
+// stopped program left beside the old file is taken back first: it would be taken for a part of the new one.
+// Throws std::system_error; the old file is then there.
 void ReplaceDatabase(engine::DBEngine& engine, const std::string& fresh, const std::string& path);
 
 // Clears the way for a file at `copy`, the name under which leagues of its folder are compacted: removes what

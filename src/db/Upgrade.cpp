@@ -87,11 +87,12 @@ void MarkCriteriaOfNewSimulations(engine::Database& league, engine::Database& te
   });
 }
 
-// Rows older than a field have Null in it, which no comparison finds. `RankCriteria.N4` keeps it: a criterion of
-// the league's own is one of the older simulations.
+// Rows older than a field have Null in it, which no comparison finds. `RankCriteria.N4` keeps it: a criterion
+// of the league's own is one of the older simulations.
 void FillFlag(engine::Database& league, const char* table, const char* field) {
   Try([&] {
-    if (league.OpenRecordset(fmt::format("SELECT TOP 1 {0} FROM {1} WHERE {0} Is Null", field, table)).AtEnd())
+    if (league.OpenRecordset(fmt::format("SELECT TOP 1 {0} FROM {1} WHERE {0} Is Null", field, table))
+            .AtEnd())
       return;
     league.Execute(fmt::format("UPDATE {1} SET {0}=False WHERE {0} Is Null", field, table));
   });

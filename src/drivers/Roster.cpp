@@ -48,8 +48,7 @@ std::optional<Driver> ReadDriver(engine::Database& league, std::int32_t id) {
 
 std::optional<std::int32_t> FindNameClash(engine::Database& league, const std::string& name,
                                           std::optional<std::int32_t> id) {
-  std::string sql =
-      "SELECT DriverID FROM Driver WHERE Name=" + common::QuoteSQL(common::TrimBlanks(name));
+  std::string sql = "SELECT DriverID FROM Driver WHERE Name=" + common::QuoteSQL(common::TrimBlanks(name));
   if (id) sql += fmt::format(" AND DriverID<>{}", *id);
   const auto rows = league.OpenRecordset(sql);
   if (rows.AtEnd()) return std::nullopt;
@@ -59,17 +58,18 @@ std::optional<std::int32_t> FindNameClash(engine::Database& league, const std::s
 std::int32_t AddDriver(engine::Database& league, const Driver& driver) {
   engine::UnitOfWork unit(league);
   league.Execute(fmt::format("INSERT INTO Driver (Name,Exclude,Rookie,Handicap) VALUES ({},{},{},{})",
-                             common::QuoteSQL(common::TrimBlanks(driver.name)), Word(driver.excluded), Word(driver.rookie),
-                             driver.handicap));
+                             common::QuoteSQL(common::TrimBlanks(driver.name)), Word(driver.excluded),
+                             Word(driver.rookie), driver.handicap));
   const std::int32_t id = common::GetMaxID(league, "Driver", "DriverID");
   unit.Commit();
   return id;
 }
 
 void UpdateDriver(engine::Database& league, const Driver& driver) {
-  league.Execute(fmt::format(
-      "UPDATE Driver SET Name={}, Handicap={}, Rookie={}, Exclude={} WHERE DriverID = {}",
-      common::QuoteSQL(common::TrimBlanks(driver.name)), driver.handicap, Word(driver.rookie), Word(driver.excluded), driver.id));
+  league.Execute(
+      fmt::format("UPDATE Driver SET Name={}, Handicap={}, Rookie={}, Exclude={} WHERE DriverID = {}",
+                  common::QuoteSQL(common::TrimBlanks(driver.name)), driver.handicap, Word(driver.rookie),
+                  Word(driver.excluded), driver.id));
 }
 
 void MergeDrivers(engine::Database& league, std::int32_t from, std::int32_t into) {

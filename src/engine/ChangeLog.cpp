@@ -62,8 +62,8 @@ std::vector<LoggedChange> ChangeLog::List() const {
   return changes;
 }
 
-void ChangeLog::Add(std::string_view label, std::int64_t time, std::string_view record, std::int64_t mostBytes,
-                    int mostChanges) {
+void ChangeLog::Add(std::string_view label, std::int64_t time, std::string_view record,
+                    std::int64_t mostBytes, int mostChanges) {
   Database::Impl& impl = *database_.impl_;
   impl.Run(
       "CREATE TABLE IF NOT EXISTS sv_history (id INTEGER PRIMARY KEY AUTOINCREMENT, made INTEGER NOT NULL, "
@@ -77,7 +77,8 @@ void ChangeLog::Add(std::string_view label, std::int64_t time, std::string_view 
   Done(impl, insert);
   // The newest stays, however large it is.
   const StatementPtr prune = impl.Prepare(
-      "DELETE FROM sv_history WHERE id IN (SELECT id FROM (SELECT id, sum(length(record)) OVER newer AS bytes, "
+      "DELETE FROM sv_history WHERE id IN (SELECT id FROM (SELECT id, sum(length(record)) OVER newer AS "
+      "bytes, "
       "count(*) OVER newer AS place FROM sv_history WINDOW newer AS (ORDER BY id DESC)) "
       "WHERE place > 1 AND (bytes > ?1 OR place > ?2))");
   sqlite3_bind_int64(prune.get(), 1, mostBytes);
@@ -93,8 +94,7 @@ std::string ChangeLog::Record(std::int64_t id) const {
 
 void ChangeLog::SetUndone(std::int64_t id, bool undone, std::string_view record) {
   Database::Impl& impl = *database_.impl_;
-  const StatementPtr update =
-      impl.Prepare("UPDATE sv_history SET undone = ?2, record = ?3 WHERE id = ?1");
+  const StatementPtr update = impl.Prepare("UPDATE sv_history SET undone = ?2, record = ?3 WHERE id = ?1");
   sqlite3_bind_int64(update.get(), 1, id);
   sqlite3_bind_int(update.get(), 2, undone ? 1 : 0);
   sqlite3_bind_blob(update.get(), 3, record.data(), static_cast<int>(record.size()), SQLITE_STATIC);

@@ -23,7 +23,8 @@ bool IsOurs(std::string_view table) {
 }
 
 bool Names(const std::vector<std::string>& list, std::string_view name) {
-  return std::any_of(list.begin(), list.end(), [&](const std::string& known) { return SameName(known, name); });
+  return std::any_of(list.begin(), list.end(),
+                     [&](const std::string& known) { return SameName(known, name); });
 }
 
 // Row keys in runs, which is how rows are added.
@@ -84,8 +85,8 @@ std::string PackRow(int columns, ColumnValue value) {
 class RowReader {
  public:
   RowReader(Database::Impl& impl, const std::string& table)
-      : statement_(impl.Prepare(fmt::format("SELECT * FROM {} WHERE _rowid_ BETWEEN ?1 AND ?2 ORDER BY _rowid_",
-                                            StoreName(table)))) {
+      : statement_(impl.Prepare(fmt::format(
+            "SELECT * FROM {} WHERE _rowid_ BETWEEN ?1 AND ?2 ORDER BY _rowid_", StoreName(table)))) {
     for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i)
       columns_.emplace_back(sqlite3_column_name(statement_.get(), i));
   }
@@ -168,9 +169,8 @@ class Checksum {
 };
 
 bool IsChecked(const ChangeRules& rules, const std::string& table, std::int64_t key) {
-  return std::none_of(rules.uncheckedRows.begin(), rules.uncheckedRows.end(), [&](const auto& row) {
-    return row.second == key && SameName(row.first, table);
-  });
+  return std::none_of(rules.uncheckedRows.begin(), rules.uncheckedRows.end(),
+                      [&](const auto& row) { return row.second == key && SameName(row.first, table); });
 }
 
 std::uint64_t ChecksumOf(RowReader& rows, const ChangeRules& rules, const TableRecord& table) {

@@ -1,6 +1,6 @@
-// What statements change, recorded row by row so that it can be taken back and done again. The record holds what
-// undoing needs and no more: of new rows their keys, of changed and deleted ones what they were. Whether the rows
-// are still as the change left them is known by a checksum over them.
+// What statements change, recorded row by row so that it can be taken back and done again. The record holds
+// what undoing needs and no more: of new rows their keys, of changed and deleted ones what they were. Whether
+// the rows are still as the change left them is known by a checksum over them.
 #pragma once
 
 #include <cstdint>
@@ -31,8 +31,8 @@ struct TableChange {
 };
 std::vector<TableChange> CountChanges(std::string_view record);
 
-// Records from its making on, inside a unit of work; one at a time for a database. Changes of the schema are not
-// recorded.
+// Records from its making on, inside a unit of work; one at a time for a database. Changes of the schema are
+// not recorded.
 class ChangeRecorder {
  public:
   ChangeRecorder(Database& database, ChangeRules rules);
@@ -91,8 +91,8 @@ class ChangeLog {
 
   // Oldest first. Without any, also when the file has no log yet.
   std::vector<LoggedChange> List() const;
-  // Adds a change behind all that are done, in the open unit of work; what had been undone is gone, and so are
-  // the oldest beyond `mostBytes` in all or `mostChanges`.
+  // Adds a change behind all that are done, in the open unit of work; what had been undone is gone, and so
+  // are the oldest beyond `mostBytes` in all or `mostChanges`.
   void Add(std::string_view label, std::int64_t time, std::string_view record, std::int64_t mostBytes,
            int mostChanges);
   std::string Record(std::int64_t id) const;

@@ -46,8 +46,8 @@ class Database {
   // Runs a SELECT.
   Recordset OpenRecordset(std::string_view sql, RecordsetType type = RecordsetType::Snapshot,
                           const QueryLimits& limits = {});
-  // Runs a SELECT and shows its rows one after another, keeping none; `columns` is called once before them, whether
-  // there are any or not. Within `row` the database may be read, and not changed.
+  // Runs a SELECT and shows its rows one after another, keeping none; `columns` is called once before them,
+  // whether there are any or not. Within `row` the database may be read, and not changed.
   void EachRow(std::string_view sql, const std::function<void(const RowView&)>& columns,
                const std::function<void(const RowView&)>& row, const QueryLimits& limits = {});
   // True when the text is a SELECT, or a UNION of them; throws EngineError 3075 when it is no statement at
@@ -81,8 +81,8 @@ class Database {
   // was opened or this was last asked. False when it cannot be told.
   bool ChangedByOthers();
 
-  // Writes a compact copy of what is stored to a path that does not exist yet, and flushes it to the disk. Others
-  // may have the file open. No unit of work may be open.
+  // Writes a compact copy of what is stored to a path that does not exist yet, and flushes it to the disk.
+  // Others may have the file open. No unit of work may be open.
   void CopyTo(const std::string& path);
 
   // Pages of the file that hold nothing; a compaction gives them back.
@@ -101,7 +101,8 @@ class Database {
 // Several programs may have a file open; who writes waits for his turn.
 struct OpenOptions {
   bool exclusive = false;  // no other process may open the file meanwhile: EngineError 3045
-  bool readOnly = false;   // nothing is changed but what a stopped program left unfinished, which is taken back
+  bool readOnly =
+      false;  // nothing is changed but what a stopped program left unfinished, which is taken back
 };
 
 class Workspace {
@@ -115,9 +116,9 @@ class Workspace {
   // written.
   std::unique_ptr<Database> CreateDatabase(const std::string& path);
   // Throws EngineError 3024 when there is no such file, 3343 when it is no database of this engine or one of
-  // a newer version, 3049 when its tables are not what its catalogue says, 3045 when another process keeps it to
-  // itself (after five seconds) or, exclusively, has it open at all, 3051 when it (or, unless readOnly, its
-  // folder) does not let itself be written.
+  // a newer version, 3049 when its tables are not what its catalogue says, 3045 when another process keeps it
+  // to itself (after five seconds) or, exclusively, has it open at all, 3051 when it (or, unless readOnly,
+  // its folder) does not let itself be written.
   std::unique_ptr<Database> OpenDatabase(const std::string& path, OpenOptions options = {});
   // The open database with this path; null when there is none.
   Database* FindDatabase(const std::string& path) const;
@@ -137,16 +138,16 @@ class DBEngine {
   Workspace& DefaultWorkspace() { return workspace_; }
   // Writes a compact copy of a closed database to a path that does not exist yet, and flushes it to the disk.
   void CompactDatabase(const std::string& from, const std::string& to);
-  // Takes back what a program that was stopped left unfinished in a closed database, as the next one to open it
-  // would. The caller is alone with the file.
+  // Takes back what a program that was stopped left unfinished in a closed database, as the next one to open
+  // it would. The caller is alone with the file.
   void TakeBackUnfinished(const std::string& path);
 
  private:
   Workspace workspace_;
 };
 
-// One transaction around many statements; a power cut leaves all of it or nothing. It ends with Commit or with
-// its scope and, when an error ends that, as it was told to. Units nest: the outermost commits.
+// One transaction around many statements; a power cut leaves all of it or nothing. It ends with Commit or
+// with its scope and, when an error ends that, as it was told to. Units nest: the outermost commits.
 class UnitOfWork {
  public:
   // What becomes of the statements before the error: in effect, or gone with those of all units around this

@@ -130,10 +130,10 @@ struct Database::Impl : sql::Catalog {
   Workspace* workspace;
   std::string path;
   bool readOnly = false;
-  bool indexesOutdated = false;  // of a file that is open for reading only: see CheckCollation
-  bool countersNearEnd = false;  // some counter may be about to leave its range
+  bool indexesOutdated = false;              // of a file that is open for reading only: see CheckCollation
+  bool countersNearEnd = false;              // some counter may be about to leave its range
   std::shared_ptr<platform::FileLock> lock;  // one for all that this process opens of the file
-  FunctionState functions;  // outlives the connection, whose functions use it
+  FunctionState functions;                   // outlives the connection, whose functions use it
   ConnectionPtr connection;
 
   std::vector<TableDef> tables;

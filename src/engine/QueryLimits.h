@@ -15,8 +15,8 @@ struct QueryLimits {
   std::size_t bytes = 0;   // of memory, for the result and for what the store needs on the way
 };
 
-// For the reports of the template, whose rows are written as they come: however many there are, it is work that
-// goes on.
+// For the reports of the template, whose rows are written as they come: however many there are, it is work
+// that goes on.
 inline constexpr QueryLimits kStreamLimits{std::chrono::milliseconds(0), 20'000'000'000, 0};
 // Several times what a report over the results of 10,000 races takes.
 inline constexpr QueryLimits kFileTextLimits{std::chrono::milliseconds(4000), 1'000'000'000, 192U << 20U};

@@ -17,9 +17,11 @@ void ConnectionCloser::operator()(sqlite3* connection) const {
 }
 
 void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
-  // A full disk shows itself in many ways: no room for a journal's name, or none when what was taken is to be kept.
+  // A full disk shows itself in many ways: no room for a journal's name, or none when what was taken is to be
+  // kept.
   const bool failed = (code & 0xFF) == SQLITE_IOERR || (code & 0xFF) == SQLITE_CANTOPEN;
-  if (failed && connection != nullptr && sqlite3_system_errno(connection) == ENOSPC) throw EngineError(kDiskFull);
+  if (failed && connection != nullptr && sqlite3_system_errno(connection) == ENOSPC)
+    throw EngineError(kDiskFull);
   switch (code & 0xFF) {
     case SQLITE_FULL:
       throw EngineError(kDiskFull);

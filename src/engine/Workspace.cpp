@@ -11,9 +11,9 @@
 #include "engine/Collation.h"
 #include "engine/DatabaseImpl.h"
 #include "engine/EngineError.h"
-#include "platform/SystemPath.h"
 #include "engine/LimitGuard.h"
 #include "engine/Operators.h"
+#include "platform/SystemPath.h"
 
 namespace scorvane::engine {
 namespace {
@@ -126,8 +126,9 @@ ConnectionPtr OpenConnection(const std::string& path, int flags) {
 }  // namespace
 
 void Database::Impl::Connect(bool create, bool wantReadOnly) {
-  // What a stopped program left unfinished is taken back by whoever reads the file next, and only a connection
-  // that may write can do that: a reader gets one, too, where the file allows it, and is held to reading.
+  // What a stopped program left unfinished is taken back by whoever reads the file next, and only a
+  // connection that may write can do that: a reader gets one, too, where the file allows it, and is held to
+  // reading.
   const bool mayWrite = !wantReadOnly || IsWritableWithFolder(path);
   const int access = create     ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
                      : mayWrite ? SQLITE_OPEN_READWRITE
@@ -247,7 +248,8 @@ void Database::CopyTo(const std::string& path) {
     Lifted(const Lifted&) = delete;
     Lifted& operator=(const Lifted&) = delete;
     ~Lifted() {
-      if (impl.readOnly) sqlite3_exec(impl.connection.get(), "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
+      if (impl.readOnly)
+        sqlite3_exec(impl.connection.get(), "PRAGMA query_only=ON", nullptr, nullptr, nullptr);
     }
   };
   const Lifted lifted(*impl_);
@@ -258,7 +260,8 @@ void DBEngine::TakeBackUnfinished(const std::string& path) {
   const std::string full = FullPath(path);
   CheckHeader(full);
   const ConnectionPtr connection = OpenConnection(full, SQLITE_OPEN_READWRITE);
-  const int code = sqlite3_exec(connection.get(), "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
+  const int code =
+      sqlite3_exec(connection.get(), "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) ThrowStoreError(connection.get(), code, full);
 }
 

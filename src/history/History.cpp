@@ -17,7 +17,8 @@ namespace {
 
 const engine::ChangeRules& Rules() {
   static const engine::ChangeRules rules = {
-      // Every opening gives a rule the template's condition, and every look at the standings marks what is dropped.
+      // Every opening gives a rule the template's condition, and every look at the standings marks what is
+      // dropped.
       {"Stats.Dropped", "Bonus.Query"},
       // What is staged there is gone with the next import.
       {"STNRace", "STNStats"},
@@ -27,8 +28,9 @@ const engine::ChangeRules& Rules() {
 }
 
 std::optional<engine::LoggedChange> FirstOf(const std::vector<engine::LoggedChange>& changes, bool undone) {
-  const auto found = std::find_if(changes.begin(), changes.end(),
-                                  [&](const engine::LoggedChange& change) { return change.undone == undone; });
+  const auto found = std::find_if(changes.begin(), changes.end(), [&](const engine::LoggedChange& change) {
+    return change.undone == undone;
+  });
   if (found == changes.end()) return std::nullopt;
   return *found;
 }
@@ -121,11 +123,10 @@ std::string Summary(const engine::LoggedChange& change) {
   static constexpr Word kCounted[] = {{"Race", "race"}, {"Stats", "result"}, {"Driver", "driver"}};
   // Worked out with the results, or nobody's concern.
   static constexpr const char* kUncounted[] = {"STNRace", "STNStats", "PenaltyBase"};
-  static constexpr Word kNamed[] = {{"PointSystem", "point system"},
-                                    {"Bonus", "bonus rules"},
-                                    {"RankCriteria", "ranking criteria"},
-                                    {"Penalty", "penalties"},
-                                    {"Settings", "settings"}};
+  static constexpr Word kNamed[] = {
+      {"PointSystem", "point system"}, {"Bonus", "bonus rules"}, {"RankCriteria", "ranking criteria"},
+      {"Penalty", "penalties"},        {"Team", "teams"},        {"TeamMember", "team members"},
+      {"TeamScoring", "team scoring"}, {"Playoff", "playoff"},   {"Settings", "settings"}};
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
   const auto rows = [&](const char* table) {

@@ -1,6 +1,6 @@
 // What the commands of the user changed in a league, kept in the league so that it can be taken back and done
-// again: across closing and opening, by whichever program. One command is one change, whatever it writes. Marks
-// that are derived, and what opening a file brings up to date, are no changes.
+// again: across closing and opening, by whichever program. One command is one change, whatever it writes.
+// Marks that are derived, and what opening a file brings up to date, are no changes.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ namespace scorvane::history {
 inline constexpr std::int64_t kMostBytes = 16 << 20;
 inline constexpr int kMostChanges = 1000;
 
-// Stands around a command: what is written while it lives is one change, in one transaction. Without Commit all
-// of it is taken back. Within another change of the same league it is a part of that one.
+// Stands around a command: what is written while it lives is one change, in one transaction. Without Commit
+// all of it is taken back. Within another change of the same league it is a part of that one.
 class Change {
  public:
   // Throws EngineError: 3045 when another program writes for longer than one waits for it.
@@ -29,8 +29,8 @@ class Change {
 
   // What the change is called where that is known only afterwards.
   void SetLabel(std::string label) { label_ = std::move(label); }
-  // Keeps the change, with its label and the time. True when anything is other than before. Throws EngineError;
-  // then nothing was changed.
+  // Keeps the change, with its label and the time. True when anything is other than before. Throws
+  // EngineError; then nothing was changed.
   bool Commit();
 
  private:
@@ -47,13 +47,13 @@ std::vector<engine::LoggedChange> List(engine::Database& league);
 std::optional<engine::LoggedChange> NextUndo(engine::Database& league);
 std::optional<engine::LoggedChange> NextRedo(engine::Database& league);
 
-// Takes the last change back, or does the one again that was taken back last, and yields its label; nothing when
-// there is none. Every row is then the very same as before, keys included. Throws EngineError, 3197 when
+// Takes the last change back, or does the one again that was taken back last, and yields its label; nothing
+// when there is none. Every row is then the very same as before, keys included. Throws EngineError, 3197 when
 // something else has changed the same rows since; then nothing is changed.
 std::optional<std::string> Undo(engine::Database& league);
 std::optional<std::string> Redo(engine::Database& league);
-// Takes back all changes from the newest to the one with this id, in one transaction, and yields their labels,
-// the newest first. Throws as Undo does.
+// Takes back all changes from the newest to the one with this id, in one transaction, and yields their
+// labels, the newest first. Throws as Undo does.
 std::vector<std::string> UndoThrough(engine::Database& league, std::int64_t id);
 
 // Forgets every change. What the file held of them is overwritten.

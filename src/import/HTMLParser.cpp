@@ -326,12 +326,12 @@ float CHTMLParser::QualifyingValue(std::string_view text) const {
 float CHTMLParser::TrackLength() const {
   if (race_.Track.empty()) throw FileFault(kNoTrackText);
   if (tracks_ == nullptr || !tracks_->Contains(race_.Track)) {
-    throw FileFault(
-        fmt::format("The length of the track \"{}\" is not known: the simulation's folder has no such track.\r\n"
-                    "Its folder with a \"track.ini\" (a section [track] with track_name and track_length) belongs "
-                    "into the folder \"tracks\" of the simulation; or another folder of the simulation is to be "
-                    "named (in the Options, or by --sim-folder).",
-                    Excerpt(race_.Track)));
+    throw FileFault(fmt::format(
+        "The length of the track \"{}\" is not known: the simulation's folder has no such track.\r\n"
+        "Its folder with a \"track.ini\" (a section [track] with track_name and track_length) belongs "
+        "into the folder \"tracks\" of the simulation; or another folder of the simulation is to be "
+        "named (in the Options, or by --sim-folder).",
+        Excerpt(race_.Track)));
   }
   return tracks_->Item(race_.Track).Length;
 }

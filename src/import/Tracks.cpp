@@ -106,8 +106,8 @@ void BuildTrackCatalogue(common::ProcessState& state, const std::string& simulat
   if (folder.empty()) return;
   std::vector<std::string> tracks;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(common::SystemPath(folder), error), end; !error && entry != end;
-       entry.increment(error)) {
+  for (std::filesystem::directory_iterator entry(common::SystemPath(folder), error), end;
+       !error && entry != end; entry.increment(error)) {
     std::error_code unknown;
     if (entry->is_directory(unknown)) tracks.push_back(common::PathText(entry->path()));
   }

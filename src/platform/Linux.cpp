@@ -183,10 +183,12 @@ bool IsLeft(const std::string& name, const std::string& start) {
   if (mark == std::string::npos || (!start.empty() && name.substr(0, mark) != start)) return false;
   const std::string rest = name.substr(mark + kTemporaryMark.size());
   const std::size_t digits = rest.find_first_not_of("0123456789-");
-  if (digits == std::string::npos || digits == 0 || !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
+  if (digits == std::string::npos || digits == 0 ||
+      !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
     return false;
   const long process = std::strtol(rest.c_str(), nullptr, 10);
-  return process <= 0 || (process != ::getpid() && ::kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM);
+  return process <= 0 ||
+         (process != ::getpid() && ::kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM);
 }
 
 void RemoveLeft(const fs::path& folder, const std::string& start) {

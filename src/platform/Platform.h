@@ -10,8 +10,8 @@
 
 namespace scorvane::platform {
 
-// A hold on a file (or a folder) that the processes of this program respect, for as long as it lives. Many may
-// share a file; who holds it exclusively is alone with it.
+// A hold on a file (or a folder) that the processes of this program respect, for as long as it lives. Many
+// may share a file; who holds it exclusively is alone with it.
 class FileLock {
  public:
   enum class Mode { Shared, Exclusive };
@@ -30,8 +30,8 @@ class FileLock {
 // empty when none does, or the system does not say.
 std::string LockHolder(const std::string& path);
 
-// A path beside `path` that no file has, for what is to take its place: "NAME.scorvane-1234-1.tmp". Whatever has
-// such a name is the program's own.
+// A path beside `path` that no file has, for what is to take its place: "NAME.scorvane-1234-1.tmp". Whatever
+// has such a name is the program's own.
 std::string TemporaryBeside(const std::string& path);
 
 // Removes what programs that were stopped left under such names beside `path`, with their journals. What a

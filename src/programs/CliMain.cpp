@@ -6,13 +6,16 @@
 #include <exception>
 #include <map>
 
+#include "championship/Title.h"
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
+#include "programs/cli/Choices.h"
 #include "programs/cli/Commands.h"
 
 namespace {
 
 using namespace scorvane;
+using cli::AddChoice;
 
 constexpr int kFailed = 1;
 constexpr int kWrongUse = 2;
@@ -38,39 +41,25 @@ constexpr const char* kDescription =
 constexpr const char* kCommonOptions =
     "Every command takes --template FILE, --decimal CHAR, --format table|csv|json and -q.";
 
+constexpr const char* kPlayoffHelp =
+    "set FILE.json, show, clear, preset [NAME]\n\n"
+    "A file is {\"name\": TEXT, \"stages\": [{...}, ...]}. Of a stage:\n"
+    "  after            races that are driven before it; needed\n"
+    "  drivers          how many go on; needed. Who is level with the last goes on, too\n"
+    "  name             as the standings show it\n"
+    "  by               points, or wins: winners of the races before come first\n"
+    "  winnersWithin    only those that high up in points count as winners\n"
+    "  leaderIsWinner   true: the leader in points goes on in any case\n"
+    "  within           besides, who is so few points behind the leader\n"
+    "  wildCards, wildCardsWithin   besides, so many with the most wins among so many\n"
+    "  points           what the first starts with; without it everybody keeps his\n"
+    "  step, winBonus   so many fewer for each place, so many more for each win\n"
+    "  bonusCounts      false: bonus points do not count in this stage\n"
+    "\"late\": [{\"race\": RACEID, \"before\": RACEID}] puts a race that was imported late in its place.\n";
+
 constexpr const char* kFooter =
     "Exit status: 0 done, 1 the operation failed, 2 wrong use.\n"
     "`scorvane-cli COMMAND --help` explains a command.";
-
-template <typename Target, typename Choice>
-std::function<std::string(const std::string&)> PickInto(Target& target,
-                                                        const std::map<std::string, Choice>& choices) {
-  return [&target, &choices](const std::string& text) -> std::string {
-    const auto found = choices.find(CLI::detail::to_lower(text));
-    if (found != choices.end()) {
-      target = static_cast<Target>(found->second);
-      return {};
-    }
-    std::string known;
-    for (const auto& [name, value] : choices) known += (known.empty() ? "" : ", ") + name;
-    return fmt::format("'{}' is none of: {}", text, known);
-  };
-}
-
-// An option that takes one of a few words.
-template <typename Target, typename Choice>
-CLI::Option* AddChoice(CLI::App* app, const std::string& flag, Target& target,
-                       const std::map<std::string, Choice>& choices, const std::string& help) {
-  return app
-      ->add_option_function<std::string>(
-          flag,
-          [pick = PickInto(target, choices), flag](const std::string& text) {
-            const std::string fault = pick(text);
-            if (!fault.empty()) throw CLI::ValidationError(flag, fault);
-          },
-          help)
-      ->type_name("");
-}
 
 class CommandLine {
  public:
@@ -98,6 +87,7 @@ class CommandLine {
     AddLeagueCommands();
     AddEditCommands();
     AddQueryCommands();
+    AddChampionshipCommands();
     AddHistoryCommands();
   }
 
@@ -248,12 +238,23 @@ class CommandLine {
         "lost)",
         [this] { cli::RemoveExcluded(common_, league_); });
 
-    CLI::App* points = AddForLeague("points", "List or replace the league's own point system", [this] {
+    CLI::App* points = Add("points", "List or replace the league's own point system", [this] {
       points_.path = league_;
+      if (presets_) return cli::PointPresets(common_);
       cli::Points(common_, points_);
     });
-    points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
-        ->type_name("FILE.csv");
+    CLI::Option* league = points->add_option("LEAGUE", league_, "The league file");
+    CLI::Option* set = points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
+                           ->type_name("FILE.csv");
+    points
+        ->add_option("--preset", points_.preset,
+                     "A point system that comes with the program, with its bonus points")
+        ->excludes(set)
+        ->type_name("NAME");
+    CLI::Option* presets = points->add_flag("--presets", presets_, "List these, without a league");
+    points->parse_complete_callback([league, presets] {
+      if (league->count() + presets->count() == 0) throw CLI::RequiredError("LEAGUE");
+    });
     AddChoice(points, "--use", points_.use, kSwitches, "Score with it: on or off");
     CLI::App* bonus = AddForLeague("bonus", "List the bonus rules, or set their points", [this] {
       points_.path = league_;
@@ -352,11 +353,58 @@ class CommandLine {
     }
     CLI::App* backup = AddForLeague("backup", "Write a whole and checked copy of a league, which may be open",
                                     [this] { cli::Backup(common_, league_, folder_); });
-    backup->add_option("FILE", folder_, "The copy (default: in the backup folder, with league and time in its name)");
-    CLI::App* restore = AddForLeague("restore", "Put a backup in the league's place; what is there is backed up first",
-                                     [this] { cli::Restore(common_, league_, folder_, yes_); });
+    backup->add_option("FILE", folder_,
+                       "The copy (default: in the backup folder, with league and time in its name)");
+    CLI::App* restore =
+        AddForLeague("restore", "Put a backup in the league's place; what is there is backed up first",
+                     [this] { cli::Restore(common_, league_, folder_, yes_); });
     restore->add_option("FILE", folder_, "The backup")->required();
     restore->add_flag("--yes", yes_, "Do not ask");
+  }
+
+  void AddGroupCommand(const char* name, const char* help, championship::GroupKind kind) {
+    CLI::App* command = AddForLeague(name, help, [this, kind] {
+      group_.path = league_;
+      group_.kind = kind;
+      cli::EditGroups(common_, group_);
+    });
+    command->add_option("ACTION", group_.action, "What to do (default: list)")
+        ->check(CLI::IsMember({"add", "rename", "remove", "join", "leave", "list", "best"}))
+        ->type_name("");
+    command->add_option("NAME", group_.names, "See below for what follows an action");
+    command
+        ->add_option(
+            "--from", group_.from,
+            "join, leave: the first race for which it holds, 0 for the start (default: the start for who "
+            "comes new, the next race for who changes)")
+        ->check(CLI::Range(0, 2147483647))
+        ->type_name("RACEID");
+    command->add_option("--best", group_.best, "The same as best N")
+        ->check(CLI::Range(0, championship::kMostBest))
+        ->type_name("N");
+    command->footer(
+        fmt::format("add NAME, rename NAME NEW, remove NAME, join {} DRIVER..., leave DRIVER..., list,\n"
+                    "best N (how many results count in each race, 0 for all)\n{}",
+                    kind == championship::GroupKind::Team ? "TEAM" : "MAKE", kCommonOptions));
+  }
+
+  void AddChampionshipCommands() {
+    AddGroupCommand("team", "Keep the league's teams and who drives for them", championship::GroupKind::Team);
+    AddGroupCommand("make", "Keep the league's makes and who drives them", championship::GroupKind::Make);
+    CLI::App* playoff = AddForLeague("playoff", "Keep the league's playoff", [this] {
+      playoff_.path = league_;
+      cli::EditPlayoff(common_, playoff_);
+    });
+    playoff->add_option("ACTION", playoff_.action, "What to do")
+        ->required()
+        ->check(CLI::IsMember({"set", "show", "clear", "preset"}))
+        ->type_name("");
+    playoff->add_option("NAME", playoff_.name,
+                        "set: the file; preset: its name, without one they are listed");
+    playoff->add_option("--after", playoff_.after, "preset: after how many races it begins")
+        ->check(CLI::Range(1, 10000))
+        ->type_name("N");
+    playoff->footer(std::string(kPlayoffHelp) + kCommonOptions);
   }
 
   void AddQueryCommands() {
@@ -365,10 +413,30 @@ class CommandLine {
                                      [this] { cli::Results(common_, league_, raceId_); });
     results->add_option("RACEID", raceId_, "The race's number, as `races` lists it")->required();
     AddForLeague("drivers", "List the drivers", [this] { cli::Drivers(common_, league_); });
-    Add("reports", "List the reports", [this] { cli::Reports(common_); });
-    CLI::App* standings = AddForLeague("standings", "Show the standings, or another report",
-                                       [this] { cli::Standings(common_, league_, report_); });
-    standings->add_option("--report", report_, "The report's name (default: the first)")->type_name("NAME");
+    CLI::App* reports = Add("reports", "List the reports", [this] { cli::Reports(common_, league_); });
+    reports->add_option("LEAGUE", league_, "A league file: its own reports, too");
+    CLI::App* standings = AddForLeague("standings", "Show the standings, or another report", [this] {
+      standings_.path = league_;
+      cli::Standings(common_, standings_);
+    });
+    standings->add_option("--report", standings_.report, "The report's name (default: the first)")
+        ->type_name("NAME");
+    standings->add_option("--after", standings_.afterRace, "As they stood after this race")
+        ->type_name("RACEID");
+    CLI::Option* whatIf =
+        standings
+            ->add_option("--what-if", standings_.whatIf,
+                         "Under other rules beside the present ones: points=FILE|PRESET, drop=N, bonus=off, "
+                         "without=DRIVER, playoff=FILE|PRESET|none; the league stays as it is")
+            ->type_name("KEY=VALUE,...");
+    CLI::Option* remaining =
+        standings
+            ->add_option("--remaining", standings_.remaining,
+                         "Who can still win the title in so many races, and what it takes")
+            ->check(CLI::Range(0, championship::kMostRemaining))
+            ->type_name("N");
+    standings->get_option("--report")->excludes(whatIf)->excludes(remaining);
+    whatIf->excludes(remaining);
 
     CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
       export_.path = league_;
@@ -442,11 +510,14 @@ class CommandLine {
   std::int32_t raceId_ = 0;
   std::optional<int> settingId_;
   std::optional<std::string> settingValue_;
-  std::string report_;
+  cli::StandingsOptions standings_;
+  cli::GroupOptions group_;
+  cli::PlayoffOptions playoff_;
   std::string folder_;
   std::vector<std::string> sets_;
   cli::ColumnOptions columns_;
   std::string statement_;
+  bool presets_ = false;
   bool clear_ = false;
   bool yes_ = false;
   int count_ = 1;

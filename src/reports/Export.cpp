@@ -89,8 +89,8 @@ bool IsNoText(const std::string& path) {
          std::string_view::npos;
 }
 
-// A page on its way to its place: written beside the file that is there, which it replaces in one step. What is no
-// file, as a printer's port or a pipe, takes the page as it comes.
+// A page on its way to its place: written beside the file that is there, which it replaces in one step. What
+// is no file, as a printer's port or a pipe, takes the page as it comes.
 class PageFile {
  public:
   explicit PageFile(std::string path) : path_(std::move(path)) {
@@ -210,26 +210,28 @@ bool CExport::WriteTable(Writer& writer) {
 }
 
 bool CExport::WriteReport(Writer& writer) {
-  if (templateDb_ == nullptr) return false;
+  if (table_ == nullptr && templateDb_ == nullptr) return false;
   std::vector<ReportColumn> shown;
   std::vector<std::string> cells;
-  return StreamReport(
-      *database_, *templateDb_, reportId_,
-      [&](const std::vector<ReportColumn>& columns) {
-        shown = columns;
-        std::vector<Column> headed = {{"Pos", kCentred}};
-        for (ReportColumn& column : shown) {
-          headed.push_back({column.name, column.hidden ? kHiddenColumn : column.alignment});
-          if (column.field == "Interval") column.format = IntervalFormat(column.format);
-        }
-        writer.Columns(std::move(headed));
-        cells.resize(shown.size());
-      },
-      [&](const std::vector<engine::Value>& values) {
-        for (std::size_t i = 0; i < values.size(); ++i)
-          cells[i] = CellText(shown[i], values[i], state_.decimalSeparator);
-        writer.Row(cells);
-      });
+  const auto start = [&](const std::vector<ReportColumn>& columns) {
+    shown = columns;
+    std::vector<Column> headed = {{"Pos", kCentred}};
+    for (ReportColumn& column : shown) {
+      headed.push_back({column.name, column.hidden ? kHiddenColumn : column.alignment});
+      if (column.field == "Interval") column.format = IntervalFormat(column.format);
+    }
+    writer.Columns(std::move(headed));
+    cells.resize(shown.size());
+  };
+  const auto row = [&](const std::vector<engine::Value>& values) {
+    for (std::size_t i = 0; i < values.size(); ++i)
+      cells[i] = CellText(shown[i], values[i], state_.decimalSeparator);
+    writer.Row(cells);
+  };
+  if (table_ == nullptr) return StreamReport(*database_, *templateDb_, reportId_, start, row);
+  start(table_->columns);
+  for (const std::vector<engine::Value>& values : table_->rows) row(values);
+  return true;
 }
 
 bool CExport::WriteRace(Writer& writer) {
@@ -244,8 +246,9 @@ bool CExport::WriteRace(Writer& writer) {
   extraBlock_ = RaceStatistics(race);
   penaltyBlock_ = RacePenalties();
 
-  std::vector<Column> columns = {{"Finish", kCentred}, {"Start", kCentred},  {"Driver", kLeft},  {"Laps", kCentred},
-              {"Led", kCentred},    {"Points", kCentred}, {"Bonus", kCentred}};
+  std::vector<Column> columns = {{"Finish", kCentred}, {"Start", kCentred}, {"Driver", kLeft},
+                                 {"Laps", kCentred},   {"Led", kCentred},   {"Points", kCentred},
+                                 {"Bonus", kCentred}};
   std::vector<std::string> formats = {"##", "", "####;;--",
                                       "",   "", ""};  // of the columns behind the position
   if (withSpeed) {
@@ -327,9 +330,9 @@ std::string CExport::Head(const std::vector<Column>& columns) const {
   AppendLine(page, "</HEAD>");
   page += "<BODY";
   if (look_.useBGImage) Append(page, " background=\"{}\"", look_.bgImage);
-  AppendLine(page, R"( bgcolor="#{}" text="#{}" link="#{}" vlink="#{}" alink="#{}">)", ColorToHTML(look_.colors[0]),
-             ColorToHTML(look_.colors[1]), ColorToHTML(look_.colors[2]), ColorToHTML(look_.colors[3]),
-             ColorToHTML(look_.colors[4]));
+  AppendLine(page, R"( bgcolor="#{}" text="#{}" link="#{}" vlink="#{}" alink="#{}">)",
+             ColorToHTML(look_.colors[0]), ColorToHTML(look_.colors[1]), ColorToHTML(look_.colors[2]),
+             ColorToHTML(look_.colors[3]), ColorToHTML(look_.colors[4]));
   AppendLine(page, R"(<FONT face="{}"{}>)", look_.font, size);
 
   AppendLine(page, "<HR>");
@@ -341,10 +344,11 @@ std::string CExport::Head(const std::vector<Column>& columns) const {
   AppendLine(page, R"(<H3 align="center" style="color : #{}">{}</H3>)", ColorToHTML(look_.colors[7]),
              WithBreaks(title2_));
 
-  Append(page, R"(<TABLE align="center" border={} cellpadding={} cellspacing={})", look_.layout[0], look_.layout[1],
-         look_.layout[2]);
+  Append(page, R"(<TABLE align="center" border={} cellpadding={} cellspacing={})", look_.layout[0],
+         look_.layout[1], look_.layout[2]);
   if (look_.switches[kColorBorder]) {
-    Append(page, R"( bordercolordark="#{}" bordercolorlight="#{}")", ColorToHTML(look_.colors[kPageColors + kBorderDark]),
+    Append(page, R"( bordercolordark="#{}" bordercolorlight="#{}")",
+           ColorToHTML(look_.colors[kPageColors + kBorderDark]),
            ColorToHTML(look_.colors[kPageColors + kBorderLight]));
   }
   if (look_.switches[kColorTable])
@@ -357,7 +361,8 @@ std::string CExport::Head(const std::vector<Column>& columns) const {
     const std::string_view alignment = AlignmentName(column.alignment);
     Append(page, "\t<TH align=\"{}\"", alignment);
     if (look_.switches[kColorHeading]) {
-      Append(page, R"( BGCOLOR="#{}"><FONT color="#{}"{}>)", ColorToHTML(look_.colors[kPageColors + kHeadingBackground]),
+      Append(page, R"( BGCOLOR="#{}"><FONT color="#{}"{}>)",
+             ColorToHTML(look_.colors[kPageColors + kHeadingBackground]),
              ColorToHTML(look_.colors[kPageColors + kHeadingText]), size);
     } else {
       Append(page, "><FONT {}>", size);
@@ -395,7 +400,8 @@ void CExport::AppendRow(std::string& page, const std::vector<Column>& columns, s
   if (look_.switches[kColorRows]) {
     const bool alternating = look_.switches[kAlternateRows];
     const bool even = alternating && row % 2 == 1;
-    const std::string text = common::ColorToHTML(look_.colors[kPageColors + (even ? kEvenRowText : kRowText)]);
+    const std::string text =
+        common::ColorToHTML(look_.colors[kPageColors + (even ? kEvenRowText : kRowText)]);
     const std::string background =
         common::ColorToHTML(look_.colors[kPageColors + (even ? kEvenRowBackground : kRowBackground)]);
     AppendLine(page, R"(<TR style = "color : #{}">)", text);

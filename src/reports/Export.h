@@ -12,6 +12,7 @@
 
 #include "common/ProcessState.h"
 #include "engine/Database.h"
+#include "reports/Report.h"
 
 namespace scorvane::reports {
 
@@ -43,8 +44,8 @@ struct PageLook {
   bool operator==(const PageLook& other) const = default;
 };
 
-// Writes a page's bytes in the place of a file that is there, in one step; never over a file that is no text, as
-// a league. False when that fails: the old file is then as it was.
+// Writes a page's bytes in the place of a file that is there, in one step; never over a file that is no text,
+// as a league. False when that fails: the old file is then as it was.
 bool WritePageFile(const std::string& path, std::string_view bytes);
 
 // Used for one page: its properties are set, then HTML writes it. The league's sim type, league type, lap
@@ -53,8 +54,8 @@ class CExport {
  public:
   explicit CExport(const common::ProcessState& state) : state_(state) {}
 
-  // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails; what was
-  // there is then as it was.
+  // Writes the page in Windows-1252, in the place of a file that is there. False when anything fails; what
+  // was there is then as it was.
   bool HTML(const std::string& path);
   // After HTML: whether there was anything to show.
   bool HadRows() const { return hadRows_; }
@@ -78,6 +79,9 @@ class CExport {
   // The report, or the race when ExportType is 1.
   void ReportID(std::int32_t id) { reportId_ = id; }
   std::int32_t ReportID() const { return reportId_; }
+
+  // The report's table, which must outlive the writer; without it the report is run.
+  void Table(const ReportTable* table) { table_ = table; }
 
   // All of the look at once, or each property of it.
   void Look(const PageLook& look) {
@@ -164,12 +168,13 @@ class CExport {
   std::string reportName_;
   std::string footer_;
   std::int32_t reportId_ = 0;
+  const ReportTable* table_ = nullptr;
   std::int32_t exportType_ = 0;
   PageLook look_;
   std::array<bool, 3> complete_{};  // table colours, their switches and the layout have been given
   bool hadRows_ = false;
-  std::string extraBlock_;          // behind a race's table
-  std::string penaltyBlock_;        // and behind its statistics
+  std::string extraBlock_;    // behind a race's table
+  std::string penaltyBlock_;  // and behind its statistics
 };
 
 }  // namespace scorvane::reports

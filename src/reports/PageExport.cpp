@@ -38,14 +38,15 @@ void SavePageSettings(engine::Database& league, const PageTexts& texts, const Pa
   unit.Commit();
 }
 
-PageResult TryWritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
-                        const PageSubject& subject, const PageTexts& texts, const PageLook& look,
-                        const std::string& footer, const std::string& path) {
+PageResult TryWritePage(engine::Database& league, engine::Database& templateDb,
+                        const common::ProcessState& state, const PageSubject& subject, const PageTexts& texts,
+                        const PageLook& look, const std::string& footer, const std::string& path) {
   CExport page(state);
   page.Database(&league);
   page.LGDatabase(&templateDb);
   page.ExportType(subject.kind);
   page.ReportID(subject.id);
+  page.Table(subject.table);
   page.Title(texts.heading);
   page.Title2(texts.caption);
   page.ReportName(texts.reportName);

@@ -7,6 +7,7 @@
 #include "common/ProcessState.h"
 #include "engine/Database.h"
 #include "reports/PageLook.h"
+#include "reports/Report.h"
 
 namespace scorvane::reports {
 
@@ -22,6 +23,8 @@ struct PageSubject {
   enum Kind : std::int32_t { kReport = 0, kRace = 1 };
   Kind kind = kReport;
   std::int32_t id = 0;
+  // Of a report what is shown, when it has been run already; it is not run again.
+  const ReportTable* table = nullptr;
 };
 
 // The texts that are offered for a race: the league's heading, the track, its length and laps. Throws
@@ -35,9 +38,9 @@ void SavePageSettings(engine::Database& league, const PageTexts& texts, const Pa
 
 enum class PageResult { Written, NothingToShow, Failed };
 // Writes a page with the footer, in one run of its report.
-PageResult TryWritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
-                        const PageSubject& subject, const PageTexts& texts, const PageLook& look,
-                        const std::string& footer, const std::string& path);
+PageResult TryWritePage(engine::Database& league, engine::Database& templateDb,
+                        const common::ProcessState& state, const PageSubject& subject, const PageTexts& texts,
+                        const PageLook& look, const std::string& footer, const std::string& path);
 // Writes a page with the footer; false when the table cannot be built or the file cannot be written.
 bool WritePage(engine::Database& league, engine::Database& templateDb, const common::ProcessState& state,
                const PageSubject& subject, const PageTexts& texts, const PageLook& look,

@@ -13,7 +13,9 @@ int WholeOrZero(const engine::Value& value) {
   return value.IsNull() ? 0 : value.ToLong();
 }
 
-std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t reportId) {
+}  // namespace
+
+std::vector<ReportColumn> ReadReportColumns(engine::Database& templateDb, std::int32_t reportId) {
   std::vector<ReportColumn> columns;
   auto rows = templateDb.OpenRecordset(
       fmt::format("SELECT Sequence, Name, ColWidth, ColAlignment, ColFormat, Hidden, Field FROM ReportField "
@@ -32,8 +34,6 @@ std::vector<ReportColumn> ReadColumns(engine::Database& templateDb, std::int32_t
   return columns;
 }
 
-}  // namespace
-
 std::vector<ReportInfo> ListReports(engine::Database& templateDb) {
   std::vector<ReportInfo> reports;
   for (auto rows = templateDb.OpenRecordset("SELECT * FROM Report ORDER BY Sequence"); !rows.AtEnd();
@@ -46,7 +46,8 @@ std::optional<ReportTable> RunReport(engine::Database& league, engine::Database&
                                      std::int32_t reportId) {
   ReportTable table;
   const bool shown = StreamReport(
-      league, templateDb, reportId, [&](const std::vector<ReportColumn>& columns) { table.columns = columns; },
+      league, templateDb, reportId,
+      [&](const std::vector<ReportColumn>& columns) { table.columns = columns; },
       [&](const std::vector<engine::Value>& row) { table.rows.push_back(row); });
   if (!shown) return std::nullopt;
   return table;
@@ -58,7 +59,7 @@ bool StreamReport(engine::Database& league, engine::Database& templateDb, std::i
   const std::string query =
       templateDb.OpenRecordset(fmt::format("SELECT Query FROM Report WHERE ReportID={}", reportId))["Query"]
           .ToText();
-  const std::vector<ReportColumn> columns = ReadColumns(templateDb, reportId);
+  const std::vector<ReportColumn> columns = ReadReportColumns(templateDb, reportId);
   if (columns.empty()) return false;
   std::vector<std::size_t> places;
   std::vector<engine::Value> values(columns.size());

@@ -36,14 +36,17 @@ struct ReportTable {
 // The template's reports in the order in which they are offered. Throws EngineError.
 std::vector<ReportInfo> ListReports(engine::Database& templateDb);
 
+// A report's columns in their order. Throws EngineError.
+std::vector<ReportColumn> ReadReportColumns(engine::Database& templateDb, std::int32_t reportId);
+
 // The result of a report on a league; nothing when the report has no columns. Throws EngineError: 3021 when
 // there is no such report, 3265 when a column's field is none of the query's, and what the query itself
 // throws.
 std::optional<ReportTable> RunReport(engine::Database& league, engine::Database& templateDb,
                                      std::int32_t reportId);
 
-// The same row by row, for reports that are larger than one would keep: `start` takes the columns, `row` the values
-// of each row in their order. False when the report has no columns.
+// The same row by row, for reports that are larger than one would keep: `start` takes the columns, `row` the
+// values of each row in their order. False when the report has no columns.
 bool StreamReport(engine::Database& league, engine::Database& templateDb, std::int32_t reportId,
                   const std::function<void(const std::vector<ReportColumn>&)>& start,
                   const std::function<void(const std::vector<engine::Value>&)>& row);

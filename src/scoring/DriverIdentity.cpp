@@ -40,6 +40,7 @@ bool IsExcludedByName(engine::Database& league, std::string_view name) {
 }
 
 Exclusions::Exclusions(engine::Database& league)
-    : league_(league), any_(!league.OpenRecordset("SELECT TOP 1 DriverID FROM Driver WHERE Exclude=True").AtEnd()) {}
+    : league_(league),
+      any_(!league.OpenRecordset("SELECT TOP 1 DriverID FROM Driver WHERE Exclude=True").AtEnd()) {}
 
 }  // namespace scorvane::scoring

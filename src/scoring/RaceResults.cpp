@@ -211,19 +211,18 @@ void UpdateResult(engine::Database& league, const common::ProcessState& state, R
     }
   }
   static constexpr std::pair<ResultEntry::Field, const char*> kWholeNumbers[] = {
-      {ResultEntry::kFinish, "Finish"},   {ResultEntry::kStart, "Start"},
-      {ResultEntry::kLapsRun, "LapsRun"}, {ResultEntry::kLapsLed, "LapsLed"},
-      {ResultEntry::kPoints, "Points"},   {ResultEntry::kBonus, "Bonus"},
+      {ResultEntry::kFinish, "Finish"},      {ResultEntry::kStart, "Start"},
+      {ResultEntry::kLapsRun, "LapsRun"},    {ResultEntry::kLapsLed, "LapsLed"},
+      {ResultEntry::kPoints, "Points"},      {ResultEntry::kBonus, "Bonus"},
       {ResultEntry::kWinnings, "PrizeMoney"}};
   for (const auto& [field, column] : kWholeNumbers)
     if (touched(field)) assign(column, Number(entry, field, decimal));
   if (touched(ResultEntry::kAvgSpeed)) {
-    assign("AvgSpeed", race.staged ? Number(entry, ResultEntry::kAvgSpeed, decimal)
-                                   : QuotedAverageSpeed(entry, decimal));
+    assign("AvgSpeed",
+           race.staged ? Number(entry, ResultEntry::kAvgSpeed, decimal) : QuotedAverageSpeed(entry, decimal));
   }
   if (touched(ResultEntry::kQualifying)) {
-    assign("Qualifying",
-           QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal));
+    assign("Qualifying", QuotedNumber(static_cast<double>(QualifyingSpeed(state, entry, length)), decimal));
   }
   if (entry.reason != stored.reason)
     assign(race.staged ? "ReasonOut" : "Status", common::QuoteSQL(entry.reason));

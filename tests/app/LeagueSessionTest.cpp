@@ -100,8 +100,8 @@ TEST_F(NewSimulations, FoldersComeFromTheTemplate) {
   EXPECT_FALSE(LacksSimFolder(state_, common::kNascarRacing2));
 }
 
-// What lies under the name that compaction uses stays as long as it may be all that is left of a league; either
-// way closing gives the space back.
+// What lies under the name that compaction uses stays as long as it may be all that is left of a league;
+// either way closing gives the space back.
 TEST_F(NewSimulations, ClosingCompactsAndTakesNoLeagueThatIsThere) {
   namespace fs = std::filesystem;
   const std::string left = folder_.File("TmpPoints.mdb");

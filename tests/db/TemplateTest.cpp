@@ -314,10 +314,8 @@ TEST_F(TemplateTest, OtherReportsTotalWhatCountsAndListTheRest) {
   Add({.race = 2, .driver = 2, .start = 1, .finish = 1, .led = 25, .points = 185, .dropped = true});
   league_->Execute("UPDATE Stats SET PrizeMoney=500*DriverID WHERE RaceID=1");
 
-  EXPECT_THAT(Report("Wins", {"DriverName", "Wins", "Starts", "WinPercent", "Top5", "Top10"}),
-              IsEmpty());
-  EXPECT_THAT(Report("Poles", {"DriverName", "Poles", "Starts", "AvgStart", "BestSpeed"}),
-              IsEmpty());
+  EXPECT_THAT(Report("Wins", {"DriverName", "Wins", "Starts", "WinPercent", "Top5", "Top10"}), IsEmpty());
+  EXPECT_THAT(Report("Poles", {"DriverName", "Poles", "Starts", "AvgStart", "BestSpeed"}), IsEmpty());
   EXPECT_THAT(Report("Laps Led", {"DriverName", "LapsLed", "Laps", "LedPercent", "RacesLed", "Starts"}),
               ElementsAre("Ann|10|100|10|1|1"));
   EXPECT_THAT(Report("Prize Money", {"DriverName", "PrizeMoney", "Starts", "PerStart", "BestPrize"}),

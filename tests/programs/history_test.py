@@ -15,7 +15,8 @@ import sys
 import tempfile
 
 TABLES = ("Race", "Stats", "Driver", "Settings", "PointSystem", "Bonus", "RankCriteria", "STNRace", "STNStats")
-WITH_PENALTIES = ("Penalty", "PenaltyBase")  # made with the first one; without rows they are as if not there
+# Made with the first one; without rows they are as if not there.
+WITH_PENALTIES = ("Penalty", "PenaltyBase", "Team", "TeamMember", "TeamScoring", "Playoff")
 KEPT = 100  # changes between two walks to the start, no more than a league keeps
 
 
@@ -112,6 +113,11 @@ class Walker:
             lambda: ("look", league, "--set", f"heading={name}"),
             lambda: ("criteria", league, "--order", dice.choice(["4,1", "2", "1,2"])),
             lambda: ("standings", league),
+            lambda: (dice.choice(["team", "make"]), league, "add", f"{name[:40]}{number}"),
+            lambda: ("team", league, "join", "One", self.driver(), *dice.choice([(), ("--from", race)])),
+            lambda: ("team", league, "leave", self.driver()),
+            lambda: (dice.choice(["team", "make"]), league, *dice.choice([("best", number), ("remove", "One")])),
+            lambda: ("playoff", league, *dice.choice([("preset", "2014", "--after", 2), ("clear",)])),
             lambda: ("sql", league, f"UPDATE Stats SET Points=Points+{number} WHERE RaceID={race}"),
             lambda: ("sql", league, "DELETE * FROM PointSystem WHERE Position>40"),
         ])()
@@ -129,6 +135,10 @@ class Walker:
         self.run("create", self.league, "--sim", "nr3", "--replace", "--type", "offline" if offline else "online",
                  "--drop", 2)
         self.rows("races", self.league)  # opened once, it is up to date
+        # The tables of teams and playoffs, which are made when the first is, are there from the start.
+        self.run("team", self.league, "add", "One")
+        self.run("playoff", self.league, "preset", "2004")
+        self.run("history", self.league, "--clear")
         dumps, commands = [self.dump()], []
         for _ in range(steps):
             command = self.command()
@@ -172,7 +182,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("program")
     parser.add_argument("source")
-    parser.add_argument("--steps", type=int, default=25)
+    parser.add_argument("--steps", type=int, default=40)
     parser.add_argument("--seed", type=int, default=1998)
     options = parser.parse_args()
     walker = Walker(options.program, options.source, options.seed)

@@ -45,8 +45,8 @@ void Lex(std::string_view sql, Lexed& lexed);
 // times, and only what differs is looked at then.
 class ShapeLexer {
  public:
-  // Fills the literals and the shape. The tokens are there only when it yields true; when it does not, and they
-  // are needed, Lex reads the statement. Throws EngineError 3075.
+  // Fills the literals and the shape. The tokens are there only when it yields true; when it does not, and
+  // they are needed, Lex reads the statement. Throws EngineError 3075.
   bool Lex(std::string_view sql, Lexed& lexed);
 
  private:

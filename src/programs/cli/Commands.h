@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "championship/Teams.h"
 #include "programs/cli/Output.h"
 
 namespace scorvane::cli {
@@ -49,7 +50,7 @@ struct ImportOptions {
   std::optional<int> qualifying;  // 0 speed, 1 time; the league's own way of reporting laps when not given
   std::string simFolder;          // the simulation's folder; empty: the one that the template knows
   bool noAlerts = false;
-  bool again = false;  // also what the league has already
+  bool again = false;    // also what the league has already
   bool replace = false;  // in the place of what the league has already
 };
 void Import(const CommonOptions& common, const ImportOptions& options);
@@ -60,9 +61,17 @@ void Criteria(const CommonOptions& common, const std::string& path, const std::v
 void Races(const CommonOptions& common, const std::string& path);
 void Results(const CommonOptions& common, const std::string& path, std::int32_t raceId);
 void Drivers(const CommonOptions& common, const std::string& path);
-void Reports(const CommonOptions& common);
-// Without a name the first report.
-void Standings(const CommonOptions& common, const std::string& path, const std::string& report);
+// With a league its own reports, too, behind those of the template.
+void Reports(const CommonOptions& common, const std::string& path);
+
+struct StandingsOptions {
+  std::string path;
+  std::string report;  // its name; empty: the first one
+  std::optional<std::int32_t> afterRace;
+  std::vector<std::string> whatIf;  // KEY=VALUE,...
+  std::optional<int> remaining;     // races that are still to come, for the arithmetic of the title
+};
+void Standings(const CommonOptions& common, const StandingsOptions& options);
 // Without ids every race.
 void Recalculate(const CommonOptions& common, const std::string& path,
                  const std::vector<std::int32_t>& raceIds);
@@ -108,10 +117,12 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path);
 struct PointOptions {
   std::string path;
   std::string file;               // of the new point system; empty: none
+  std::string preset;             // the name of one that comes with the program
   std::vector<std::string> sets;  // ID=POINTS, of bonus rules
   std::optional<bool> use;
 };
 void Points(const CommonOptions& common, const PointOptions& options);
+void PointPresets(const CommonOptions& common);
 void Bonus(const CommonOptions& common, const PointOptions& options);
 
 struct RaceOptions {
@@ -145,6 +156,24 @@ struct PenaltyOptions {
   std::optional<std::string> reason;
 };
 void Penalties(const CommonOptions& common, const PenaltyOptions& options);
+
+struct GroupOptions {
+  std::string path;
+  championship::GroupKind kind = championship::GroupKind::Team;
+  std::string action;  // add, rename, remove, join, leave, list, best
+  std::vector<std::string> names;
+  std::optional<std::int32_t> from;
+  std::optional<int> best;
+};
+void EditGroups(const CommonOptions& common, const GroupOptions& options);
+
+struct PlayoffOptions {
+  std::string path;
+  std::string action;  // set, show, clear, preset
+  std::string name;    // of the file or the preset
+  std::optional<int> after;
+};
+void EditPlayoff(const CommonOptions& common, const PlayoffOptions& options);
 
 // Brings a league file of the old database format over into a new file.
 void Convert(const CommonOptions& common, const std::string& from, const std::string& to);

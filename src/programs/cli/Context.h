@@ -69,10 +69,6 @@ struct RaceFacts {
 };
 RaceFacts NeedRace(engine::Database& league, std::int32_t raceId);
 
-// The driver of a name, letter case aside; throws CommandError, with names that come near, when there is
-// none.
-drivers::Driver NeedDriver(engine::Database& league, const std::string& name);
-
 // The league's penalties by race, as `penalty list` shows them.
 OutputTable PenaltyTable(engine::Database& league);
 

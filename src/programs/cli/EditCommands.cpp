@@ -8,11 +8,13 @@
 #include <utility>
 
 #include "app/Commands.h"
+#include "championship/PointPresets.h"
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "programs/cli/DriverNames.h"
 #include "scoring/PointSystemEdit.h"
 #include "scoring/RaceResults.h"
 
@@ -49,7 +51,10 @@ std::string NearestNames(engine::Database& league, const std::string& name) {
   if (near.empty()) return {};
   std::string text;
   for (std::size_t i = 0; i < std::min(near.size(), kMost); ++i)
-    text += (i == 0 ? " Did you mean " : i + 1 == std::min(near.size(), kMost) ? " or " : ", ") + near[i].second;
+    text += (i == 0                                  ? " Did you mean "
+             : i + 1 == std::min(near.size(), kMost) ? " or "
+                                                     : ", ") +
+            near[i].second;
   return text + "?";
 }
 
@@ -57,35 +62,14 @@ std::string NearestNames(engine::Database& league, const std::string& name) {
 void SayOldPoints(Context& context) {
   const std::int32_t races = app::CountRaces(context.League());
   if (races == 0) return;
-  context.Say(fmt::format("{} {} the points that {} before; `recalculate` scores {} anew.", Plural(races, "race"),
-                          races == 1 ? "keeps" : "keep", races == 1 ? "it had" : "they had",
-                          races == 1 ? "it" : "them"));
+  context.Say(fmt::format("{} {} the points that {} before; `recalculate` scores {} anew.",
+                          Plural(races, "race"), races == 1 ? "keeps" : "keep",
+                          races == 1 ? "it had" : "they had", races == 1 ? "it" : "them"));
 }
-
-}  // namespace
-
-drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
-  const auto id = drivers::FindNameClash(league, name, std::nullopt);
-  const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
-  if (!driver)
-    throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
-  return *driver;
-}
-
-namespace {
 
 void NeedNames(const DriverOptions& options, std::size_t fewest, std::size_t most, const char* what) {
   if (options.names.size() < fewest || options.names.size() > most)
     throw CommandError(fmt::format("driver {} takes {}.", options.action, what));
-}
-
-std::int32_t WholeNumber(const std::string& text, const std::string& what) {
-  std::int32_t number = 0;
-  const std::string_view trimmed = common::TrimBlanks(text);
-  const auto [end, error] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
-  if (error != std::errc() || end != trimmed.data() + trimmed.size())
-    throw CommandError(fmt::format("{} is a whole number, not '{}'.", what, text));
-  return number;
 }
 
 bool OnOrOff(const std::string& text) {
@@ -110,6 +94,23 @@ void Rename(Context& context, const std::string& from, const std::string& to) {
 }
 
 }  // namespace
+
+drivers::Driver NeedDriver(engine::Database& league, const std::string& name) {
+  const auto id = drivers::FindNameClash(league, name, std::nullopt);
+  const auto driver = id ? drivers::ReadDriver(league, *id) : std::nullopt;
+  if (!driver)
+    throw CommandError(fmt::format("The league has no driver '{}'.{}", name, NearestNames(league, name)));
+  return *driver;
+}
+
+std::int32_t WholeNumber(const std::string& text, const std::string& what) {
+  std::int32_t number = 0;
+  const std::string_view trimmed = common::TrimBlanks(text);
+  const auto [end, error] = std::from_chars(trimmed.data(), trimmed.data() + trimmed.size(), number);
+  if (error != std::errc() || end != trimmed.data() + trimmed.size())
+    throw CommandError(fmt::format("{} is a whole number, not '{}'.", what, text));
+  return number;
+}
 
 void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
   constexpr std::size_t kAny = 10000;
@@ -158,9 +159,9 @@ void EditDrivers(const CommonOptions& common, const DriverOptions& options) {
     app::MergeDrivers(context.Session(), from.id, into.id);
     context.Say(fmt::format("Merged {} into {}.", from.name, into.name));
     if (shared > 0) {
-      context.Say(fmt::format(
-          "Both took part in {}: {} has two results there now. `result remove` takes one away.",
-          Plural(shared, "race"), into.name));
+      context.Say(
+          fmt::format("Both took part in {}: {} has two results there now. `result remove` takes one away.",
+                      Plural(shared, "race"), into.name));
     }
   } else {
     NeedNames(options, 1, kAny, "one NAME or more");
@@ -191,9 +192,6 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path) {
 
 // ---- points
 
-namespace {
-
-// Position,Points,PrizeMoney: a line a position, from 1 on without gaps; a heading may stand above.
 std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
   std::ifstream file(path);
   if (!file) throw CommandError(fmt::format("'{}' cannot be read.", path));
@@ -223,18 +221,42 @@ std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
   return positions;
 }
 
+namespace {
+
+// A preset brings its bonus points along.
+void SayBonuses(const Context& context, const scoring::PointSystemEdit& edit) {
+  std::string rules;
+  for (const scoring::BonusPoints& rule : edit.bonuses)
+    if (rule.points != 0) rules += fmt::format("{}{} {}", rules.empty() ? "" : ", ", rule.name, rule.points);
+  context.Say(fmt::format("Its bonus rules are on: {}.", rules.empty() ? "none brings points" : rules));
+}
+
 }  // namespace
+
+void PointPresets(const CommonOptions& common) {
+  OutputTable table;
+  table.columns = {{"Preset"}, {"Win", true}, {"Positions", true}, {"Source"}};
+  for (const championship::PointPreset& preset : championship::ListPointPresets()) {
+    table.rows.push_back({engine::Value(preset.name), engine::Value(preset.points.front()),
+                          engine::Value(static_cast<std::int32_t>(preset.points.size())),
+                          engine::Value(preset.source)});
+  }
+  Print(table, common.format, common.decimal);
+}
 
 void Points(const CommonOptions& common, const PointOptions& options) {
   Context context(common, options.path);
   engine::Database& league = context.League();
-  if (!options.file.empty() || options.use) {
+  if (!options.file.empty() || !options.preset.empty() || options.use) {
     scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
     if (!options.file.empty()) edit.positions = ReadPointFile(options.file);
+    if (!options.preset.empty())
+      championship::ApplyPreset(championship::NeedPointPreset(options.preset), edit);
     edit.usePositions = options.use.value_or(edit.usePositions);
     app::SavePointSystem(context.Session(), edit);
     context.Say(fmt::format("The league's own point system has {} and is {}.",
                             Plural(edit.positions.size(), "position"), edit.usePositions ? "on" : "off"));
+    if (!options.preset.empty()) SayBonuses(context, edit);
     SayOldPoints(context);
     return;
   }
@@ -338,7 +360,8 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
       entry.fields[i] = scoring::LeftField(static_cast<int>(i), entry.fields[i]);
     TakeFields(options, common.decimal, entry);
     app::AddResult(context.Session(), race, entry, length);
-    context.Say(fmt::format("Added {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
+    context.Say(
+        fmt::format("Added {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
     SayResultsOf(context, options.raceId, entry);
   } else if (options.action == "edit") {
     const bool changes = options.reason || std::any_of(options.fields.begin(), options.fields.end(),
@@ -351,7 +374,8 @@ void EditResults(const CommonOptions& common, const ResultOptions& options) {
     scoring::ResultEntry entry = scoring::ReadResultEntry(league, context.state, race, id, length);
     TakeFields(options, common.decimal, entry);
     app::UpdateResult(context.Session(), race, id, entry, length);
-    context.Say(fmt::format("Changed {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
+    context.Say(
+        fmt::format("Changed {}'s result in {}.", entry.fields[scoring::ResultEntry::kName], facts.name));
     SayResultsOf(context, options.raceId, entry);
   } else {
     std::vector<std::int32_t> ids;

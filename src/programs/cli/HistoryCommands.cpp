@@ -12,8 +12,8 @@ namespace scorvane::cli {
 namespace {
 
 template <typename Step>
-void Walk(const CommonOptions& common, const std::string& path, int count, const char* did, const char* nothing,
-          Step step) {
+void Walk(const CommonOptions& common, const std::string& path, int count, const char* did,
+          const char* nothing, Step step) {
   Context context(common, path);
   for (int i = 0; i < count; ++i) {
     const std::optional<std::string> label = step(context.Session());
@@ -29,7 +29,8 @@ void Walk(const CommonOptions& common, const std::string& path, int count, const
 }  // namespace
 
 void History(const CommonOptions& common, const std::string& path, bool clear) {
-  Context context(common, path, clear ? app::LeagueSession::Use::WithoutImport : app::LeagueSession::Use::Looking);
+  Context context(common, path,
+                  clear ? app::LeagueSession::Use::WithoutImport : app::LeagueSession::Use::Looking);
   if (clear) {
     const std::size_t changes = history::List(context.League()).size();
     history::Clear(context.League());
@@ -60,7 +61,8 @@ void Redo(const CommonOptions& common, const std::string& path, int count) {
 void Backup(const CommonOptions& common, const std::string& path, const std::string& file) {
   Context context(common, path, app::LeagueSession::Use::Looking);
   const std::string to =
-      file.empty() ? app::BackupPath(app::ReadBackupOptions(context.Template()), context.League().Name()) : file;
+      file.empty() ? app::BackupPath(app::ReadBackupOptions(context.Template()), context.League().Name())
+                   : file;
   if (context.engine.DefaultWorkspace().FindDatabase(to) != nullptr)
     throw CommandError("A backup does not go in the place of its own league.");
   if (!file.empty() && common::FileExists(to)) throw CommandError(fmt::format("\"{}\" already exists!", to));
@@ -71,10 +73,11 @@ void Backup(const CommonOptions& common, const std::string& path, const std::str
 void Restore(const CommonOptions& common, const std::string& path, const std::string& file, bool yes) {
   Context context(common);
   if (!common::FileExists(file)) throw CommandError(fmt::format("\"{}\" does not exist!", file));
-  NeedConsent(context, yes,
-              fmt::format("This will put the backup \"{}\" in the place of \"{}\". What is there will be backed up "
-                          "first. Do you want to continue?",
-                          file, path));
+  NeedConsent(
+      context, yes,
+      fmt::format("This will put the backup \"{}\" in the place of \"{}\". What is there will be backed up "
+                  "first. Do you want to continue?",
+                  file, path));
   const std::string kept =
       app::Restore(context.engine, path, file, app::ReadBackupOptions(context.Template()));
   context.Say(fmt::format("Restored {} from {}.", path, file));

@@ -98,8 +98,9 @@ void Create(const CommonOptions& common, const CreateOptions& options) {
   context.Say(fmt::format("Created {} ({}, {}).", path, common::SimTypeName(options.simType),
                           options.leagueType == common::kOnline ? "on-line" : "off-line"));
   if (options.heading.empty()) {
-    context.Say(fmt::format("Its pages are headed \"{}\" until `look {} --set heading=NAME` gives them a name.",
-                            "XYZ Racing League", path));
+    context.Say(
+        fmt::format("Its pages are headed \"{}\" until `look {} --set heading=NAME` gives them a name.",
+                    "XYZ Racing League", path));
   }
 }
 
@@ -108,9 +109,11 @@ void Import(const CommonOptions& common, const ImportOptions& options) {
   engine::Database& league = context.League();
 
   const std::vector<std::string> paths = app::ExpandFolders(options.files, context.state.simType);
-  if (paths.empty()) throw CommandError("There are no result files of the league's simulation in this folder.");
+  if (paths.empty())
+    throw CommandError("There are no result files of the league's simulation in this folder.");
 
-  // The staging is a part of the change, so that a power cut or an error leaves all of the command or nothing.
+  // The staging is a part of the change, so that a power cut or an error leaves all of the command or
+  // nothing.
   context.Session().KeepBackup();
   history::Change change(league, "Import");
   app::PrepareImport(league, context.Template(), context.state);

@@ -140,7 +140,7 @@ void Look(const CommonOptions& common, const std::string& path, const std::vecto
 void Columns(const CommonOptions& common, const ColumnOptions& options) {
   const bool changes = !options.order.empty() || !options.show.empty() || !options.hide.empty();
   Context context(common, changes ? Context::Access::WriteTemplate : Context::Access::ReadTemplate);
-  const reports::ReportInfo info = NeedReport(context.Template(), options.report);
+  const reports::ReportInfo info = NeedReport(reports::ListReports(context.Template()), options.report);
   std::vector<reports::ColumnChoice> columns = reports::ReadColumnChoices(context.Template(), info.id);
   auto need = [&](const std::string& name) {
     const auto found = std::find_if(columns.begin(), columns.end(), [&](const reports::ColumnChoice& column) {

@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
+#include <utility>
 
+#include "championship/Reports.h"
 #include "common/Paths.h"
 #include "engine/Names.h"
 #include "platform/Platform.h"
@@ -18,11 +21,16 @@
 namespace scorvane::cli {
 namespace {
 
-std::string StandingsPageCaption(Context& context) {
-  std::string caption =
-      reports::StandingsCaption(reports::MarkDroppedRaces(context.League(), context.state.droppedRaces));
-  caption.pop_back();  // its colon
+std::string WithoutColon(std::string caption) {
+  caption.pop_back();
   return caption;
+}
+
+// What a page of a report shows; nothing without columns or rows.
+std::optional<reports::ReportTable> PageTable(Context& context, std::int32_t reportId) {
+  auto table = championship::RunReport(context.League(), context.Template(), context.state, reportId);
+  if (!table || table->rows.empty()) return std::nullopt;
+  return championship::ForPage(std::move(*table));
 }
 
 // A file name that every web server takes: small letters, digits and hyphens.
@@ -90,12 +98,11 @@ std::string IndexPage(const std::string& heading, const std::string& caption,
 }
 
 // Why a page that was asked for is not there.
-std::string WhyNoPage(Context& context, const reports::PageSubject& subject, const std::string& path) {
+std::string WhyNoPage(const reports::PageSubject& subject, const std::string& path) {
   namespace fs = std::filesystem;
   std::error_code error;
   if (subject.kind == reports::PageSubject::kReport) {
-    const auto report = reports::RunReport(context.League(), context.Template(), subject.id);
-    if (!report || report->rows.empty()) return "the report has nothing to show";
+    if (subject.table == nullptr) return "the report has nothing to show";
   }
   if (fs::is_directory(path, error)) return "it is a folder";
   const fs::path folder = fs::path(path).parent_path();
@@ -124,25 +131,31 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
   engine::Database& league = context.League();
   reports::PageSubject subject;
   reports::PageTexts texts;
+  std::optional<reports::ReportTable> table;
   if (options.raceId) {
     NeedRace(league, *options.raceId);
     subject = {reports::PageSubject::kRace, *options.raceId};
     texts = reports::RacePageTexts(league, *options.raceId, common.decimal);
   } else {
-    const reports::ReportInfo info = NeedReport(context.Template(), options.report);
-    subject = {reports::PageSubject::kReport, info.id};
+    const reports::ReportInfo info =
+        NeedReport(championship::ListReports(league, context.Template()), options.report);
+    const auto marks = reports::MarkDroppedRaces(league, context.state.droppedRaces);
+    table = PageTable(context, info.id);
+    subject = {reports::PageSubject::kReport, info.id, table ? &*table : nullptr};
     texts = reports::StoredPageTexts(league);
-    texts.caption = StandingsPageCaption(context);
+    texts.caption = WithoutColon(championship::ReportCaption(league, info.id, marks));
     texts.reportName = info.name;
   }
   texts.heading = options.heading.value_or(texts.heading);
   texts.reportName = options.name.value_or(texts.reportName);
   texts.caption = options.caption.value_or(texts.caption);
+  const bool empty = !options.raceId && !table;
   platform::RemoveTemporariesBeside(options.output);
-  if (!reports::WritePage(league, context.Template(), context.state, subject, texts,
+  if (empty ||
+      !reports::WritePage(league, context.Template(), context.state, subject, texts,
                           reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
     throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written: {}.",
-                                   options.output, WhyNoPage(context, subject, options.output)));
+                                   options.output, WhyNoPage(subject, options.output)));
   }
   fmt::print("Wrote {}.\n", options.output);
 }
@@ -158,24 +171,31 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
   const reports::PageLook look = reports::ReadPageLook(league);
   const std::string footer = reports::StandingsFooter();
   reports::PageTexts texts = reports::StoredPageTexts(league);
-  const std::string caption = StandingsPageCaption(context);
+  const auto marks = reports::MarkDroppedRaces(league, context.state.droppedRaces);
+  const std::string caption = WithoutColon(reports::StandingsCaption(marks));
   auto write = [&](const reports::PageSubject& subject, const reports::PageTexts& pageTexts,
                    const std::string& file) {
     const std::string target = common::JoinPath(folder, file);
-    const reports::PageResult result = reports::TryWritePage(league, context.Template(), context.state, subject,
-                                                             pageTexts, look, footer, target);
+    const reports::PageResult result = reports::TryWritePage(league, context.Template(), context.state,
+                                                             subject, pageTexts, look, footer, target);
     if (result == reports::PageResult::Failed)
       throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written.", target));
     return result == reports::PageResult::Written;
   };
 
   std::vector<Link> reportLinks;
-  for (const reports::ReportInfo& info : reports::ListReports(context.Template())) {
+  for (const reports::ReportInfo& info : championship::ListReports(league, context.Template())) {
+    // What is worked out is at hand; the others' rows are written as they come.
+    std::optional<reports::ReportTable> table;
+    if (championship::IsComputed(league, context.Template(), info.id)) {
+      table = PageTable(context, info.id);
+      if (!table) continue;
+    }
     texts.reportName = info.name;
-    texts.caption = caption;
+    texts.caption = WithoutColon(championship::ReportCaption(league, info.id, marks));
     const std::string file = FileNameFor(info.name) + ".htm";
     // A report with nothing to show, as Rookie Standings in most leagues, has no page.
-    if (!write({reports::PageSubject::kReport, info.id}, texts, file)) continue;
+    if (!write({reports::PageSubject::kReport, info.id, table ? &*table : nullptr}, texts, file)) continue;
     reportLinks.push_back({file, info.name, ""});
   }
   std::vector<Link> raceLinks;

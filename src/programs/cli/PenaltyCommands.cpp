@@ -7,6 +7,7 @@
 #include "common/Formats.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "programs/cli/DriverNames.h"
 #include "scoring/Penalties.h"
 
 namespace scorvane::cli {

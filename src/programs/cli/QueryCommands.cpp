@@ -1,6 +1,7 @@
 // Commands that show what a league or the template holds.
 #include <fmt/format.h>
 
+#include "championship/Reports.h"
 #include "engine/Names.h"
 #include "history/History.h"
 #include "programs/cli/Commands.h"
@@ -44,8 +45,7 @@ OutputTable StandingsTable(const reports::ReportTable& report, char decimal) {
 
 }  // namespace
 
-reports::ReportInfo NeedReport(engine::Database& templateDb, const std::string& name) {
-  const std::vector<reports::ReportInfo> all = reports::ListReports(templateDb);
+reports::ReportInfo NeedReport(const std::vector<reports::ReportInfo>& all, const std::string& name) {
   if (all.empty()) throw CommandError("The template has no reports.");
   if (name.empty()) return all.front();
   std::string names;
@@ -91,22 +91,27 @@ void Drivers(const CommonOptions& common, const std::string& path) {
   PrintQuery(common, context.League(), "SELECT * FROM Driver ORDER BY Name");
 }
 
-void Reports(const CommonOptions& common) {
-  Context context(common);
-  PrintQuery(common, context.Template(), "SELECT ReportID, Name FROM Report ORDER BY Sequence");
+void Reports(const CommonOptions& common, const std::string& path) {
+  if (path.empty()) {
+    Context context(common);
+    return PrintQuery(common, context.Template(), "SELECT ReportID, Name FROM Report ORDER BY Sequence");
+  }
+  Context context(common, path, app::LeagueSession::Use::Looking);
+  OutputTable table;
+  table.columns = {{"ReportID", true}, {"Name"}};
+  for (const reports::ReportInfo& info : championship::ListReports(context.League(), context.Template())) {
+    // What is no report of the template has no number there.
+    table.rows.push_back({info.id > 0 ? engine::Value(info.id) : engine::Value(), engine::Value(info.name)});
+  }
+  Print(table, common.format, common.decimal);
 }
 
-void Standings(const CommonOptions& common, const std::string& path, const std::string& name) {
-  Context context(common, path, app::LeagueSession::Use::Looking);
-  const reports::ReportInfo info = NeedReport(context.Template(), name);
-  const reports::DroppedMarks marks = reports::MarkDroppedRaces(context.League(), context.state.droppedRaces);
-  const auto report = reports::RunReport(context.League(), context.Template(), info.id);
-  if (!report) throw CommandError(fmt::format("The report '{}' has no columns.", info.name));
-  const std::string caption = reports::StandingsCaption(marks);
-  const OutputTable table = StandingsTable(*report, common.decimal);
+void PrintReport(const CommonOptions& common, engine::Database& league, const std::string& name,
+                 const std::string& caption, const reports::ReportTable& report) {
+  const OutputTable table = StandingsTable(report, common.decimal);
   switch (common.format) {
     case OutputFormat::Table:
-      fmt::print("{}\n{}\n\n", info.name, caption);
+      fmt::print("{}\n{}\n\n", name, caption);
       Print(table, common.format, common.decimal);
       break;
     case OutputFormat::Csv:
@@ -116,14 +121,34 @@ void Standings(const CommonOptions& common, const std::string& path, const std::
       std::string columns;
       for (std::size_t c = 1; c < table.columns.size(); ++c)
         columns += (c > 1 ? ", " : "") + JsonText(table.columns[c].name);
-      const OutputTable penalties = PenaltyTable(context.League());
+      const OutputTable penalties = PenaltyTable(league);
       const std::string listed =
           penalties.rows.empty() ? std::string() : ",\n\"penalties\": " + JsonRows(penalties, 1);
       fmt::print("{{\n\"report\": {},\n\"caption\": {},\n\"columns\": [{}],\n\"rows\": {}{}\n}}\n",
-                 JsonText(info.name), JsonText(caption), columns, JsonRows(table, 1), listed);
+                 JsonText(name), JsonText(caption), columns, JsonRows(table, 1), listed);
       break;
     }
   }
+}
+
+void Standings(const CommonOptions& common, const StandingsOptions& options) {
+  Context context(common, options.path, app::LeagueSession::Use::Looking);
+  if (!options.whatIf.empty()) return ShowWhatIf(common, context, options);
+  if (options.remaining) return ShowTitle(common, context, *options.remaining, options.afterRace);
+  const reports::ReportInfo info =
+      NeedReport(championship::ListReports(context.League(), context.Template()), options.report);
+  reports::DroppedMarks marks;
+  std::optional<reports::ReportTable> report;
+  if (options.afterRace) {
+    report = championship::RunReportAfter(context.League(), context.Template(), context.state, info.id,
+                                          *options.afterRace, marks);
+  } else {
+    marks = reports::MarkDroppedRaces(context.League(), context.state.droppedRaces);
+    report = championship::RunReport(context.League(), context.Template(), context.state, info.id);
+  }
+  if (!report) throw CommandError(fmt::format("The report '{}' has no columns.", info.name));
+  PrintReport(common, context.League(), info.name,
+              championship::ReportCaption(context.League(), info.id, marks), *report);
 }
 
 void Sql(const CommonOptions& common, const std::string& path, const std::string& statement) {
