@@ -119,13 +119,13 @@ void ScoreRace(Field& field, const std::vector<std::int32_t>& table, const std::
     field.mostGained = std::max(field.mostGained, result->start - result->finish);
   }
   for (SeasonResult* result : field.finishers) {
-    result->points = 0;
+    result->points = -result->pointsOff;
     result->bonus = 0;
     if (result->disqualified) continue;
     for (const BonusRule& rule : bonuses)
       if (Fulfils(*result, field, rule)) result->bonus += rule.points;
     const auto place = static_cast<std::size_t>(result->finish) - 1;
-    result->points = (place < table.size() ? table[place] : 0) + result->bonus;
+    result->points += (place < table.size() ? table[place] : 0) + result->bonus;
   }
 }
 
@@ -183,9 +183,10 @@ RaceMost MostOfARace(const RaceRules& rules) {
   std::int32_t place = 0;
   for (std::size_t table = 0; table < rules.tables.size(); ++table) {
     // A table that no race of the season is scored by says nothing about the next one.
-    if (!rules.tableOf.empty() &&
-        std::find(rules.tableOf.begin(), rules.tableOf.end(), table) == rules.tableOf.end())
-      continue;
+    const bool used = rules.tableOf.empty() ? table == 0
+                                            : std::find(rules.tableOf.begin(), rules.tableOf.end(), table) !=
+                                                  rules.tableOf.end();
+    if (!used) continue;
     for (const std::int32_t points : rules.tables[table]) place = std::max(place, points);
   }
   RaceMost most;

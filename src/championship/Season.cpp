@@ -22,6 +22,31 @@ std::pair<std::int32_t, int> OrderKey(const std::vector<Season::LateRace>& late,
   return {raceId, 0};
 }
 
+// Points that stewards took off, in leagues that have penalties. A driver bears them with his best placed
+// result; what came before a disqualification is settled with it.
+void ReadPointsOff(engine::Database& league, Season& season,
+                   const std::unordered_map<std::int32_t, std::size_t>& races,
+                   const std::unordered_map<std::int32_t, std::size_t>& drivers) {
+  constexpr std::int32_t kPointsOff = 0;
+  constexpr std::int32_t kDisqualification = 2;
+  if (league.FindTableDef("Penalty") == nullptr) return;
+  for (auto rows =
+           league.OpenRecordset("SELECT RaceID, DriverID, Kind, Amount FROM Penalty ORDER BY PenaltyID");
+       !rows.AtEnd(); rows.MoveNext()) {
+    const auto race = races.find(WholeOrZero(rows.At(0)));
+    const auto driver = drivers.find(WholeOrZero(rows.At(1)));
+    if (race == races.end() || driver == drivers.end()) continue;
+    SeasonResult* bearer = nullptr;
+    for (SeasonResult& result : season.drivers[driver->second].results) {
+      if (result.race == race->second && (bearer == nullptr || result.finish < bearer->finish))
+        bearer = &result;
+    }
+    if (bearer == nullptr) continue;
+    if (WholeOrZero(rows.At(2)) == kPointsOff) bearer->pointsOff += WholeOrZero(rows.At(3));
+    if (WholeOrZero(rows.At(2)) == kDisqualification) bearer->pointsOff = 0;
+  }
+}
+
 }  // namespace
 
 std::optional<std::size_t> Season::Place(std::int32_t raceId) const {
@@ -97,6 +122,7 @@ Season ReadSeason(engine::Database& league, std::vector<Season::LateRace> late) 
     result.disqualified = result.dnf && engine::SameName(status.Text(), "Disqualified");
     season.drivers[driver->second].results.push_back(result);
   }
+  ReadPointsOff(league, season, races, drivers);
   season.SortResults();
   return season;
 }

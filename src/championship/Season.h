@@ -26,6 +26,7 @@ struct SeasonResult {
   std::optional<std::int32_t> prizeMoney;
   bool dnf = false;
   bool disqualified = false;
+  std::int32_t pointsOff = 0;  // what a penalty has taken off the points
 };
 
 struct SeasonDriver {
