@@ -137,27 +137,27 @@ std::vector<TableRecord> UnpackRecord(std::string_view record) {
 void PackValue(std::string& packed, sqlite3_value* value) {
   switch (value == nullptr ? SQLITE_NULL : sqlite3_value_type(value)) {
     case SQLITE_INTEGER:
-      packed += kInteger;
+      packed.push_back(kInteger);
       PackSigned(packed, sqlite3_value_int64(value));
       break;
     case SQLITE_FLOAT: {
       const double number = sqlite3_value_double(value);
       std::uint64_t bits = 0;
       std::memcpy(&bits, &number, sizeof bits);
-      packed += kReal;
+      packed.push_back(kReal);
       PackFixed(packed, bits);
       break;
     }
     case SQLITE_TEXT:
     case SQLITE_BLOB: {
-      packed += sqlite3_value_type(value) == SQLITE_TEXT ? kText : kBlob;
+      packed.push_back(sqlite3_value_type(value) == SQLITE_TEXT ? kText : kBlob);
       const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
       const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
       PackText(packed, bytes == nullptr ? std::string_view() : std::string_view(bytes, size));
       break;
     }
     default:
-      packed += kNull;
+      packed.push_back(kNull);
   }
 }
 
