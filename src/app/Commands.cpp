@@ -71,7 +71,7 @@ std::string ImportLabel(const common::ProcessState& state, std::size_t files) {
 }
 
 std::string ReplaceLabel(std::size_t files, std::size_t again) {
-  const std::string label = fmt::format("Import {} file{}", files, files == 1 ? "" : "s");
+  std::string label = fmt::format("Import {} file{}", files, files == 1 ? "" : "s");
   if (again == 0) return label;
   return label + (again == files ? std::string(" again") : fmt::format(", {} of them again", again));
 }

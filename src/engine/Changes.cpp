@@ -38,8 +38,8 @@ class KeyRanges {
     last_ = runs_.emplace(key, key).first;
   }
   bool Contains(std::int64_t key) const {
-    auto run = runs_.upper_bound(key);
-    return run != runs_.begin() && key <= (--run)->second;
+    const auto behind = runs_.upper_bound(key);
+    return behind != runs_.begin() && key <= std::prev(behind)->second;
   }
   void Remove(std::int64_t key) {
     auto run = std::prev(runs_.upper_bound(key));
