@@ -208,23 +208,25 @@ void LeagueSession::CloseLeagueFile() {
   if (!league_) return;
   const std::string path = league_->Name();
   const bool worthCompacting = use_ != Use::Looking && league_->FreePages() > 0;
+  const bool worthClearing = use_ != Use::Looking && !db::LeftCopyBeside(path).empty();
   league_.reset();
-  if (!worthCompacting) return;
+  if (!worthCompacting && !worthClearing) return;
   // Who has opened the league meanwhile, or compacts another one in this folder, goes first.
   const auto folderLock = platform::FileLock::TryLock(common::GetFolder(path));
   if (!folderLock) return;
-  std::string compact = common::GetFolder(path) + db::kCompactName;
+  std::string copy;  // once it is ours
   try {
-    platform::RemoveTemporariesBeside(path);
+    platform::RemoveTemporariesIn(common::GetFolder(path));
+    std::string name = common::GetFolder(path) + db::kCompactName;
     // What an earlier compaction left keeps its place only while it may be all that is left of a league.
-    if (common::GetFileTitle(path) == db::kCompactName || !db::RemoveLeftCopy(engine_, compact))
-      compact = platform::TemporaryBeside(path);
-    const auto lock = platform::FileLock::TryLock(path);
+    if (name == path || !db::RemoveLeftCopy(engine_, name)) name = platform::TemporaryBeside(path);
+    const auto lock = worthCompacting ? platform::FileLock::TryLock(path) : nullptr;
     if (!lock) return;
-    engine_.CompactDatabase(path, compact);
-    platform::ReplaceFile(compact, path);
+    copy = std::move(name);
+    engine_.CompactDatabase(path, copy);
+    platform::ReplaceFile(copy, path);
   } catch (const std::exception&) {
-    db::RemoveWithJournal(compact);
+    if (!copy.empty()) db::RemoveWithJournal(copy);
   }
 }
 

@@ -62,7 +62,7 @@ void CreateLeague(engine::DBEngine& engine, engine::Database& templateDb, const 
   const auto folder = common::SystemPath(common::GetFolder(path));
   if (!folder.empty() && !std::filesystem::is_directory(folder, error))
     throw engine::EngineError(engine::kInvalidPath, path);
-  platform::RemoveTemporariesBeside(path);
+  platform::RemoveTemporariesIn(common::GetFolder(path));
   const std::string fresh = platform::TemporaryBeside(path);
   try {
     make(fresh);

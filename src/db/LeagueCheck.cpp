@@ -8,7 +8,6 @@
 
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
-#include "db/LeftCopy.h"
 #include "db/Tables.h"
 #include "engine/EngineError.h"
 #include "engine/Names.h"
@@ -26,10 +25,6 @@ class Checker {
   std::vector<std::string> Run() {
     for (const std::string& fault : league_.CheckIntegrity())
       faults_.push_back("The database: " + fault + ".");
-    const std::string left = common::GetFolder(league_.Name()) + kCompactName;
-    if (common::FileExists(left) && left != league_.Name()) {
-      faults_.push_back(fmt::format("Beside the league lies \"{}\", which a stopped compaction left.", left));
-    }
     Schema();
     if (schemaIsWhole_) Rows();
     return std::move(faults_);

@@ -85,6 +85,11 @@ void ReplaceDatabase(engine::DBEngine& engine, const std::string& fresh, const s
   platform::ReplaceFile(fresh, path);
 }
 
+std::string LeftCopyBeside(const std::string& path) {
+  std::string left = common::GetFolder(path) + kCompactName;
+  return left != path && common::FileExists(left) ? left : std::string();
+}
+
 bool RemoveLeftCopy(engine::DBEngine& engine, const std::string& copy) {
   std::error_code error;
   const fs::path path = common::SystemPath(copy);

@@ -17,6 +17,9 @@ void RemoveWithJournal(const std::string& path);
 // Throws std::system_error; the old file is then there.
 void ReplaceDatabase(engine::DBEngine& engine, const std::string& fresh, const std::string& path);
 
+// The path of the copy that a stopped compaction left in the folder of a league; empty when there is none.
+std::string LeftCopyBeside(const std::string& path);
+
 // Clears the way for a file at `copy`, the name under which leagues of its folder are compacted: removes what
 // is there when it is no whole league, or the copy of one that lies in the same folder. True when nothing is
 // there any more; false when somebody has it open, or it may be all that is left of a league.

@@ -273,7 +273,7 @@ void ConvertOldFile(engine::DBEngine& engine, const std::string& from, const std
     throw std::runtime_error(untouched + "It is too large to be a league file.");
   if (common::FileExists(to)) throw engine::EngineError(engine::kDatabaseExists, to);
   // It gets its name when it is complete.
-  platform::RemoveTemporariesBeside(to);
+  platform::RemoveTemporariesIn(common::GetFolder(to));
   const std::string fresh = platform::TemporaryBeside(to);
   auto league = engine.DefaultWorkspace().CreateDatabase(fresh);
   const DecimalPoint point(engine.DefaultWorkspace());

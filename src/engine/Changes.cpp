@@ -123,8 +123,12 @@ class RowReader {
 class Checksum {
  public:
   Checksum(const ChangeRules& rules, const std::string& table, const std::vector<std::string>& columns) {
-    for (const std::string& column : columns)
-      counts_.push_back(!Names(rules.derivedFields, table + "." + column));
+    std::string field = table + ".";
+    const std::size_t prefix = field.size();
+    for (const std::string& column : columns) {
+      field.replace(prefix, std::string::npos, column);
+      counts_.push_back(!Names(rules.derivedFields, field));
+    }
   }
   void Add(sqlite3_stmt* row) {
     for (std::size_t i = 0; i < counts_.size(); ++i)

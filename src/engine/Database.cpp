@@ -67,10 +67,10 @@ std::unique_ptr<Recordset::State> Fetch(Database::Impl& impl, Prepared& prepared
     state->changes = impl.Changes();
     // The literals in its columns, which are gone when a row is read again.
     for (const sql::PlanParam& param : plan.params) {
-      Value value = param.literal < 0
-                        ? param.fixed
-                        : impl.lexed.literals[static_cast<std::size_t>(param.literal)].ToValue();
-      state->rowValues.push_back(param.negate ? Value(-value.ToDouble()) : std::move(value));
+      const Value value = param.literal < 0
+                              ? param.fixed
+                              : impl.lexed.literals[static_cast<std::size_t>(param.literal)].ToValue();
+      state->rowValues.push_back(param.negate ? Value(-value.ToDouble()) : value);
     }
   }
   return state;
@@ -198,20 +198,29 @@ std::int64_t Database::FreePages() const {
   return sqlite3_step(statement.get()) == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : 0;
 }
 
-std::int64_t Database::Impl::DataVersion() {
+std::int64_t Database::Impl::Pragma(const char* sql) {
   try {
-    StatementPtr statement = Prepare("PRAGMA data_version");
+    StatementPtr statement = Prepare(sql);
     return sqlite3_step(statement.get()) == SQLITE_ROW ? sqlite3_column_int64(statement.get(), 0) : -1;
   } catch (const EngineError&) {
     return -1;
   }
 }
 
+std::int64_t Database::Impl::DataVersion() {
+  return Pragma("PRAGMA data_version");
+}
+std::int64_t Database::Impl::SchemaVersion() {
+  return Pragma("PRAGMA schema_version");
+}
+
 bool Database::ChangedByOthers() {
   const std::int64_t now = impl_->DataVersion();
   if (now < 0) return false;
   const std::int64_t before = std::exchange(impl_->dataVersion, now);
-  return before >= 0 && before != now;
+  if (before < 0 || before == now) return false;
+  impl_->NoteOthersSchema();
+  return true;
 }
 
 // ---- units of work
@@ -224,6 +233,7 @@ UnitOfWork::UnitOfWork(Database& database, OnError onError, Begin begin)
     const bool writing = begin == Begin::Writing && !impl.readOnly;
     impl.Run(writing ? "BEGIN IMMEDIATE" : "BEGIN");
     ++impl.unitCount;
+    impl.NoteOthersSchema();
   }
   ++impl.units;
 }
@@ -237,9 +247,11 @@ void UnitOfWork::Commit() {
     return;
   }
   if (impl.unitLost || sqlite3_get_autocommit(impl.connection.get()) != 0) {
+    const EngineError reason =
+        impl.unitLost ? impl.lostTo.value_or(EngineError(kNoTransaction)) : EngineError(kNoTransaction);
     impl.unitLost = false;
     impl.NoteRollback();
-    throw EngineError(kNoTransaction);
+    throw reason;
   }
   try {
     impl.Run("COMMIT");

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -89,7 +90,10 @@ struct Database::Impl : sql::Catalog {
   // Drops the prepared statements that delete rows.
   void DropDeletes();
   // A number that another is when another connection has committed meanwhile; -1 when it cannot be read.
+  // The whole number that such a statement yields; -1 where it fails.
+  std::int64_t Pragma(const char* sql);
   std::int64_t DataVersion();
+  std::int64_t SchemaVersion();
   // Steps a statement that yields no rows and tells how many rows it changed.
   std::int64_t Change(Prepared& prepared);
   std::int64_t InsertInto(Prepared& prepared, LimitGuard& guard);
@@ -111,6 +115,8 @@ struct Database::Impl : sql::Catalog {
   bool HasOutdatedIndexes() const override { return indexesOutdated; }
   // Reads the schema anew when the file may have taken changes of it back.
   void RefreshSchema();
+  // To be called when another program may have changed the schema.
+  void NoteOthersSchema();
   // To be called when a transaction has been rolled back, by us or by the store.
   void NoteRollback();
   // Where the file differs from its catalogue, a sentence each.
@@ -118,6 +124,7 @@ struct Database::Impl : sql::Catalog {
   TableDef& NeedTable(std::string_view name);
   // Runs `body` as one step: all of it or, when it throws, nothing.
   void Atomically(const std::function<void()>& body);
+  void TakeStepBack();
   void ChangeSchema(const std::function<void()>& body);
   std::string CreateTableSql(const TableDef& table, const std::string& storeName) const;
   void CreateIndexes(const TableDef& table);
@@ -153,17 +160,20 @@ struct Database::Impl : sql::Catalog {
   sql::ShapeLexer shapes;
   std::vector<Value> bound;  // what the parameters of the running statement point into
 
-  std::int64_t dataVersion = -1;  // when it was last asked for
+  std::int64_t dataVersion = -1;    // when it was last asked for
+  std::int64_t schemaVersion = -1;  // of the schema that `tables` and `relations` are
 
   bool recording = false;  // a ChangeRecorder is at work
 
   const LimitGuard* limits = nullptr;  // of the running statement; null for none
 
-  int units = 0;               // units of work that are open
-  std::int64_t unitCount = 0;  // that were begun, not counting those inside others
-  bool unitLost = false;       // the store has rolled the unit back on its own
-  bool schemaChanged = false;  // inside the open unit
-  bool schemaStale = false;    // the file has taken changes of the schema back
+  int units = 0;                      // units of work that are open
+  std::int64_t unitCount = 0;         // that were begun, not counting those inside others
+  bool unitLost = false;              // the store has rolled the unit back on its own
+  std::optional<EngineError> lostTo;  // why, where that is known
+  bool schemaChanged = false;         // inside the open unit
+  bool schemaStale =
+      false;  // the file has another schema: changes of it were taken back, or others made some
 };
 
 }  // namespace scorvane::engine

@@ -86,6 +86,7 @@ const std::vector<Relation>& Database::Relations() const {
 
 void Database::AppendTableDef(TableDef table) {
   CheckName(table.Name);
+  impl_->RefreshSchema();
   if (impl_->FindTable(table.Name) != nullptr) throw EngineError(kTableExists, table.Name);
   if (table.Fields.empty() || table.Fields.size() > kMostFields) throw EngineError(kInvalidName, table.Name);
   for (std::size_t i = 0; i < table.Fields.size(); ++i) {

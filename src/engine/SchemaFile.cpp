@@ -227,6 +227,12 @@ void Database::Impl::LoadSchema() {
         Prepare(fmt::format("SELECT 1 FROM sqlite_sequence WHERE seq > {} LIMIT 1", kCounterWatch));
     countersNearEnd = sqlite3_step(counters.get()) == SQLITE_ROW;
   }
+  schemaVersion = SchemaVersion();
+}
+
+void Database::Impl::NoteOthersSchema() {
+  const std::int64_t now = SchemaVersion();
+  schemaStale = schemaStale || (now >= 0 && now != schemaVersion);
 }
 
 void Database::Impl::NoteRollback() {

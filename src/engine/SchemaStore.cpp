@@ -73,15 +73,24 @@ void Database::Impl::Atomically(const std::function<void()>& body) {
   try {
     body();
     Run("RELEASE sv_step");
-  } catch (...) {
-    if (sqlite3_get_autocommit(connection.get()) == 0) {
-      sqlite3_exec(connection.get(), "ROLLBACK TO sv_step", nullptr, nullptr, nullptr);
-      sqlite3_exec(connection.get(), "RELEASE sv_step", nullptr, nullptr, nullptr);
-    } else if (units > 0) {
-      unitLost = true;
-      NoteRollback();
-    }
+  } catch (const EngineError& error) {
+    TakeStepBack();
+    if (unitLost) lostTo = error;
     throw;
+  } catch (...) {
+    TakeStepBack();
+    throw;
+  }
+}
+
+void Database::Impl::TakeStepBack() {
+  if (sqlite3_get_autocommit(connection.get()) == 0) {
+    sqlite3_exec(connection.get(), "ROLLBACK TO sv_step", nullptr, nullptr, nullptr);
+    sqlite3_exec(connection.get(), "RELEASE sv_step", nullptr, nullptr, nullptr);
+  } else if (units > 0) {
+    unitLost = true;
+    lostTo.reset();
+    NoteRollback();
   }
 }
 
@@ -95,6 +104,7 @@ void Database::Impl::ChangeSchema(const std::function<void()>& body) {
   const std::vector<Relation> relationsBefore = relations;
   try {
     Atomically(body);
+    schemaVersion = SchemaVersion();
   } catch (...) {
     tables = tablesBefore;
     relations = relationsBefore;

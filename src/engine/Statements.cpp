@@ -210,8 +210,10 @@ void Database::Impl::ThrowStepError(Prepared& prepared) {
   const std::string words = sqlite3_errmsg(connection.get());
   std::exception_ptr pending;
   std::swap(pending, functions.pending);
-  if (units > 0 && sqlite3_get_autocommit(connection.get()) != 0) {
+  const bool lost = units > 0 && sqlite3_get_autocommit(connection.get()) != 0;
+  if (lost) {
     unitLost = true;
+    lostTo.reset();
     NoteRollback();
   }
   sqlite3_reset(prepared.statement.get());
@@ -227,7 +229,12 @@ void Database::Impl::ThrowStepError(Prepared& prepared) {
   if ((code & 0xFF) == SQLITE_FULL && plan.usesCounter && countersNearEnd)
     throw EngineError(kOverflow, "behind the last number", plan.table);
   if ((code & 0xFF) == SQLITE_ERROR) throw EngineError(kTooComplex, words);
-  ThrowStoreError(connection.get(), code, path);
+  try {
+    ThrowStoreError(connection.get(), code, path);
+  } catch (const EngineError& error) {
+    if (lost) lostTo = error;
+    throw;
+  }
 }
 
 namespace {
@@ -280,7 +287,7 @@ void Database::Impl::ThrowRelationError(Prepared& prepared) {
 }
 
 void Database::Impl::NeedTransaction() const {
-  if (unitLost) throw EngineError(kNoTransaction);
+  if (unitLost) throw lostTo.value_or(EngineError(kNoTransaction));
 }
 
 void Database::Impl::NeedWritable() const {

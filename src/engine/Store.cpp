@@ -22,6 +22,7 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
   const bool failed = (code & 0xFF) == SQLITE_IOERR || (code & 0xFF) == SQLITE_CANTOPEN;
   if (failed && connection != nullptr && sqlite3_system_errno(connection) == ENOSPC)
     throw EngineError(kDiskFull);
+  if (failed && !path.empty() && !platform::HasRoomBeside(path)) throw EngineError(kDiskFull);
   switch (code & 0xFF) {
     case SQLITE_FULL:
       throw EngineError(kDiskFull);

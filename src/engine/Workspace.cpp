@@ -172,9 +172,17 @@ std::unique_ptr<Database> Workspace::CreateDatabase(const std::string& path) {
   if (fs::exists(SystemPath(full), error)) throw EngineError(kDatabaseExists, full);
   if (!fs::is_directory(SystemPath(full).parent_path(), error)) throw EngineError(kInvalidPath, full);
   auto impl = std::make_unique<Database::Impl>(*this, full);
-  impl->Connect(true, false);
-  impl->Configure();
-  impl->CreateSystemTables();
+  try {
+    impl->Connect(true, false);
+    impl->Configure();
+    impl->CreateSystemTables();
+  } catch (const EngineError&) {
+    // Half a database is none.
+    impl.reset();
+    fs::remove(SystemPath(full), error);
+    fs::remove(SystemPath(full + "-journal"), error);
+    throw;
+  }
   impl->lock = platform::FileLock::TryLock(full, platform::FileLock::Mode::Shared);
   return std::make_unique<Database>(std::move(impl));
 }

@@ -70,7 +70,7 @@ bool Change::Commit() {
                                      record, kMostBytes, kMostChanges);
     }
   }
-  unit_->Commit();
+  if (unit_) unit_->Commit();
   unit_.reset();
   return changed;
 }

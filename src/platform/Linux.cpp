@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -207,7 +208,21 @@ void RemoveTemporariesBeside(const std::string& path) {
 }
 
 void RemoveTemporariesIn(const std::string& folder) {
-  RemoveLeft(folder, {});
+  RemoveLeft(folder.empty() ? fs::path(".") : fs::path(folder), {});
+}
+
+bool HasRoomBeside(const std::string& path) {
+  const std::string probe = TemporaryBeside(path);
+  const int handle = ::open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (handle < 0) return errno != ENOSPC && errno != EDQUOT;
+  constexpr std::array<char, 4096> kBlock{};
+  errno = 0;
+  const bool written =
+      ::write(handle, kBlock.data(), kBlock.size()) == ssize_t{kBlock.size()} && ::fdatasync(handle) == 0;
+  const bool full = !written && (errno == ENOSPC || errno == EDQUOT || errno == 0);
+  ::close(handle);
+  ::unlink(probe.c_str());
+  return !full;
 }
 
 bool FlushFile(const std::string& path) {

@@ -40,6 +40,10 @@ void RemoveTemporariesBeside(const std::string& path);
 // The same for whatever they were made for in a folder.
 void RemoveTemporariesIn(const std::string& folder);
 
+// Whether the disk of a file takes another file of a few bytes; true where that fails for any other reason
+// than a full disk. Leaves nothing behind.
+bool HasRoomBeside(const std::string& path);
+
 // Waits until the file's content is on the disk; false when that fails.
 bool FlushFile(const std::string& path);
 

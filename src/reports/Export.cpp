@@ -162,14 +162,14 @@ class CExport::Writer {
     if (rows_ == 0) return false;
     text_ += page_.Tail();
     Flush();
-    return good_ && file_->Finish();
+    return good_ && file_ && file_->Finish();
   }
 
  private:
   static constexpr std::size_t kBlock = 1 << 16;
 
   void Flush() {
-    good_ = good_ && file_->Write(common::ToWindows1252(text_));
+    good_ = good_ && file_ && file_->Write(common::ToWindows1252(text_));
     text_.clear();
   }
 

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "engine/sql/Parser.h"
 #include "scoring/Penalties.h"
 #include "scoring/PointSystem.h"
 
@@ -41,6 +42,7 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
       const engine::Value& value = rules["Points"];
       const std::string points = value.IsNull() ? "0" : value.ToText();
       try {
+        engine::sql::CheckExpression(condition);
         ExecuteFor(
             league,
             fmt::format(

@@ -227,6 +227,28 @@ TEST(UnitOfWork, SchemaChangesBelongToIt) {
   EXPECT_NE(test.Db().FindTableDef("Driver")->FindField("Rookie"), nullptr);
 }
 
+TEST(Database, SeesTheTablesThatAnotherProgramMakes) {
+  TestDatabase test;
+  DBEngine other;
+  const auto beside = other.DefaultWorkspace().OpenDatabase(test.Path());
+  TableDef extra;
+  extra.Name = "Extra";
+  extra.Fields = {TestDatabase::Make("A", FieldType::Long)};
+  test.Db().ChangedByOthers();
+  beside->AppendTableDef(extra);
+  beside->DeleteField("Race", "Note");
+  EXPECT_TRUE(test.Db().ChangedByOthers());
+  EXPECT_NE(test.Db().FindTableDef("Extra"), nullptr);
+  EXPECT_EQ(ErrorOf([&] { test.Db().OpenRecordset("SELECT Note FROM Race"); }), kTooFewParameters);
+
+  // A unit of work looks by itself.
+  beside->DeleteTableDef("Extra");
+  UnitOfWork unit(test.Db());
+  test.Db().AppendTableDef(extra);
+  unit.Commit();
+  EXPECT_EQ(test.Db().Execute("INSERT INTO Extra (A) VALUES (1)"), 1);
+}
+
 TEST(UnitOfWork, ARollbackTakesTheSchemaBack) {
   TestDatabase test;
   TableDef extra;

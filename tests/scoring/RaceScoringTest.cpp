@@ -50,6 +50,14 @@ TEST_P(RaceScoring, TheLeaguesBonusRulesRunInTheirOrder) {
   addRule("1", "STNRaceID=<raceid>");
   EXPECT_THROW(ApplyBonusPoints(*league_, state_, race, GetParam()), engine::EngineError);
   EXPECT_EQ(Results(GetParam(), race, "Points, Bonus"), (Strings{"22|23", "10|11"}));
+
+  // Nor does a rule leave its brackets, and with them its race.
+  for (const char* query : {"1=1) OR (1=1", "1=1, 2", "1=1;"}) {
+    league_->Execute("DELETE * FROM Bonus");
+    addRule("1", query);
+    EXPECT_THROW(ApplyBonusPoints(*league_, state_, race, GetParam()), engine::EngineError) << query;
+    EXPECT_EQ(Results(GetParam(), race, "Points, Bonus"), (Strings{"22|23", "10|11"})) << query;
+  }
 }
 
 TEST_P(RaceScoring, ARecalculationNumbersAndScoresAnew) {

@@ -1,5 +1,7 @@
 #include "engine/sql/Parser.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 
@@ -324,6 +326,12 @@ Statement ParseText(std::string_view sql) {
   Lexed lexed;
   Lex(sql, lexed);
   return Parse(lexed);
+}
+
+void CheckExpression(std::string_view text) {
+  // What closes a bracket that it has not opened is a fault here, and a list or a clause is one in brackets.
+  ParseText(fmt::format("SELECT ({})", text));
+  ParseText(fmt::format("SELECT {}", text));
 }
 
 }  // namespace scorvane::engine::sql

@@ -1,10 +1,9 @@
 // Commands for files that have been through something: conversion, and a look over a league.
 #include <fmt/format.h>
 
-#include <filesystem>
-
 #include "common/Paths.h"
 #include "db/LeagueCheck.h"
+#include "db/LeftCopy.h"
 #include "db/OldFile.h"
 #include "engine/EngineError.h"
 #include "programs/cli/Commands.h"
@@ -24,8 +23,7 @@ void Convert(const CommonOptions& common, const std::string& from, const std::st
     Context opened(common, to);
     opened.Session().TellReplacedRules();
   } catch (...) {
-    std::error_code error;
-    std::filesystem::remove(to, error);
+    db::RemoveWithJournal(to);
     throw;
   }
   fmt::print("Converted {} to {}.\n", from, to);
@@ -44,6 +42,12 @@ void Check(const CommonOptions& common, const std::string& path) {
   table.columns = {{"Fault"}};
   for (const std::string& fault : faults) table.rows.push_back({engine::Value(fault)});
   if (common.format != OutputFormat::Table || !faults.empty()) Print(table, common.format, common.decimal);
+  if (const std::string left = db::LeftCopyBeside(league->Name()); !left.empty()) {
+    fmt::print(stderr,
+               "Beside the league lies \"{}\", which a stopped compaction left. The next command that writes "
+               "removes it when the league that it is a copy of is there.\n",
+               left);
+  }
   if (!faults.empty()) throw CommandError(fmt::format("{} is not in order.", path));
   if (common.format == OutputFormat::Table) fmt::print("{} is in order.\n", path);
 }

@@ -98,16 +98,13 @@ std::string IndexPage(const std::string& heading, const std::string& caption,
 }
 
 // Why a page that was asked for is not there.
-std::string WhyNoPage(const reports::PageSubject& subject, const std::string& path) {
+std::string WhyNoPage(const std::string& path) {
   namespace fs = std::filesystem;
   std::error_code error;
-  if (subject.kind == reports::PageSubject::kReport) {
-    if (subject.table == nullptr) return "the report has nothing to show";
-  }
   if (fs::is_directory(path, error)) return "it is a folder";
   const fs::path folder = fs::path(path).parent_path();
   if (!folder.empty() && !fs::is_directory(folder, error)) return "there is no such folder";
-  if (fs::exists(path, error)) return "what is there is no page, or may not be changed";
+  if (fs::exists(path, error)) return "what is there is no page or may not be changed, or the disk is full";
   return "the folder may not be written to, the disk is full, or the race has no results";
 }
 
@@ -155,7 +152,8 @@ void Export(const CommonOptions& common, const ExportOptions& options) {
       !reports::WritePage(league, context.Template(), context.state, subject, texts,
                           reports::ReadPageLook(league), reports::StandingsFooter(), options.output)) {
     throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written: {}.",
-                                   options.output, WhyNoPage(subject, options.output)));
+                                   options.output,
+                                   empty ? "the report has nothing to show" : WhyNoPage(options.output)));
   }
   fmt::print("Wrote {}.\n", options.output);
 }
@@ -179,7 +177,8 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
     const reports::PageResult result = reports::TryWritePage(league, context.Template(), context.state,
                                                              subject, pageTexts, look, footer, target);
     if (result == reports::PageResult::Failed)
-      throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written.", target));
+      throw CommandError(fmt::format("Error creating HTML file... '{}' could not be written: {}.", target,
+                                     WhyNoPage(target)));
     return result == reports::PageResult::Written;
   };
 
