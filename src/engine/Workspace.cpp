@@ -108,7 +108,7 @@ void CopyInto(sqlite3* connection, const std::string& source, const std::string&
   std::error_code error;
   fs::remove(SystemPath(target), error);
   fs::remove(SystemPath(target + "-journal"), error);
-  if (copied) throw EngineError(kDiskError, target);
+  if (copied) throw EngineError(platform::HasRoomBeside(target) ? kDiskError : kDiskFull, target);
   ThrowStoreError(connection, code, source);
 }
 
@@ -134,6 +134,9 @@ void Database::Impl::Connect(bool create, bool wantReadOnly) {
                      : mayWrite ? SQLITE_OPEN_READWRITE
                                 : SQLITE_OPEN_READONLY;
   connection = OpenConnection(path, access);
+  // The store opens for reading what the disk does not open for writing: then it is the disk, not the file.
+  if (!wantReadOnly && sqlite3_db_readonly(connection.get(), "main") == 1)
+    throw EngineError(kCannotOpenFile, path);
   readOnly = wantReadOnly;
   sqlite3_busy_timeout(connection.get(), kPatience);
   RegisterFunctions(connection.get(), functions);

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "common/Csv.h"
+
 namespace scorvane::cli {
 namespace {
 
@@ -37,16 +39,6 @@ Json ToJson(const Value& value) {
       return value.ToText('.');
   }
   return nullptr;
-}
-
-std::string CsvCell(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + "\"";
 }
 
 // Line ends and other control characters would break a table.
@@ -98,13 +90,14 @@ void PrintTable(const OutputTable& table, char decimal) {
 
 void PrintCsv(const OutputTable& table) {
   std::string line;
-  for (const OutputColumn& column : table.columns) line += (line.empty() ? "" : ",") + CsvCell(column.name);
+  for (const OutputColumn& column : table.columns)
+    line += (line.empty() ? "" : ",") + common::CsvCell(column.name);
   fmt::print("{}\n", line);
   for (const auto& row : table.rows) {
     line.clear();
     for (std::size_t c = 0; c < row.size(); ++c) {
       if (c > 0) line += ',';
-      line += CsvCell(row[c].ToText('.'));
+      line += common::CsvCell(row[c].ToText('.'));
     }
     fmt::print("{}\n", line);
   }
