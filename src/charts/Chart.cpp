@@ -133,10 +133,7 @@ Chart LineChart(const LineInput& input) {
       if (!open) chart.curves.push_back({s, {}});
       open = true;
       chart.curves.back().points.push_back(at);
-      chart.marks.push_back(
-          {at,
-           {s, i, *series.values[i],
-            fmt::format("{}, {}: {}", series.name, input.entries[i], NumberText(*series.values[i]))}});
+      chart.marks.push_back({at, {s, i, *series.values[i]}});
       last = at;
     }
     if (last)
@@ -187,12 +184,11 @@ Chart PlaceChart(const PlaceInput& input) {
     chart.numbers.rows.push_back({entry, input.places[i] ? std::to_string(*input.places[i]) : "--"});
     if (!input.places[i]) continue;
     const double top = up.At(*input.places[i]);
-    chart.bars.push_back(
-        {{left, top},
-         width,
-         bottom - top,
-         *input.places[i] == 1,
-         {0, i, static_cast<double>(*input.places[i]), fmt::format("{}: {}", entry, *input.places[i])}});
+    chart.bars.push_back({{left, top},
+                          width,
+                          bottom - top,
+                          *input.places[i] == 1,
+                          {0, i, static_cast<double>(*input.places[i])}});
   }
   NumberEntries(chart, input.entryNumbers, places, kPlaceHeight - 10);
   return chart;
@@ -233,11 +229,16 @@ Chart ShiftChart(const ShiftInput& input) {
                           std::abs(end - zero),
                           kRow - 6,
                           shift > 0,
-                          {0, i, static_cast<double>(shift),
-                           fmt::format("{}: from {} to {} ({})", row.name, row.from, row.to, change)}});
+                          {2, i, static_cast<double>(shift)}});
     chart.numbers.rows.push_back({row.name, std::to_string(row.from), std::to_string(row.to), change});
   }
   return chart;
+}
+
+std::string Describe(const Chart& chart, const Value& value) {
+  const auto& row = chart.numbers.rows[value.entry];
+  return fmt::format("{}, {}: {}", row.front(), chart.numbers.columns[value.series + 1],
+                     row[value.series + 1]);
 }
 
 const Value* ValueAt(const Chart& chart, Point point, double reach) {

@@ -32,10 +32,9 @@ struct Rule {
 
 // What a value is drawn as: a point of a line, or a bar.
 struct Value {
-  std::size_t series = 0;
-  std::size_t entry = 0;  // its place along the axis
+  std::size_t series = 0;  // the column of the numbers behind the first
+  std::size_t entry = 0;   // their row: its place along the axis
   double number = 0;
-  std::string text;  // as one would say it: "Jeff Gordon, Daytona: 175"
 };
 
 struct Mark {
@@ -119,6 +118,8 @@ Chart ShiftChart(const ShiftInput& input);
 // The value under a point or, for lines, the nearest one within `reach`; null when there is none. It lives in
 // the chart.
 const Value* ValueAt(const Chart& chart, Point point, double reach);
+// A value as one would say it: "1. Daytona, Jeff Gordon: 175".
+std::string Describe(const Chart& chart, const Value& value);
 
 // Round steps that cover the numbers from `low` to `high`, at most `most` of them, ascending.
 std::vector<double> Ticks(double low, double high, int most);

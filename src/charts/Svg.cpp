@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdlib>
 #include <iterator>
 
 namespace scorvane::charts {
@@ -52,10 +54,11 @@ void Append(std::string& text, fmt::format_string<Args...> format, Args&&... arg
   fmt::format_to(std::back_inserter(text), format, std::forward<Args>(args)...);
 }
 
+// To a tenth: nobody sees less.
 std::string Number(double number) {
-  std::string text = fmt::format("{:.1f}", number);
-  if (text.ends_with(".0")) text.resize(text.size() - 2);
-  return text;
+  const long tenths = std::lround(number * 10);
+  if (tenths % 10 == 0) return std::to_string(tenths / 10);
+  return fmt::format("{}{}.{}", tenths < 0 ? "-" : "", std::abs(tenths) / 10, std::abs(tenths) % 10);
 }
 
 const char* AnchorName(Anchor anchor) {
@@ -91,7 +94,7 @@ std::string WriteSvg(const Chart& chart, std::string_view id) {
   for (const Bar& bar : chart.bars)
     Append(svg, "<rect class=\"{}\" x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\"><title>{}</title></rect>\n",
            bar.stressed ? "bar good" : "bar", Number(bar.at.x), Number(bar.at.y), Number(bar.width),
-           Number(bar.height), Escaped(bar.value.text));
+           Number(bar.height), Escaped(Describe(chart, bar.value)));
   for (const Curve& curve : chart.curves) {
     Append(svg, "<path class=\"line s{}\"{} d=\"", curve.series % kStyles, Dash(curve.series));
     for (std::size_t i = 0; i < curve.points.size(); ++i)

@@ -21,8 +21,8 @@ std::string Pages::DriverList(std::size_t number) {
     const SiteDriver& driver = model_.drivers[shown_[i]];
     View row = TotalsView(driver);
     row["driver"] = DriverLink(shown_[i]);
-    row["rookie"] = driver.rookie;
-    row["excluded"] = driver.excluded;
+    if (driver.rookie) row["rookie"] = true;
+    if (driver.excluded) row["excluded"] = true;
     row["anchor"] = fmt::format("driver-{}", driver.id);
     Append(rows, std::move(row));
   }
@@ -37,8 +37,7 @@ View Pages::DriverResult(const SiteResult& result) const {
   row["racenumber"] = std::to_string(result.race + 1);
   row["racename"] = RaceName(race);
   row["racepath"] = fmt::format("{}#driver-{}", Up(RacePath(race)), model_.drivers[result.driver].id);
-  row["dropped"] = result.dropped;
-  row["after"] = false;
+  if (result.dropped) row["dropped"] = true;
   const auto moment = std::lower_bound(
       model_.moments.begin(), model_.moments.end(), result.race + 1,
       [](const SiteMoment& candidate, std::size_t races) { return candidate.races < races; });
@@ -97,7 +96,7 @@ std::string Pages::Driver(std::size_t index) {
   page["onlylast"] =
       first == 0 ? View(false) : View(fmt::format("The last {} of {} races.", shown, driver.results.size()));
   page["finishchart"] = false;
-  if (shown > 0) Show(page, "finishchart", charts::PlaceChart(places), "finish-chart");
+  if (shown > 0) Show(page, "finishchart", charts::PlaceChart(places), "finish-chart", "races");
   ShowPoints(page, driver, static_cast<std::uint32_t>(index));
   ShowTracks(page, driver);
   return theme_.Render("driver", page);

@@ -126,24 +126,29 @@ void Pages::Pager(View& page, const std::string& stem, std::size_t current, std:
   page["pager"] = std::move(pager);
 }
 
-void Pages::Show(View& page, const char* name, const charts::Chart& chart, const char* id) {
+void Pages::Show(View& page, const char* name, const charts::Chart& chart, const char* id,
+                 const char* numbersAt) {
   View view;
   view["svg"] = charts::WriteSvg(chart, id);
   view["charttitle"] = chart.title;
   view["chartid"] = id;
-  View columns = ViewList();
-  for (const std::string& column : chart.numbers.columns) Append(columns, View(column));
-  View rows = ViewList();
-  for (const auto& cells : chart.numbers.rows) {
-    View row;
-    row["rowhead"] = cells.front();
-    View rest = ViewList();
-    for (std::size_t i = 1; i < cells.size(); ++i) Append(rest, View(cells[i]));
-    row["rowcells"] = std::move(rest);
-    Append(rows, std::move(row));
+  view["numbersat"] = numbersAt == nullptr ? View(false) : View(numbersAt);
+  view["numbers"] = numbersAt == nullptr;
+  if (numbersAt == nullptr) {
+    View columns = ViewList();
+    for (const std::string& column : chart.numbers.columns) Append(columns, View(column));
+    View rows = ViewList();
+    for (const auto& cells : chart.numbers.rows) {
+      View row;
+      row["rowhead"] = cells.front();
+      View rest = ViewList();
+      for (std::size_t i = 1; i < cells.size(); ++i) Append(rest, View(cells[i]));
+      row["rowcells"] = std::move(rest);
+      Append(rows, std::move(row));
+    }
+    view["chartcolumns"] = std::move(columns);
+    view["chartrows"] = std::move(rows);
   }
-  view["chartcolumns"] = std::move(columns);
-  view["chartrows"] = std::move(rows);
   page[name] = std::move(view);
 }
 
@@ -380,16 +385,21 @@ std::string Pages::Report(const SiteReport& report, std::size_t page,
     for (std::size_t c = 0; c < report.columns.size(); ++c) {
       const reports::ReportColumn& column = report.columns[c];
       if (column.hidden) continue;
-      View cell;
       std::string text = reports::CellText(column, rows[r][c], model_.decimal);
       // The leader's interval, also where a league's own format does not say so.
       if (column.field == "Interval" && (text.empty() || text == "0")) text = "--";
+      // Most cells are numbers, and need no more than themselves.
+      if (!rows[r][c].IsText()) {
+        Append(cells, View(text));
+        continue;
+      }
+      View cell;
       const bool driver = column.field == "DriverName" || column.field == "Winner";
       const auto known = driver ? driverByName_.find(rows[r][c].Text()) : driverByName_.end();
-      cell["celllink"] =
-          known == driverByName_.end() ? View(false) : View(Up(DriverPath(model_.drivers[known->second])));
-      cell["cellleft"] = column.alignment != reports::kCentred;
+      if (known != driverByName_.end()) cell["celllink"] = Up(DriverPath(model_.drivers[known->second]));
+      if (column.alignment != reports::kCentred) cell["cellleft"] = true;
       cell["celltext"] = std::move(text);
+      cell["istext"] = true;
       Append(cells, std::move(cell));
     }
     row["cells"] = std::move(cells);

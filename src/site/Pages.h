@@ -20,6 +20,7 @@ namespace scorvane::site {
 
 // Long tables go over several pages.
 inline constexpr std::size_t kReportRows = 1000;
+inline constexpr std::size_t kKeptRows = 20000;  // of a report; a longer one is run again for its pages
 inline constexpr std::size_t kMatrixRaces = 40;
 inline constexpr std::size_t kListedRaces = 500;
 inline constexpr std::size_t kListedDrivers = 1000;
@@ -34,7 +35,7 @@ struct SiteReport {
   std::string slug;
   std::vector<reports::ReportColumn> columns;
   std::size_t rowCount = 0;
-  // All rows of a report that fits on one page; the others are run again when their pages are written.
+  // All of them, or the first kKeptRows.
   std::vector<std::vector<engine::Value>> rows;
 };
 
@@ -80,7 +81,9 @@ class Pages {
                   const std::string& next, const std::string& nextPath);
   // The list of a long table's pages.
   void Pager(View& page, const std::string& stem, std::size_t current, std::size_t pages);
-  static void Show(View& page, const char* name, const charts::Chart& chart, const char* id);
+  // With its numbers in a table, unless one with this id is on the page already.
+  static void Show(View& page, const char* name, const charts::Chart& chart, const char* id,
+                   const char* numbersAt = nullptr);
 
   std::string Up(const std::string& path) const { return up_ + path; }  // from the page that is being made
   std::string Number(double number, int digits) const;

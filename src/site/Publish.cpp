@@ -123,7 +123,7 @@ class Publication {
             league_, templateDb_, info.id,
             [&](const std::vector<reports::ReportColumn>& columns) { report.columns = columns; },
             [&](const std::vector<engine::Value>& row) {
-              if (report.rowCount++ < kReportRows) report.rows.push_back(row);
+              if (report.rowCount++ < kKeptRows) report.rows.push_back(row);
             });
         if (!shown) continue;
       }

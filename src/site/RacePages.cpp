@@ -71,19 +71,19 @@ View Pages::RaceResult(const SiteRace& race, const SiteResult& result) const {
   row["finish"] = Text(result.finish);
   row["start"] = result.start && *result.start > 0 ? Text(result.start) : std::string("--");
   const auto gained = result.Gained();
-  row["gained"] = gained ? Signed(*gained) : std::string();
-  row["gainedup"] = gained && *gained > 0;
-  row["gaineddown"] = gained && *gained < 0;
+  // What holds of few rows is set on those only.
+  if (gained) row["gained"] = Signed(*gained);
+  if (gained && *gained != 0) row[*gained > 0 ? "gainedup" : "gaineddown"] = true;
   row["laps"] = Text(result.lapsRun);
   row["led"] = Text(result.lapsLed);
   row["resultpoints"] = Text(result.points);
   row["resultbonus"] = Text(result.bonus);
-  row["prize"] = Text(result.prizeMoney);
-  row["speed"] = common::LocalizeDecimal(result.avgSpeed, model_.decimal);
+  if (result.prizeMoney) row["prize"] = Text(result.prizeMoney);
+  if (!result.avgSpeed.empty()) row["speed"] = common::LocalizeDecimal(result.avgSpeed, model_.decimal);
   row["qualifying"] = Qualifying(result, race);
   row["status"] = model_.Status(result);
-  row["out"] = !model_.IsRunning(result);
-  row["won"] = result.finish == 1;
+  if (!model_.IsRunning(result)) row["out"] = true;
+  if (result.finish == 1) row["won"] = true;
   return row;
 }
 
@@ -169,7 +169,7 @@ std::string Pages::Race(std::size_t index) {
   page["bonuses"] = std::move(bonuses);
   page["datapath"] = Up(DataPath(race));
   page["shiftchart"] = false;
-  if (!shifts.rows.empty()) Show(page, "shiftchart", charts::ShiftChart(shifts), "places-chart");
+  if (!shifts.rows.empty()) Show(page, "shiftchart", charts::ShiftChart(shifts), "places-chart", "results");
   return theme_.Render("race", page);
 }
 
@@ -209,9 +209,9 @@ std::string Pages::Matrix(std::size_t number) {
         any = true;
         cell["cellfinish"] = shown.finish ? std::to_string(*shown.finish) : std::string("--");
         cell["cellpoints"] = Text(shown.points);
-        cell["celldropped"] = shown.dropped;
-        cell["cellwon"] = shown.finish == 1;
-        cell["cellout"] = !model_.IsRunning(shown);
+        if (shown.dropped) cell["celldropped"] = true;
+        if (shown.finish == 1) cell["cellwon"] = true;
+        if (!model_.IsRunning(shown)) cell["cellout"] = true;
         while (result != driver.results.end() && model_.results[*result].race == race) ++result;
       }
       Append(cells, std::move(cell));

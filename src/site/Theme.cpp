@@ -105,11 +105,19 @@ enum LookColor : std::size_t { kBackground, kText, kLink, kVisited, kActive, kHe
 enum LookTable : std::size_t { kHeadText = 8, kHead, kRowText, kRow, kEvenText, kEven };
 enum LookSwitch : std::size_t { kColorHead, kColorRows, kAlternate };
 
+constexpr double kLeastContrast = 4.6;
+constexpr double kLinkContrast = 7;
+constexpr double kTextContrast = 12;
+
 Scheme SchemeOf(const reports::PageLook& look, Color background) {
   const auto color = [&](std::size_t i) { return ColorOf(look.colors[i]); };
-  const auto on = [&](std::size_t i, Color paper) { return Readable(color(i), paper); };
   Scheme scheme;
   const bool own = background == color(kBackground);
+  // Black made just light enough for a dark page would be a dull grey.
+  const auto on = [&](std::size_t i, Color paper) {
+    const double wanted = own ? kLeastContrast : i == kLink ? kLinkContrast : kTextContrast;
+    return Readable(color(i), paper, wanted);
+  };
   scheme.background = background;
   scheme.text = on(kText, background);
   scheme.link = on(kLink, background);
@@ -172,8 +180,16 @@ View ViewList() {
 }
 
 void Append(View& list, View item) {
-  // The library's own way in copies the item with everything in it.
-  const_cast<kainjow::mustache::list&>(list.list_value()).push_back(std::move(item));
+  // The library's own way in copies the item with everything in it, and so does a vector of its items that
+  // grows: their moving might throw.
+  auto& items = const_cast<kainjow::mustache::list&>(list.list_value());
+  if (items.size() == items.capacity()) {
+    kainjow::mustache::list larger;
+    larger.reserve(std::max<std::size_t>(8, 2 * items.size()));
+    for (View& old : items) larger.push_back(std::move(old));
+    items.swap(larger);
+  }
+  items.push_back(std::move(item));
 }
 
 std::string ThemesFolder() {
