@@ -317,4 +317,10 @@ void ClearPlayoff(LeagueSession& session) {
   AsChange(session, "No playoff", [&] { championship::ClearPlayoff(session.League()); });
 }
 
+void StoreSiteSettings(LeagueSession& session, const site::SiteSettings& settings) {
+  if (site::ReadSiteSettings(session.League()) == settings) return;
+  AsChangeWithTables(session, "Settings of the site", site::EnsureSiteTable,
+                     [&] { site::StoreSiteSettings(session.League(), settings); });
+}
+
 }  // namespace scorvane::app

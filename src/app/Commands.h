@@ -20,6 +20,7 @@
 #include "scoring/Penalties.h"
 #include "scoring/PointSystemEdit.h"
 #include "scoring/RaceResults.h"
+#include "site/SiteSettings.h"
 
 namespace scorvane::app {
 
@@ -104,5 +105,10 @@ void LeaveGroup(LeagueSession& session, championship::GroupKind kind,
 void SetBestResults(LeagueSession& session, championship::GroupKind kind, int best);
 void SetPlayoff(LeagueSession& session, const championship::PlayoffFormat& format);
 void ClearPlayoff(LeagueSession& session);
+
+// ---- the site; its table is made with the first of its settings
+
+// Does nothing when they are as they were.
+void StoreSiteSettings(LeagueSession& session, const site::SiteSettings& settings);
 
 }  // namespace scorvane::app

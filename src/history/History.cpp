@@ -126,7 +126,8 @@ std::string Summary(const engine::LoggedChange& change) {
   static constexpr Word kNamed[] = {
       {"PointSystem", "point system"}, {"Bonus", "bonus rules"}, {"RankCriteria", "ranking criteria"},
       {"Penalty", "penalties"},        {"Team", "teams"},        {"TeamMember", "team members"},
-      {"TeamScoring", "team scoring"}, {"Playoff", "playoff"},   {"Settings", "settings"}};
+      {"TeamScoring", "team scoring"}, {"Playoff", "playoff"},   {"Settings", "settings"},
+      {"SiteSetting", "site settings"}};
   std::string text;
   const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
   const auto rows = [&](const char* table) {

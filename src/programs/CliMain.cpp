@@ -480,6 +480,8 @@ class CommandLine {
     columns->add_option("--show", columns_.show, "Show these columns")->delimiter(',')->type_name("NAME,...");
     columns->add_option("--hide", columns_.hide, "Hide these columns")->delimiter(',')->type_name("NAME,...");
 
+    AddSiteCommand();
+
     CLI::App* convert = Add("convert", "Bring a league file of the old database format over into a new one",
                             [this] { cli::Convert(common_, league_, folder_); });
     convert->add_option("OLD", league_, "The old file; it is only read")->required();
@@ -491,6 +493,30 @@ class CommandLine {
                         [this] { cli::Sql(common_, league_, statement_); });
     sql->add_option("DATABASE", league_, "The file")->required();
     sql->add_option("STATEMENT", statement_, "SELECT, INSERT, UPDATE or DELETE")->required();
+  }
+
+  void AddSiteCommand() {
+    CLI::App* site =
+        AddForLeague("site", "Publish the season as a site: pages, charts, data and a feed", [this] {
+          site_.path = league_;
+          cli::Site(common_, site_);
+        });
+    site->add_option("FOLDER", site_.folder, "Where it is written (default: where it was written last)");
+    site->add_option("--theme", site_.theme, "classic, paddock, or the folder of a theme of your own")
+        ->type_name("NAME|FOLDER");
+    site->add_option("--base-url", site_.baseUrl,
+                     "The address at which it will be read, for links in chats, the feed and search engines")
+        ->type_name("URL");
+    site->add_option("--accent", site_.accent, "The league's colour, #RRGGBB")->type_name("COLOUR");
+    site->add_option("--logo", site_.logo, "The league's picture: PNG, JPEG, GIF or WebP, at most 200 kB")
+        ->type_name("FILE");
+    site->add_flag("--show", site_.show, "List what the league remembers of its site; write nothing");
+    site->footer(
+        std::string(
+            "What differs is written, what is there stays. Folder, theme, address, colour and logo are kept "
+            "in\n"
+            "the league; \"\" takes one of them back. Files of others in the folder are left alone.\n") +
+        kCommonOptions);
   }
 
   CLI::App app_{"", "scorvane-cli"};
@@ -516,6 +542,7 @@ class CommandLine {
   std::string folder_;
   std::vector<std::string> sets_;
   cli::ColumnOptions columns_;
+  cli::SiteOptions site_;
   std::string statement_;
   bool presets_ = false;
   bool clear_ = false;

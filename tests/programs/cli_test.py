@@ -84,7 +84,7 @@ class CliTest(unittest.TestCase):
         subprocess.run(["cmake", "--install", build, "--prefix", self.path("usr")], check=True, capture_output=True)
         self.assertEqual(rows("sql", own, "SELECT SettingValue AS V FROM Settings WHERE SettingsID=14"), [{"V": "/my/folder"}])
         self.assertEqual(sorted(os.listdir(self.path("usr/share/scorvane"))),
-                         ["Kirrelon.dat", "ReadMe", "ReadMe.htm", "template"])
+                         ["Kirrelon.dat", "ReadMe", "ReadMe.htm", "template", "themes"])
         self.assertEqual(len(rows("races", self.league)), 1)
         os.mkdir(self.path("home"))
         subprocess.run([program, "reports"], check=True, capture_output=True,

@@ -175,6 +175,19 @@ struct PlayoffOptions {
 };
 void EditPlayoff(const CommonOptions& common, const PlayoffOptions& options);
 
+struct SiteOptions {
+  std::string path;
+  std::string folder;  // empty: the one that the league remembers
+  // What is given is remembered; an empty text forgets it.
+  std::optional<std::string> theme;
+  std::optional<std::string> baseUrl;
+  std::optional<std::string> accent;
+  std::optional<std::string> logo;  // a file
+  bool show = false;                // nothing is written
+};
+// Publishes the season as a site.
+void Site(const CommonOptions& common, const SiteOptions& options);
+
 // Brings a league file of the old database format over into a new file.
 void Convert(const CommonOptions& common, const std::string& from, const std::string& to);
 // Looks a league file over without changing it; throws CommandError when something is wrong.
