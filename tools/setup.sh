@@ -3,8 +3,8 @@
 #   tools/setup.sh [--checks]     --checks: the clang-19 tools of ./.ci/run, too
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev libcli11-dev nlohmann-json3-dev libkainjow-mustache-dev
-  libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev fonts-dejavu-core procps python3)
+packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev libcli11-dev nlohmann-json3-dev
+  libkainjow-mustache-dev libxlsxwriter-dev   libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev fonts-dejavu-core procps python3)
 [ "${1:-}" = "--checks" ] && packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
 
 missing=()

@@ -438,27 +438,36 @@ class CommandLine {
     standings->get_option("--report")->excludes(whatIf)->excludes(remaining);
     whatIf->excludes(remaining);
 
-    CLI::App* page = AddForLeague("export", "Write a report or a race's results as an HTML page", [this] {
-      export_.path = league_;
-      if (!folder_.empty()) return cli::ExportAll(common_, league_, folder_);
-      cli::Export(common_, export_);
-    });
+    CLI::App* page =
+        AddForLeague("export", "Write a report or a race's results as an HTML page or a spreadsheet", [this] {
+          export_.path = league_;
+          if (!folder_.empty()) return cli::ExportAll(common_, league_, folder_);
+          if (!season_.empty()) return cli::ExportSeason(common_, league_, season_);
+          cli::Export(common_, export_);
+        });
     CLI::Option* report =
         page->add_option("--report", export_.report, "The report to write")->type_name("NAME");
     CLI::Option* race = page->add_option("--race", export_.raceId, "The race to write")->type_name("RACEID");
     CLI::Option* all =
         page->add_option("--all", folder_, "Every report, every race and an index page, into a folder")
             ->type_name("FOLDER");
+    CLI::Option* season =
+        page->add_option("--season", season_, "Standings, all finishes and every race as one spreadsheet")
+            ->type_name("FILE.xlsx");
     CLI::Option* output =
-        page->add_option("-o,--output", export_.output, "The page; an older one is replaced")
+        page->add_option(
+                "-o,--output", export_.output,
+                "The page or, when it ends in .xlsx or .csv, the spreadsheet; an older one is replaced")
             ->type_name("FILE");
-    output->excludes(all);
-    report->excludes(race)->excludes(all);
-    race->excludes(report)->excludes(all);
-    page->parse_complete_callback([report, race, all, output] {
-      if (report->count() + race->count() + all->count() == 0)
-        throw CLI::ValidationError("export", "--report NAME, --race RACEID or --all FOLDER is required");
-      if (all->count() == 0 && output->count() == 0)
+    output->excludes(all)->excludes(season);
+    report->excludes(race)->excludes(all)->excludes(season);
+    race->excludes(report)->excludes(all)->excludes(season);
+    all->excludes(season);
+    page->parse_complete_callback([report, race, all, season, output] {
+      if (report->count() + race->count() + all->count() + season->count() == 0)
+        throw CLI::ValidationError("export",
+                                   "--report NAME, --race RACEID, --all FOLDER or --season FILE is required");
+      if (all->count() + season->count() == 0 && output->count() == 0)
         throw CLI::ValidationError("export", "-o FILE is required");
     });
     page->add_option("--heading", export_.heading, "Page heading (default: the league's)")->type_name("TEXT");
@@ -526,6 +535,7 @@ class CommandLine {
   cli::CreateOptions create_;
   cli::ImportOptions import_;
   cli::ExportOptions export_;
+  std::string season_;
   cli::DriverOptions driver_;
   cli::PointOptions points_;
   cli::RaceOptions race_;

@@ -14,6 +14,8 @@ import sys
 import tempfile
 import time
 import unittest
+import zipfile
+from xml.etree import ElementTree
 
 PROGRAM, SOURCE = sys.argv[1], sys.argv[2]
 SEASON = sorted(glob.glob(os.path.join(SOURCE, "share/samples/season-1998/*.stn")))
@@ -300,6 +302,53 @@ class CliTest(unittest.TestCase):
         cli("export", self.league, "--race", 1, "-o", page, "--decimal", ",")
         with open(page, encoding="cp1252") as file:
             self.assertIn("156,361 mph", file.read())
+
+    def workbook(self, path):
+        """The cells of each sheet by its name: numbers as numbers, texts as texts, a formula as what it is not."""
+        main = "{http://schemas.openxmlformats.org/spreadsheetml/2006/main}"
+        with zipfile.ZipFile(path) as book:
+            parse = lambda name: ElementTree.fromstring(book.read(name))
+            texts = ["".join(t.text or "" for t in item.iter(main + "t")) for item in parse("xl/sharedStrings.xml")]
+            names = [sheet.get("name") for sheet in parse("xl/workbook.xml").iter(main + "sheet")]
+            sheets = {}
+            for number, name in enumerate(names, 1):
+                page = parse(f"xl/worksheets/sheet{number}.xml")
+                self.assertIsNone(page.find(f".//{main}f"), "a formula")
+                self.assertEqual(page.find(f".//{main}pane").get("ySplit"), "1")
+                cells = lambda row: [texts[int(c.find(main + "v").text)] if c.get("t") == "s" else
+                                     float(c.find(main + "v").text) for c in row if c.find(main + "v") is not None]
+                sheets[name] = [cells(row) for row in page.iter(main + "row")]
+            return sheets
+
+    def test_spreadsheets(self):
+        self.create("--drop", "1")
+        cli("import", self.league, *SEASON[:3])
+        odd = "=1+1 <b>\u00dcn\u00ef & \"x\", " + "y" * 30
+        cli("driver", self.league, "rename", "Jeff Gordon", odd)
+        cli("export", self.league, "--season", self.path("season.xlsx"))
+        cli("export", self.league, "--report", "wins", "-o", self.path("wins.XLSX"))
+        cli("export", self.league, "--race", 2, "-o", self.path("race.csv"))
+        season = self.workbook(self.path("season.xlsx"))
+        names = [race["Name"] for race in rows("races", self.league)]
+        self.assertEqual(list(season), ["Point Standings", "Finishes", "Points"] +
+                         [f"{number} {name}"[:31].strip() for number, name in enumerate(names, 1)])
+        for report, table in (("Point Standings", season["Point Standings"]),
+                              ("Wins", self.workbook(self.path("wins.XLSX"))["Wins"])):
+            told = rows("standings", self.league, "--report", report)["rows"]
+            self.assertEqual(table[0], list(told[0]))
+            self.assertEqual([row[:3] for row in table[1:]], [list(row.values())[:3] for row in told])
+        race = rows("results", self.league, 2)
+        with open(self.path("race.csv"), newline="", encoding="utf-8") as file:
+            written = list(csv.DictReader(file))
+        self.assertIn(odd, [row["Driver"] for row in written])
+        self.assertEqual([(r["Finish"], r["Driver"], r["Points"], r["Dropped"]) for r in written],
+                         [(str(r["Finish"]), r["Driver"], str(r["Points"]), "yes" if r["Dropped"] else "") for r in race])
+        for options, says in ((("--season", self.path("season.csv")), ".xlsx"),
+                              (("--season", self.path("none/season.xlsx")), "no such folder"),
+                              (("--report", "Wins", "-o", self.path("none/wins.csv")), "no such folder"),
+                              (("--race", 9, "-o", self.path("nine.xlsx")), "no race 9")):
+            self.refused("export", self.league, *options, says=says)
+        self.assertEqual([name for name in os.listdir(self.folder) if ".scorvane-" in name], [])
 
     def test_pages(self):
         self.create()

@@ -87,7 +87,10 @@ struct ExportOptions {
   std::optional<std::string> name;
   std::optional<std::string> caption;
 };
+// A report or a race into an HTML page or, by its extension, a spreadsheet.
 void Export(const CommonOptions& common, const ExportOptions& options);
+// The whole season into a spreadsheet.
+void ExportSeason(const CommonOptions& common, const std::string& path, const std::string& file);
 // Every report that has rows, every race, and an index page that links them, into a folder.
 void ExportAll(const CommonOptions& common, const std::string& path, const std::string& folder);
 

@@ -17,6 +17,7 @@
 #include "reports/Export.h"
 #include "reports/PageExport.h"
 #include "reports/Report.h"
+#include "sheets/SeasonSheets.h"
 
 namespace scorvane::cli {
 namespace {
@@ -121,10 +122,31 @@ int CountOldPages(const std::string& folder, const std::vector<Link>& links) {
   return old;
 }
 
+void ExportSpreadsheet(Context& context, const ExportOptions& options) {
+  if (options.heading || options.name || options.caption)
+    throw CommandError("--heading, --name and --caption belong to pages; a spreadsheet has none of them.");
+  engine::Database& league = context.League();
+  if (options.raceId) {
+    sheets::WriteRace(league, context.state, *options.raceId, options.output);
+  } else {
+    sheets::WriteReport(league, context.Template(), context.state,
+                        NeedReport(championship::ListReports(league, context.Template()), options.report),
+                        options.output);
+  }
+  fmt::print("Wrote {}.\n", options.output);
+}
+
 }  // namespace
+
+void ExportSeason(const CommonOptions& common, const std::string& path, const std::string& file) {
+  Context context(common, path, app::LeagueSession::Use::Looking);
+  sheets::WriteSeason(context.League(), context.Template(), context.state, context.ui, file);
+  fmt::print("Wrote {}.\n", file);
+}
 
 void Export(const CommonOptions& common, const ExportOptions& options) {
   Context context(common, options.path, app::LeagueSession::Use::Looking);
+  if (sheets::KindOf(options.output) != sheets::FileKind::None) return ExportSpreadsheet(context, options);
   engine::Database& league = context.League();
   reports::PageSubject subject;
   reports::PageTexts texts;
