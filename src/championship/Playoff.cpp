@@ -190,10 +190,14 @@ std::string PlayoffText(const PlayoffFormat& format) {
   return json.dump(2);
 }
 
+int LatestBegin(const PlayoffFormat& format) {
+  return kMostRacesBefore - (format.stages.back().after - format.stages.front().after);
+}
+
 void BeginAfter(PlayoffFormat& format, int races) {
-  const int length = format.stages.back().after - format.stages.front().after;
-  if (races < 1 || races > kMostRacesBefore - length)
-    throw RuleError(fmt::format("A playoff begins after 1 to {} races.", kMostRacesBefore - length));
+  const int latest = LatestBegin(format);
+  if (races < 1 || races > latest)
+    throw RuleError(fmt::format("A playoff begins after 1 to {} races.", latest));
   const int shift = races - format.stages.front().after;
   for (PlayoffStage& stage : format.stages) stage.after += shift;
 }

@@ -51,6 +51,8 @@ std::string PlayoffText(const PlayoffFormat& format);
 // Moves the first stage to behind so many races, and the others along with it. RuleError when they are none,
 // or too many.
 void BeginAfter(PlayoffFormat& format, int races);
+// The most races that there can be.
+int LatestBegin(const PlayoffFormat& format);
 
 // The formats that come with the program.
 struct PlayoffPreset {
