@@ -89,7 +89,7 @@ QWidget* frmEditDriver::BuildGroups(QWidget* parent) {
     fields.group->setAccessibleName(readers[i]);
     fields.group->lineEdit()->setAccessibleName(readers[i]);
     fields.group->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    fields.group->setMinimumContentsLength(18);
+    fields.group->setMinimumContentsLength(26);
     fields.from = new RaceChoice(QStringLiteral("cboFrom_%1").arg(i), fromReaders[i], page);
     fields.soFar = new QLabel(page);
     fields.soFar->setObjectName(QStringLiteral("lblSoFar_%1").arg(i));

@@ -91,7 +91,7 @@ frmPlayoff::frmPlayoff(FormContext& context, QWidget* parent) : QDialog(parent),
   connect(cboFormat_, &QComboBox::currentIndexChanged, this, &frmPlayoff::ShowEntry);
   connect(spnAfter_, &QSpinBox::valueChanged, this, &frmPlayoff::ShowFormat);
   Load();
-  resize(fontMetrics().averageCharWidth() * 125, fontMetrics().height() * 32);
+  resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 32);
   cboFormat_->setFocus();
 }
 
@@ -127,7 +127,7 @@ void frmPlayoff::BuildGrids() {
   fgStages_->SetColumns({{tr("Stage"), 1500, Qt::AlignLeft},
                          {tr("After Race"), 900, Qt::AlignHCenter},
                          {tr("Drivers"), 700, Qt::AlignHCenter},
-                         {tr("Who Goes On"), 3600, Qt::AlignLeft},
+                         {tr("Who Goes On"), 5200, Qt::AlignLeft},
                          {tr("Starts With"), 2000, Qt::AlignLeft}});
   fgStages_->horizontalHeader()->setStretchLastSection(true);
   fgStages_->setMinimumHeight(fgStages_->fontMetrics().height() * 8);

@@ -72,7 +72,7 @@ frmWhatIf::frmWhatIf(FormContext& context, QWidget* parent)
   setWindowTitle(tr("What If"));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   auto* halves = new QHBoxLayout;
-  halves->addWidget(BuildRules(), 2);
+  halves->addWidget(BuildRules(), 3);
   tabs_ = new QTabWidget(this);
   tabs_->setObjectName(QStringLiteral("ts"));
   tabs_->setAccessibleName(tr("What is shown"));
@@ -154,7 +154,7 @@ QWidget* frmWhatIf::BuildRules() {
     lstWithout_->Add(Q(driver.name), driver.id);
   lstWithout_->setMinimumHeight(lstWithout_->fontMetrics().height() * 6);
   add(tr("&Without:"), lstWithout_);
-  rules->setMaximumWidth(fontMetrics().averageCharWidth() * 46);
+  rules->setMaximumWidth(fontMetrics().averageCharWidth() * 56);
   return rules;
 }
 
