@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QMenu>
+#include <QMimeData>
 #include <QSpinBox>
 #include <QTabBar>
 #include <QTabWidget>
@@ -329,6 +331,13 @@ TEST_F(SeasonWindows, TheReportsOfTheChampionshipAreShownAndExported) {
   EXPECT_THAT(Column(view, "fgCalcs", 1), ElementsAre("A <b> & Co"));
   EXPECT_THAT(Column(view, "fgCalcs", 2), ElementsAre("1110"));
   EXPECT_FALSE(Button(view, 1).isEnabled());
+  // The rows that are selected, as they are shown: without hidden columns, with their places.
+  QTest::keyClick(&Find<SelectionGrid>(view, "fgCalcs"), Qt::Key_C, Qt::ControlModifier);
+  const QMimeData* copied = QApplication::clipboard()->mimeData();
+  EXPECT_EQ(Utf8(copied->text()),
+            "\tTeam\tPoints\tInterval\tWins\tTop 5\tTop 10\tStarts\tDrivers\n"
+            "1\tA <b> & Co\t1110\t--\t3\t6\t6\t6\t2\n");
+  EXPECT_THAT(Utf8(copied->html()), HasSubstr("<td>A &lt;b&gt; &amp; Co</td><td>1110</td>"));
   const std::string page = folder_.File("teams.htm");
   ui_.filesToSave = {page};
   OnModal([](QWidget& dialog) {
