@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleFactory>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTimer>
 #include <cstdio>
@@ -36,10 +37,14 @@
 #include "forms/frmPenalties.h"
 #include "forms/frmPenalty.h"
 #include "forms/frmPickDriver.h"
+#include "forms/frmPickDrivers.h"
+#include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
+#include "forms/frmTeams.h"
+#include "forms/frmWhatIf.h"
 #include "forms/widgets/QtUserInterface.h"
 #include "forms/widgets/Text.h"
 #include "history/History.h"
@@ -128,6 +133,24 @@ std::int64_t DoSomething(app::LeagueSession& session) {
   properties.droppedRaces = 5;
   app::StoreProperties(session, properties);
   app::Remove(session, {33});
+  return first;
+}
+
+// Teams, makes and a playoff; yields the first of the changes.
+std::int64_t MakeTeams(app::LeagueSession& session) {
+  using championship::GroupKind;
+  const auto join = [&](GroupKind kind, const char* name, const std::vector<std::int32_t>& drivers,
+                        std::optional<std::int32_t> from) {
+    const std::int32_t id = app::AddGroup(session, kind, name);
+    app::JoinGroup(session, kind, {id, name}, drivers, from);
+  };
+  join(GroupKind::Team, "Hendrick Motorsports", {2, 3, 9}, std::nullopt);
+  const std::int64_t first = history::List(session.League())[1].id;
+  join(GroupKind::Team, "Richard Childress Racing", {1, 9}, 12);
+  join(GroupKind::Team, "Roush Racing with a Name That Is Fifty Characters", {4, 5, 6}, std::nullopt);
+  join(GroupKind::Make, "Chevrolet", {1, 2, 3, 9}, std::nullopt);
+  join(GroupKind::Make, "Ford", {4, 5, 6}, std::nullopt);
+  app::SetPlayoff(session, championship::PresetPlayoff("2014"));
   return first;
 }
 
@@ -273,6 +296,49 @@ int main(int argc, char** argv) {
     photographer.Take(dialog, "race-penalties");
   }
   app::RemovePenalties(session, given);
+  {
+    forms::frmTeams dialog(context, &window);
+    photographer.Take(dialog, "teams-none");
+  }
+  {
+    forms::frmPlayoff dialog(context, &window);
+    photographer.Take(dialog, "playoff-none");
+  }
+  const std::int64_t before = MakeTeams(session);
+  {
+    forms::frmTeams dialog(context, &window);
+    photographer.Take(dialog, "teams");
+    dialog.findChild<QTabBar*>(QStringLiteral("ts"))->setCurrentIndex(1);
+    photographer.Take(dialog, "makes");
+    forms::frmPickDrivers picker(context, QStringLiteral("Join Hendrick Motorsports"),
+                                 {{1, QStringLiteral("Richard Childress Racing")}}, &dialog);
+    photographer.Take(picker, "pick-drivers");
+  }
+  {
+    forms::frmEditDriver dialog(context, &window);
+    dialog.DriverID(1);
+    dialog.Mode(forms::frmEditDriver::kEdit);
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    photographer.Take(dialog, "driver-team");
+  }
+  {
+    forms::frmPlayoff dialog(context, &window);
+    photographer.Take(dialog, "playoff");
+  }
+  {
+    forms::frmWhatIf dialog(context, &window);
+    dialog.findChild<QComboBox*>(QStringLiteral("cboPoints"))->setCurrentIndex(3);
+    photographer.Take(dialog, "what-if");
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    photographer.Take(dialog, "what-if-title");
+  }
+  {
+    forms::frmStats dialog(context, &window);
+    auto* reports = dialog.findChild<QComboBox*>();
+    reports->setCurrentIndex(reports->count() - 2);
+    photographer.Take(dialog, "standings-teams", {1000, 600});
+  }
+  app::UndoThrough(session, before);
   {
     forms::frmOfflineSettings dialog(context, &window);
     photographer.Take(dialog, "offline");

@@ -155,25 +155,79 @@ void RemovePenalties(LeagueSession& session, const std::vector<std::int32_t>& pe
   });
 }
 
-std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver) {
-  return AsChange(session, fmt::format("Add {}", common::TrimBlanks(driver.name)),
-                  [&] { return drivers::AddDriver(session.League(), driver); });
+namespace {
+
+// The tables that a change needs are made in its transaction, but before it is recorded: a schema is not
+// taken back.
+template <typename Ensure, typename Body>
+auto AsChangeWithTables(LeagueSession& session, const std::string& label, Ensure ensure, Body body) {
+  session.KeepBackup();
+  engine::UnitOfWork unit(session.League());
+  ensure(session.League());
+  if constexpr (std::is_void_v<decltype(body())>) {
+    AsChange(session, label, body);
+    unit.Commit();
+  } else {
+    auto result = AsChange(session, label, body);
+    unit.Commit();
+    return result;
+  }
 }
 
-void UpdateDriver(LeagueSession& session, const drivers::Driver& driver) {
+template <typename Body>
+auto AsDriverChange(LeagueSession& session, const std::string& label, const std::vector<GroupChoice>& choices,
+                    Body body) {
+  if (choices.empty()) return AsChange(session, label, body);
+  return AsChangeWithTables(session, label, championship::EnsureTeamTables, body);
+}
+
+void TakeChoices(engine::Database& league, std::int32_t driverId, const std::vector<GroupChoice>& choices) {
+  for (const GroupChoice& choice : choices) {
+    if (common::TrimBlanks(choice.group).empty()) {
+      championship::Leave(league, choice.kind, {driverId}, choice.fromRace);
+      continue;
+    }
+    const auto group = championship::FindGroup(league, choice.kind, choice.group);
+    championship::Join(league, choice.kind,
+                       group ? group->id : championship::AddGroup(league, choice.kind, choice.group),
+                       {driverId}, choice.fromRace);
+  }
+}
+
+}  // namespace
+
+std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver,
+                       const std::vector<GroupChoice>& choices) {
+  return AsDriverChange(session, fmt::format("Add {}", common::TrimBlanks(driver.name)), choices, [&] {
+    const std::int32_t id = drivers::AddDriver(session.League(), driver);
+    TakeChoices(session.League(), id, choices);
+    return id;
+  });
+}
+
+void UpdateDriver(LeagueSession& session, const drivers::Driver& driver,
+                  const std::vector<GroupChoice>& choices) {
   const std::string before = DriverName(session.League(), driver.id);
   const std::string after(common::TrimBlanks(driver.name));
-  AsChange(session,
-           before == after ? fmt::format("Edit {}", before) : fmt::format("Rename {} to {}", before, after),
-           [&] { drivers::UpdateDriver(session.League(), driver); });
+  AsDriverChange(
+      session,
+      before == after ? fmt::format("Edit {}", before) : fmt::format("Rename {} to {}", before, after),
+      choices, [&] {
+        drivers::UpdateDriver(session.League(), driver);
+        TakeChoices(session.League(), driver.id, choices);
+      });
 }
 
-void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into) {
+void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into,
+                  const std::vector<GroupChoice>& choices) {
   engine::Database& league = session.League();
-  AsChange(session, fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into)), [&] {
+  const std::string label =
+      fmt::format("Merge {} into {}", DriverName(league, from), DriverName(league, into));
+  AsDriverChange(session, label, choices, [&] {
     const std::vector<std::int32_t> races = scoring::PenalisedRacesOf(league, {from, into});
     championship::MergeMemberships(league, from, into);
     drivers::MergeDrivers(league, from, into);
+    TakeChoices(league, into, choices);
     ApplyPenalties(session, races);
   });
 }
@@ -250,27 +304,6 @@ std::vector<std::string> UndoThrough(LeagueSession& session, std::int64_t change
   if (!labels.empty()) ReadLeagueSettings(session.League(), session.State());
   return labels;
 }
-
-namespace {
-
-// The tables that a change needs are made in its transaction, but before it is recorded: a schema is not
-// taken back.
-template <typename Ensure, typename Body>
-auto AsChangeWithTables(LeagueSession& session, const std::string& label, Ensure ensure, Body body) {
-  session.KeepBackup();
-  engine::UnitOfWork unit(session.League());
-  ensure(session.League());
-  if constexpr (std::is_void_v<decltype(body())>) {
-    AsChange(session, label, body);
-    unit.Commit();
-  } else {
-    auto result = AsChange(session, label, body);
-    unit.Commit();
-    return result;
-  }
-}
-
-}  // namespace
 
 std::int32_t AddGroup(LeagueSession& session, championship::GroupKind kind, const std::string& name) {
   return AsChangeWithTables(

@@ -65,9 +65,20 @@ void RemovePenalties(LeagueSession& session, const std::vector<std::int32_t>& pe
 
 // ---- drivers
 
-std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver);
-void UpdateDriver(LeagueSession& session, const drivers::Driver& driver);
-void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into);
+// The team or make that a driver is to belong to, by its name: one that is new is added; empty: none.
+struct GroupChoice {
+  championship::GroupKind kind = championship::GroupKind::Team;
+  std::string group;
+  std::optional<std::int32_t> fromRace;  // as JoinGroup takes it
+};
+
+// The driver's choices are a part of the change; of two who are merged, they are those of the one who stays.
+std::int32_t AddDriver(LeagueSession& session, const drivers::Driver& driver,
+                       const std::vector<GroupChoice>& choices = {});
+void UpdateDriver(LeagueSession& session, const drivers::Driver& driver,
+                  const std::vector<GroupChoice>& choices = {});
+void MergeDrivers(LeagueSession& session, std::int32_t from, std::int32_t into,
+                  const std::vector<GroupChoice>& choices = {});
 void SetExclude(LeagueSession& session, const std::vector<std::int32_t>& ids, bool exclude);
 void RemoveDrivers(LeagueSession& session, const std::vector<std::int32_t>& ids);
 void RemoveExcludedResults(LeagueSession& session, common::UserInterface& ui);

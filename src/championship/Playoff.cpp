@@ -21,7 +21,6 @@ using common::RuleError;
 
 constexpr int kMostDepth = 8;
 constexpr std::size_t kMostName = 50;  // bytes
-constexpr int kMostRaces = 10000;
 constexpr int kMostPoints = 1000000;
 constexpr std::size_t kMostLate = 100;
 
@@ -97,7 +96,7 @@ PlayoffStage ParseStage(const Json& json, std::size_t number, const PlayoffStage
                        "wildCards", "wildCardsWithin", "points", "step", "winBonus", "bonusCounts"});
   PlayoffStage stage;
   stage.name = reader.Name("name", fmt::format("Stage {}", number));
-  stage.after = reader.Whole("after", 1, kMostRaces);
+  stage.after = reader.Whole("after", 1, kMostRacesBefore);
   stage.drivers = reader.Whole("drivers", 1, kMostStageDrivers);
   if (reader.Has("by")) {
     const Json& by = reader["by"];
@@ -191,6 +190,18 @@ std::string PlayoffText(const PlayoffFormat& format) {
   return json.dump(2);
 }
 
+int LatestBegin(const PlayoffFormat& format) {
+  return kMostRacesBefore - (format.stages.back().after - format.stages.front().after);
+}
+
+void BeginAfter(PlayoffFormat& format, int races) {
+  const int latest = LatestBegin(format);
+  if (races < 1 || races > latest)
+    throw RuleError(fmt::format("A playoff begins after 1 to {} races.", latest));
+  const int shift = races - format.stages.front().after;
+  for (PlayoffStage& stage : format.stages) stage.after += shift;
+}
+
 std::vector<PlayoffPreset> ListPlayoffPresets() {
   std::vector<PlayoffPreset> presets;
   for (const PresetFile& file : PlayoffPresetFiles())
@@ -206,11 +217,7 @@ PlayoffFormat PresetPlayoff(const std::string& name, std::optional<int> after) {
       continue;
     }
     PlayoffFormat format = ParsePlayoff(file.text);
-    if (!after) return format;
-    if (*after < 1 || *after > kMostRaces)
-      throw RuleError(fmt::format("A playoff begins after 1 to {} races.", kMostRaces));
-    const int shift = *after - format.stages.front().after;
-    for (PlayoffStage& stage : format.stages) stage.after += shift;
+    if (after) BeginAfter(format, *after);
     return format;
   }
   throw RuleError(fmt::format("There is no playoff '{}'. The presets are: {}.", name, names));

@@ -18,6 +18,7 @@ namespace scorvane::championship {
 inline constexpr std::size_t kMostPlayoffBytes = 65536;  // of a format's text
 inline constexpr std::size_t kMostStages = 20;
 inline constexpr int kMostStageDrivers = 1000;
+inline constexpr int kMostRacesBefore = 10000;  // a stage
 
 struct PlayoffStage {
   std::string name;
@@ -46,6 +47,12 @@ struct PlayoffFormat {
 PlayoffFormat ParsePlayoff(std::string_view json);
 // The same as text: parsed again it is the same format.
 std::string PlayoffText(const PlayoffFormat& format);
+
+// Moves the first stage to behind so many races, and the others along with it. RuleError when they are none,
+// or too many.
+void BeginAfter(PlayoffFormat& format, int races);
+// The most races that there can be.
+int LatestBegin(const PlayoffFormat& format);
 
 // The formats that come with the program.
 struct PlayoffPreset {

@@ -201,6 +201,31 @@ std::optional<ReportTable> RunReportAfter(engine::Database& league, engine::Data
   return PointTable(templateDb, season, reportId, state.droppedRaces, playoff ? &*playoff : nullptr);
 }
 
+ReportTable RunPlayoffOutlook(engine::Database& league, const common::ProcessState& state,
+                              const PlayoffFormat& playoff) {
+  const Season season = ReadSeasonAfter(league, playoff, std::nullopt);
+  const auto races = static_cast<int>(season.races.size());
+  PlayoffFormat asOfNow = playoff;
+  if (const bool ahead = races < playoff.stages.front().after; ahead) {
+    asOfNow.stages.resize(1);
+    asOfNow.stages.front().after = races;
+  }
+  ReportTable table;
+  table.columns = {{"Driver", 2200, 0, "", false, "DriverName"},
+                   CountColumn("Points", 750, "Points"),
+                   CountColumn("Wins", 600, "Wins"),
+                   CountColumn("In Playoff", 950, "PlayoffPoints"),
+                   {"Playoff", 1700, 0, "", false, kPlayoffField}};
+  if (races == 0) return table;
+  for (const Standing& standing : ComputeStandings(season, state.droppedRaces, &asOfNow)) {
+    const bool in = standing.tier != Standing::Out;
+    table.rows.push_back({Value(season.drivers[standing.driver].name), Sum(standing.totals.points),
+                          Value(standing.totals.Wins()), in ? Sum(standing.points) : Value(),
+                          Value(standing.stage)});
+  }
+  return table;
+}
+
 Season ReadSeasonAfter(engine::Database& league, const std::optional<PlayoffFormat>& playoff,
                        std::optional<std::int32_t> raceId) {
   Season season = ReadSeason(league, playoff ? playoff->late : std::vector<Season::LateRace>());

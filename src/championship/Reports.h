@@ -40,6 +40,11 @@ std::optional<reports::ReportTable> RunReportAfter(engine::Database& league, eng
                                                    const common::ProcessState& state, std::int32_t reportId,
                                                    std::int32_t raceId, reports::DroppedMarks& marks);
 
+// Who is in a playoff, or would be if it began now: of each driver his points and wins, the points that the
+// playoff gives him, and the stage. Throws EngineError.
+reports::ReportTable RunPlayoffOutlook(engine::Database& league, const common::ProcessState& state,
+                                       const PlayoffFormat& playoff);
+
 // The season in the playoff's order of races, as it was after a race where one is given. RuleError when the
 // league has no such race; throws EngineError.
 Season ReadSeasonAfter(engine::Database& league, const std::optional<PlayoffFormat>& playoff,

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include "common/Formats.h"
 #include "common/RuleError.h"
 #include "common/SqlText.h"
 #include "db/Tables.h"
+#include "engine/Collation.h"
 
 namespace scorvane::championship {
 namespace {
@@ -137,6 +139,29 @@ std::vector<Membership> ListMemberships(engine::Database& league, GroupKind kind
     memberships.push_back(membership);
   }
   return memberships;
+}
+
+std::vector<Member> ListMembers(engine::Database& league, GroupKind kind) {
+  std::vector<Member> members;
+  const std::vector<Membership> memberships = ListMemberships(league, kind);
+  if (memberships.empty()) return members;
+  std::map<std::int32_t, std::string> names;
+  for (auto rows = league.OpenRecordset("SELECT DriverID, Name FROM Driver"); !rows.AtEnd(); rows.MoveNext())
+    names[rows.At(0).ToLong()] = rows.At(1).ToText();
+  for (std::size_t i = 0; i < memberships.size(); ++i) {
+    const Membership& membership = memberships[i];
+    if (!membership.groupId) continue;
+    Member member{
+        *membership.groupId, membership.driverId, names[membership.driverId], membership.fromRace, {}};
+    const bool last = i + 1 == memberships.size() || memberships[i + 1].driverId != membership.driverId;
+    if (!last) member.until = memberships[i + 1].fromRace;
+    members.push_back(std::move(member));
+  }
+  std::sort(members.begin(), members.end(), [](const Member& a, const Member& b) {
+    if (const int order = engine::CompareTexts(a.driver, b.driver); order != 0) return order < 0;
+    return std::tie(a.driverId, a.from) < std::tie(b.driverId, b.from);
+  });
+  return members;
 }
 
 std::int32_t AddGroup(engine::Database& league, GroupKind kind, const std::string& name) {

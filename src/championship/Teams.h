@@ -42,6 +42,17 @@ std::optional<Group> FindGroup(engine::Database& league, GroupKind kind, const s
 // By driver, then by race.
 std::vector<Membership> ListMemberships(engine::Database& league, GroupKind kind);
 
+// A driver's time in a group.
+struct Member {
+  std::int32_t groupId = 0;
+  std::int32_t driverId = 0;
+  std::string driver;
+  std::int32_t from = 0;              // the race's key; 0: from the start
+  std::optional<std::int32_t> until;  // the race with which something else begins; none: until now
+};
+// By the driver's name, then by race.
+std::vector<Member> ListMembers(engine::Database& league, GroupKind kind);
+
 // The changes below need the tables. They throw common::RuleError with a sentence for the user where what was
 // asked cannot be, and EngineError; nothing is changed then.
 

@@ -13,6 +13,10 @@
 #include "app/Commands.h"
 #include "common/Paths.h"
 #include "forms/frmHistory.h"
+#include "forms/frmPenalties.h"
+#include "forms/frmPlayoff.h"
+#include "forms/frmTeams.h"
+#include "forms/frmWhatIf.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "history/History.h"
@@ -33,6 +37,12 @@ QString EntryText(const QString& verb, const std::optional<engine::LoggedChange>
 
 }  // namespace
 
+template <typename Form>
+void SeasonMenu::ShowForm() {
+  Guarded(context_.ui, [&] { Form(context_, window_).exec(); });
+  AfterCommand();
+}
+
 SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, Host host)
     : QObject(window), context_(context), window_(window), host_(std::move(host)) {
   int index = 0;
@@ -50,7 +60,13 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   menu->addSeparator();
   ++index;
   backUp_ = add(tr("&Back Up..."), {}, &SeasonMenu::BackUp);
-  add(tr("Res&tore..."), {}, &SeasonMenu::Restore);
+  add(tr("R&estore..."), {}, &SeasonMenu::Restore);
+  menu->addSeparator();
+  index = 10;
+  penalties_ = add(tr("&Penalties..."), {}, &SeasonMenu::ShowForm<frmPenalties>);
+  teams_ = add(tr("&Teams..."), {}, &SeasonMenu::ShowForm<frmTeams>);
+  playoff_ = add(tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
+  whatIf_ = add(tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
 
@@ -92,6 +108,10 @@ void SeasonMenu::UpdateItems() {
   redo_->setEnabled(redo.has_value());
   history_->setEnabled(open);
   backUp_->setEnabled(open);
+  bool races = false;
+  if (open) Guarded(context_.ui, [&] { races = app::CountRaces(context_.session.League()) > 0; });
+  for (QAction* item : {teams_, playoff_}) item->setEnabled(open);
+  for (QAction* item : {penalties_, whatIf_}) item->setEnabled(races);
 }
 
 void SeasonMenu::LeagueChanged() {

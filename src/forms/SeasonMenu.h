@@ -1,5 +1,6 @@
-// The entries of the Season menu that go back and forth in what was done to the open league and keep copies
-// of it, and the line at the foot of the main window that says what was done last.
+// The entries of the Season menu: what goes back and forth in what was done to the open league, what keeps
+// copies of it, and the windows of the season; and the line at the foot of the main window that says what was
+// done last.
 #pragma once
 
 #include <QAction>
@@ -40,6 +41,9 @@ class SeasonMenu : public QObject {
   void Say(const QString& text);
   void Step(Direction direction);
   void ShowHistory();
+  // Any other window of the season, and what it changed.
+  template <typename Form>
+  void ShowForm();
   void BackUp();
   void Restore();
   // Asks for the backup and for the league whose place it takes; empty paths when the user thinks better of
@@ -57,6 +61,10 @@ class SeasonMenu : public QObject {
   QAction* redo_;
   QAction* history_;
   QAction* backUp_;
+  QAction* penalties_;
+  QAction* teams_;
+  QAction* playoff_;
+  QAction* whatIf_;
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing
   std::int64_t nextRedo_ = 0;

@@ -1,14 +1,21 @@
-// The driver editor: adds a driver or changes one, and offers to merge two of one name.
+// The driver editor: adds a driver or changes one, with his team and make, and offers to merge two of one
+// name.
 #pragma once
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
+#include <QLabel>
 #include <QPushButton>
+#include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "app/Commands.h"
 #include "drivers/Roster.h"
 #include "forms/FormContext.h"
+#include "forms/RaceChoice.h"
 #include "forms/widgets/EntryBox.h"
 
 namespace scorvane::forms {
@@ -37,6 +44,17 @@ class frmEditDriver : public QDialog {
   void reject() override;
 
  private:
+  struct GroupFields {
+    QComboBox* group = nullptr;
+    RaceChoice* from = nullptr;
+    QLabel* soFar = nullptr;
+    QString before;     // where he is now
+    bool never = true;  // he has been in none
+  };
+
+  QWidget* BuildGroups(QWidget* parent);
+  void LoadGroups();
+  std::vector<app::GroupChoice> Choices() const;
   drivers::Driver Typed() const;
   bool SaveNewDriver();
   bool SaveDriver();
@@ -47,6 +65,7 @@ class frmEditDriver : public QDialog {
   EntryBox* txtHandicap_;
   QCheckBox* chkRookie_;
   QCheckBox* chkExcluded_;
+  std::array<GroupFields, 2> groups_;  // the team, the make
   QPushButton* save_;
   EditMode mode_ = kAdd;
   std::int32_t driverId_ = 0;

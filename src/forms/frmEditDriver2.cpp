@@ -103,6 +103,7 @@ ResultEntry frmEditDriver2::Entry() const {
 void frmEditDriver2::PickDriver() {
   Guarded(context_.ui, [&] {
     frmPickDriver picker(context_, this);
+    picker.Choose(txtInfo_[ResultEntry::kName]->text());
     picker.exec();
     if (!picker.Cancelled()) txtInfo_[ResultEntry::kName]->setText(Q(picker.DriverName()).trimmed());
   });

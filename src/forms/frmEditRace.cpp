@@ -219,6 +219,15 @@ void frmEditRace::GivePenalty() {
   });
 }
 
+// Nobody drives twice in a race, unless the administrator says so.
+bool frmEditRace::AgreesToAdd(const std::string& driver) {
+  if (!scoring::HasResult(context_.session.League(), race_, driver)) return true;
+  const common::Message question{
+      "\"" + driver + "\" has a result in this race already.\r\nDo you want to add another one?",
+      "Driver Exists", common::MessageIcon::Question};
+  return context_.ui.Ask(question, common::Buttons::YesNo) == common::Answer::Yes;
+}
+
 void frmEditRace::AddResult() {
   frmEditDriver2 dialog(context_, this);
   dialog.setWindowTitle(tr("Add Driver Race Result"));
@@ -227,8 +236,13 @@ void frmEditRace::AddResult() {
   dialog.Entry(entry);
   std::int32_t added = 0;
   dialog.OnSave([&](const scoring::ResultEntry& typed) {
+    bool agreed = false;
     return Guarded(context_.ui,
-                   [&] { added = app::AddResult(context_.session, race_, typed, header_.length); });
+                   [&] {
+                     agreed = AgreesToAdd(typed.fields[scoring::ResultEntry::kName]);
+                     if (agreed) added = app::AddResult(context_.session, race_, typed, header_.length);
+                   }) &&
+           agreed;
   });
   dialog.exec();
   if (dialog.Cancelled()) return;

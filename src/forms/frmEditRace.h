@@ -24,6 +24,7 @@ class frmEditRace : public QDialog {
   void ShowAgain();
   SelectionGrid::Row RowOf(const scoring::RaceResult& result) const;
   void SelectionChanged();
+  bool AgreesToAdd(const std::string& driver);
   void AddResult();
   void EditResult(int row);
   void RemoveResults();

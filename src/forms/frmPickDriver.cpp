@@ -34,6 +34,17 @@ frmPickDriver::frmPickDriver(FormContext& context, QWidget* parent) : QDialog(pa
   connect(buttons.at(0), &QPushButton::clicked, this, &QDialog::reject);
 }
 
+void frmPickDriver::Choose(const QString& name) {
+  const QString wanted = name.trimmed();
+  if (wanted.isEmpty() || !lstDrivers_->isEnabled()) return;
+  for (int row = 0; row < lstDrivers_->count(); ++row) {
+    if (lstDrivers_->item(row)->text().trimmed().compare(wanted, Qt::CaseInsensitive) != 0) continue;
+    lstDrivers_->setCurrentRow(row);
+    lstDrivers_->scrollToItem(lstDrivers_->item(row), QAbstractItemView::PositionAtCenter);
+    return;
+  }
+}
+
 std::string frmPickDriver::DriverName() const {
   const QListWidgetItem* item = lstDrivers_->currentItem();
   return item == nullptr ? std::string() : Utf8(item->text());

@@ -13,6 +13,8 @@ class frmPickDriver : public QDialog {
  public:
   explicit frmPickDriver(FormContext& context, QWidget* parent = nullptr);
 
+  // Begins at the driver of this name, letter case and blanks around it aside, where there is one.
+  void Choose(const QString& name);
   bool Cancelled() const { return cancelled_; }
   // The chosen name, when it was not cancelled.
   std::string DriverName() const;

@@ -6,13 +6,16 @@
 #include <QCloseEvent>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QScrollArea>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "app/Commands.h"
 #include "app/RaceList.h"
 #include "engine/Value.h"
+#include "forms/Undoing.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -46,6 +49,7 @@ frmPointSystem::frmPointSystem(FormContext& context, QWidget* parent)
   const auto buttons = AddButtons(layout, this, {{1, tr("Save")}, {0, tr("Cancel")}});
   save_ = buttons.at(1);
   save_->setEnabled(false);
+  static_cast<QHBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, BuildPresets());
   connect(save_, &QPushButton::clicked, this, [this] {
     if (!Save()) return;
     accept();
@@ -161,6 +165,38 @@ QWidget* frmPointSystem::BuildBonuses() {
     MarkDirty();
   });
   return frame;
+}
+
+// The point systems that leagues use, to fill grid and bonuses with.
+QPushButton* frmPointSystem::BuildPresets() {
+  auto* button = new QPushButton(tr("&Presets"), this);
+  button->setObjectName(QStringLiteral("cmdPresets"));
+  button->setToolTip(tr("Fill in a point system that is known, with its bonus points"));
+  button->setAutoDefault(false);
+  auto* menu = new QMenu(button);
+  menu->setToolTipsVisible(true);
+  for (const championship::PointPreset& preset : championship::ListPointPresets()) {
+    QAction* item = menu->addAction(tr("%1 (%2 to win, %3 positions)")
+                                        .arg(Q(preset.name))
+                                        .arg(preset.points.front())
+                                        .arg(preset.points.size()));
+    item->setToolTip(ToolTipText(Q(preset.source)));
+    connect(item, &QAction::triggered, this, [this, preset] { TakePreset(preset); });
+  }
+  button->setMenu(menu);
+  return button;
+}
+
+// Nothing is stored before Save. Prize money stays.
+void frmPointSystem::TakePreset(const championship::PointPreset& preset) {
+  Guarded(context_.ui, [&] {
+    if (Whole(kTotal) != static_cast<int>(edit_.positions.size())) LeaveBox(kTotal);
+    scoring::PointSystemEdit filled = edit_;
+    championship::ApplyPreset(preset, filled);
+    edit_ = std::move(filled);
+    Load();
+    MarkDirty();
+  });
 }
 
 void frmPointSystem::Load() {

@@ -4,10 +4,12 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QGroupBox>
+#include <QPushButton>
 #include <QRadioButton>
 #include <array>
 #include <vector>
 
+#include "championship/PointPresets.h"
 #include "forms/FormContext.h"
 #include "forms/widgets/EntryBox.h"
 #include "forms/widgets/SelectionGrid.h"
@@ -28,6 +30,8 @@ class frmPointSystem : public QDialog {
 
   QWidget* BuildPositions();
   QWidget* BuildBonuses();
+  QPushButton* BuildPresets();
+  void TakePreset(const championship::PointPreset& preset);
   void Load();
   void ShowPositions();
   void SelectionChanged();

@@ -27,7 +27,6 @@
 #include "forms/frmLGXProperties.h"
 #include "forms/frmOfflineSettings.h"
 #include "forms/frmOptions.h"
-#include "forms/frmPenalties.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
@@ -187,8 +186,6 @@ void frmRaces::BuildSeasonMenu() {
       context_, this, mnuSeason_,
       {[this] { ShowLeagueAgain(); }, [this](const std::string& path) { OpenLeagueFile(path); },
        [this] { CloseLeagueFile(); }});
-  mnuSeason_->addSeparator();
-  AddItem(mnuSeason_, "mnuSeason", 10, tr("&Penalties..."), {}, &frmRaces::Penalties, Needs::Races);
 }
 
 void frmRaces::BuildHelpMenu() {
@@ -490,10 +487,6 @@ void frmRaces::PointSystem() {
     frmPointSystem(context_, this).exec();
     app::ReadLeagueSettings(context_.session.League(), context_.state);
   });
-}
-
-void frmRaces::Penalties() {
-  Guarded(context_.ui, [&] { frmPenalties(context_, this).exec(); });
 }
 
 void frmRaces::OfflineSettings() {

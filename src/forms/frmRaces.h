@@ -73,7 +73,6 @@ class frmRaces : public QMainWindow {
   void DriverList();
   void PointSystem();
   void OfflineSettings();
-  void Penalties();
   void ViewReadMe();
   void About();
 

@@ -1,36 +1,29 @@
 #include "forms/frmStats.h"
 
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <optional>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "championship/Reports.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "forms/ReportGrid.h"
 #include "forms/SavePage.h"
 #include "forms/frmEditColumns.h"
 #include "forms/frmExport.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "forms/widgets/Twips.h"
-#include "reports/DroppedRaces.h"
 
 namespace scorvane::forms {
 namespace {
 
 constexpr int kHtmlButton = 0;
 constexpr int kColumnsButton = 1;
-constexpr int kPositionTwips = 300;
-constexpr int kGeneralAlignment = 9;
-
-Qt::Alignment AlignmentOf(int code) {
-  if (code >= 3 && code <= 5) return Qt::AlignHCenter;
-  return code >= 6 && code <= 8 ? Qt::AlignRight : Qt::AlignLeft;
-}
-
 }  // namespace
 
 frmStats::frmStats(FormContext& context, QWidget* parent)
@@ -72,12 +65,7 @@ frmStats::frmStats(FormContext& context, QWidget* parent)
   caption_->setWordWrap(true);
   layout->addWidget(caption_, 2, 0);
   fgCalcs_->setAccessibleName(tr("Report"));
-  // The position stands beside the rows: it stays in sight while the columns scroll.
-  QHeaderView* positions = fgCalcs_->verticalHeader();
-  positions->setDefaultAlignment(Qt::AlignCenter);
-  positions->setMinimumWidth(TwipsToPixels(kPositionTwips, this));
-  positions->setHighlightSections(false);
-  positions->show();
+  ShowPlaces(*fgCalcs_);
   layout->addWidget(fgCalcs_, 3, 0);
   layout->setRowStretch(3, 1);
   layout->setColumnStretch(0, 1);
@@ -97,12 +85,13 @@ frmStats::frmStats(FormContext& context, QWidget* parent)
 void frmStats::Load() {
   Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    caption_->setText(Q(reports::StandingsCaption(
-        reports::MarkDroppedRaces(context_.session.League(), context_.state.droppedRaces))));
+    marks_ = reports::MarkDroppedRaces(context_.session.League(), context_.state.droppedRaces);
+    caption_->setText(Q(reports::StandingsCaption(*marks_)));
   });
   Guarded(context_.ui, [&] {
     const QSignalBlocker quiet(cboStat_);
-    for (const reports::ReportInfo& report : reports::ListReports(context_.templateDb))
+    for (const reports::ReportInfo& report :
+         championship::ListReports(context_.session.League(), context_.templateDb))
       cboStat_->addItem(Q(report.name), report.id);
     if (cboStat_->count() == 0) throw engine::EngineError(engine::kNoCurrentRecord);
   });
@@ -119,41 +108,14 @@ void frmStats::RunReport() {
   // A report that fails leaves no other report's rows under its name.
   const bool shown = Guarded(context_.ui, [&] {
     const WaitCursor wait;
-    const auto table = reports::RunReport(context_.session.League(), context_.templateDb, ReportID());
-    if (table) ShowReport(*table);
+    engine::Database& league = context_.session.League();
+    if (marks_) caption_->setText(Q(championship::ReportCaption(league, ReportID(), *marks_)));
+    const auto table = championship::RunReport(league, context_.templateDb, context_.state, ReportID());
+    if (table) ShowReport(*fgCalcs_, *table, context_.state.decimalSeparator);
   });
+  // What is worked out for teams and makes has no columns in the template.
+  buttons_[kColumnsButton]->setEnabled(ReportID() > 0);
   if (!shown) fgCalcs_->SetColumns({});
-}
-
-void frmStats::ShowReport(const reports::ReportTable& table) {
-  const char decimal = context_.state.decimalSeparator;
-  // The grid's own first column is the position, too; it is not shown a second time.
-  const auto isNumber = [decimal](const QString& text) {
-    double number = 0;
-    return engine::ParseNumber(Utf8(text), decimal, number);
-  };
-  std::vector<SelectionGrid::Column> columns = {{{}, 0, Qt::AlignHCenter}};
-  for (const reports::ReportColumn& column : table.columns) {
-    columns.push_back({Q(column.name), column.hidden ? 0 : column.width, AlignmentOf(column.alignment)});
-    if (column.alignment == kGeneralAlignment) columns.back().standsRight = isNumber;
-  }
-  std::vector<SelectionGrid::Row> rows;
-  rows.reserve(table.rows.size());
-  for (const std::vector<engine::Value>& values : table.rows) {
-    QStringList& cells = rows.emplace_back().cells;
-    cells << QString::number(rows.size());
-    for (std::size_t i = 0; i < values.size(); ++i)
-      cells << Q(reports::CellText(table.columns[i], values[i], decimal));
-  }
-
-  const QSignalBlocker quiet(fgCalcs_);
-  fgCalcs_->setUpdatesEnabled(false);
-  fgCalcs_->SetColumns(std::move(columns));
-  fgCalcs_->SetRows(std::move(rows));
-  for (int column = 0; column < fgCalcs_->ColumnCount(); ++column) fgCalcs_->FitColumn(column);
-  fgCalcs_->setUpdatesEnabled(true);
-  fgCalcs_->scrollToTop();
-  if (fgCalcs_->RowCount() > 0) fgCalcs_->SelectRows(0, 0);
 }
 
 void frmStats::EditReportColumns() {
@@ -168,7 +130,13 @@ void frmStats::ExportStandingsHtml() {
   Guarded(context_.ui, [&] {
     engine::Database& league = context_.session.League();
     common::SaveSettingValue(league, common::kCaption, Utf8(caption_->text().chopped(1)));
-    const reports::PageSubject subject{reports::PageSubject::kReport, ReportID()};
+    reports::PageSubject subject{reports::PageSubject::kReport, ReportID()};
+    std::optional<reports::ReportTable> table;
+    if (championship::IsComputed(league, context_.templateDb, subject.id)) {
+      table = championship::RunReport(league, context_.templateDb, context_.state, subject.id);
+      if (table) table = championship::ForPage(std::move(*table));
+      if (table) subject.table = &*table;
+    }
     const std::string reportName = Utf8(cboStat_->currentText());
     frmExport dialog(context_, subject, this);
     dialog.setWindowTitle(tr("Export to HTML"));

@@ -7,11 +7,11 @@
 #include <QPushButton>
 #include <array>
 #include <cstdint>
-#include <vector>
+#include <optional>
 
 #include "forms/FormContext.h"
 #include "forms/widgets/SelectionGrid.h"
-#include "reports/Report.h"
+#include "reports/DroppedRaces.h"
 
 namespace scorvane::forms {
 
@@ -24,7 +24,6 @@ class frmStats : public QDialog {
  private:
   void Load();
   void RunReport();
-  void ShowReport(const reports::ReportTable& table);
   void EditReportColumns();
   void ExportStandingsHtml();
   std::int32_t ReportID() const;
@@ -34,6 +33,7 @@ class frmStats : public QDialog {
   QLabel* caption_;
   SelectionGrid* fgCalcs_;
   std::array<QPushButton*, 2> buttons_{};
+  std::optional<reports::DroppedMarks> marks_;  // none where marking them failed
 };
 
 }  // namespace scorvane::forms

@@ -7,6 +7,7 @@
 
 #include "common/Formats.h"
 #include "common/SqlText.h"
+#include "engine/Collation.h"
 #include "engine/EngineError.h"
 #include "engine/Format.h"
 #include "scoring/DriverIdentity.h"
@@ -120,6 +121,14 @@ std::vector<RaceResult> SelectResults(engine::Database& league, bool staged, con
 std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race) {
   return SelectResults(league, race.staged,
                        fmt::format("{}={}", race.staged ? "STNRaceID" : "RaceID", race.id));
+}
+
+bool HasResult(engine::Database& league, RaceKey race, const std::string& driver) {
+  const std::string_view wanted = common::TrimBlanks(driver);
+  const auto results = ReadRaceResults(league, race);
+  return std::any_of(results.begin(), results.end(), [&](const RaceResult& result) {
+    return engine::CompareTexts(common::TrimBlanks(result.driver), wanted) == 0;
+  });
 }
 
 RaceResult ReadRaceResult(engine::Database& league, RaceKey race, std::int32_t resultId) {

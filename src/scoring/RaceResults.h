@@ -74,6 +74,8 @@ RaceHeader ReadRaceHeader(engine::Database& league, const common::ProcessState& 
 
 // In finishing order. Throws EngineError.
 std::vector<RaceResult> ReadRaceResults(engine::Database& league, RaceKey race);
+// Whether a driver of this name, letter case and blanks around it aside, has a result in the race.
+bool HasResult(engine::Database& league, RaceKey race, const std::string& driver);
 // One of them. Throws EngineError 3021 when there is no such result.
 RaceResult ReadRaceResult(engine::Database& league, RaceKey race, std::int32_t resultId);
 

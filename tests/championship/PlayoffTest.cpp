@@ -75,6 +75,9 @@ TEST(Playoff, APresetIsReadWrittenAndMoved) {
   EXPECT_EQ(moved.stages[0].after, 20);
   EXPECT_EQ(moved.stages[3].after, 29);
   EXPECT_THROW(PresetPlayoff("1998"), common::RuleError);
+  // What is beyond the last race that a stage may have could be stored, but not read again.
+  EXPECT_EQ(FaultOf(PlayoffText(PresetPlayoff("2014", 9991))), "");
+  EXPECT_THROW(PresetPlayoff("2014", 9992), common::RuleError);
 }
 
 class StoredPlayoff : public test::LeagueFixture {};

@@ -299,10 +299,20 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   EXPECT_EQ(test::Rows(league, "SELECT Finish FROM Stats ORDER BY Finish"),
             (std::vector<std::string>{"1", "2", "4", "5"}));
 
-  OnModal([](QWidget& dialog) {
+  OnModal([this](QWidget& dialog) {
     Type(dialog, "txtInfo_0", "3");
     Type(dialog, "txtInfo_1", "9");
     EXPECT_FALSE(Button(dialog, 1).isEnabled());
+    // Who has a result already gets another one only when that is meant; the list begins at his name.
+    Type(dialog, "txtInfo_2", "driver 2 ");
+    ui_.answers = {common::Answer::No};
+    Click(dialog, 1);
+    EXPECT_EQ(ui_.messages.back().title, "Driver Exists");
+    OnModal([](QWidget& picker) {
+      EXPECT_EQ(Find<QListWidget>(picker, "lstDrivers").currentItem()->text(), QStringLiteral("Driver 2"));
+      Click(picker, 0);
+    });
+    QTest::mouseClick(&Find<QPushButton>(dialog, "cmdPickDriver"), Qt::LeftButton);
     Type(dialog, "txtInfo_2", "J.R. New");  // one full stop is all that a typed name takes
     Type(dialog, "txtInfo_5", "12.5");
     Type(dialog, "txtInfo_8", "30.0.0");

@@ -7,6 +7,7 @@
 #include <QDialogButtonBox>
 #include <QMenuBar>
 #include <QTabBar>
+#include <QTabWidget>
 #include <functional>
 #include <map>
 #include <memory>
@@ -26,9 +27,13 @@
 #include "forms/frmPenalties.h"
 #include "forms/frmPenalty.h"
 #include "forms/frmPickDriver.h"
+#include "forms/frmPickDrivers.h"
+#include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
 #include "forms/frmRaces.h"
 #include "forms/frmStats.h"
+#include "forms/frmTeams.h"
+#include "forms/frmWhatIf.h"
 
 namespace scorvane::forms {
 namespace {
@@ -38,6 +43,8 @@ class EveryWindow : public FormFixture {
   void SetUp() override {
     OpenLeague(common::kNascarRacing3);
     ImportSeason();
+    const std::int32_t team = app::AddGroup(session_, championship::GroupKind::Team, std::string(50, 'W'));
+    app::JoinGroup(session_, championship::GroupKind::Team, {team, "W"}, {1, 2}, 5);
   }
 
   // Shows one window after the other.
@@ -64,8 +71,21 @@ class EveryWindow : public FormFixture {
     driver.DriverID(1);
     driver.Mode(frmEditDriver::kEdit);
     show(driver);
+    Find<QTabWidget>(driver, "ts").setCurrentIndex(1);
+    show(driver);
     frmPickDriver pick(context_, nullptr);
     show(pick);
+    frmPickDrivers pickSeveral(context_, QStringLiteral("Join"), {}, nullptr);
+    show(pickSeveral);
+    frmTeams teams(context_, nullptr);
+    show(teams);
+    frmPlayoff playoff(context_, nullptr);
+    Find<QComboBox>(playoff, "cboFormat").setCurrentIndex(4);
+    show(playoff);
+    frmWhatIf whatIf(context_, nullptr);
+    show(whatIf);
+    Find<QTabWidget>(whatIf, "ts").setCurrentIndex(1);
+    show(whatIf);
     frmHistory history(context_, {}, nullptr);
     show(history);
     frmPointSystem points(context_, nullptr);

@@ -21,6 +21,19 @@ EntryBox::Filter EntryBox::Digits() {
   };
 }
 
+// Where nothing was typed that could be taken back, the keys are the dialog's.
+bool EntryBox::event(QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if ((key->matches(QKeySequence::Undo) && !isUndoAvailable()) ||
+        (key->matches(QKeySequence::Redo) && !isRedoAvailable())) {
+      event->ignore();
+      return false;
+    }
+  }
+  return QLineEdit::event(event);
+}
+
 void EntryBox::keyPressEvent(QKeyEvent* event) {
   const QString typed = event->text();
   const bool printable = !typed.isEmpty() && typed.at(0).isPrint() &&

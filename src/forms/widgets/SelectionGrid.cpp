@@ -2,14 +2,17 @@
 
 #include <QAbstractTableModel>
 #include <QApplication>
+#include <QClipboard>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QSet>
 #include <QStyle>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
+#include <utility>
 
 #include "forms/widgets/Twips.h"
 
@@ -315,6 +318,33 @@ void SelectionGrid::SelectData(const std::vector<int>& wanted, int otherwise) {
   scrollTo(currentIndex());
 }
 
+void SelectionGrid::CopySelected() const {
+  if (FirstSelected() < 0) return;
+  QString lines;
+  QString table = QStringLiteral("<table>\n");
+  const bool places = !verticalHeader()->isHidden();
+  // A heading, or a row's cells.
+  const auto add = [&](const QString& place, const QString& tag, const auto& text) {
+    QStringList cells;
+    if (places) cells << place;
+    for (int column = 0; column < ColumnCount(); ++column)
+      if (!isColumnHidden(column)) cells << text(column).simplified();
+    lines += cells.join(QLatin1Char('\t')) + QLatin1Char('\n');
+    table += QStringLiteral("<tr>");
+    for (const QString& cell : std::as_const(cells))
+      table += QStringLiteral("<%1>%2</%1>").arg(tag, cell.toHtmlEscaped());
+    table += QStringLiteral("</tr>\n");
+  };
+  add(QString(), QStringLiteral("th"), [this](int column) { return Header(column); });
+  for (int row = FirstSelected(); row <= LastSelected(); ++row)
+    add(QString::number(row + 1), QStringLiteral("td"),
+        [this, row](int column) { return Cell(row, column); });
+  auto* copied = new QMimeData;
+  copied->setText(lines);
+  copied->setHtml(table + QStringLiteral("</table>\n"));
+  QApplication::clipboard()->setMimeData(copied);
+}
+
 // What does not fit its cell is shown in full when the mouse rests on it. Worked out then, not for every
 // cell.
 bool SelectionGrid::viewportEvent(QEvent* event) {
@@ -354,6 +384,10 @@ void SelectionGrid::keyPressEvent(QKeyEvent* event) {
       if (event->modifiers() != Qt::ControlModifier) break;
       SelectRows(0, RowCount() - 1);
       emit SelectionChanged();
+      return;
+    case Qt::Key_C:
+      if (!event->modifiers().testFlag(Qt::ControlModifier)) break;
+      CopySelected();
       return;
     case Qt::Key_Insert:
       emit InsertPressed();

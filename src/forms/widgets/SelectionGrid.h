@@ -67,6 +67,11 @@ class SelectionGrid : public QTableView {
   std::vector<int> SelectedData() const;
   void SelectData(const std::vector<int>& wanted, int otherwise);
 
+  // Puts the selected rows with their headings, as they are shown, into the clipboard: as lines of cells
+  // between tabs, and as an HTML table. So do Ctrl+Shift+C and, where a window has no other use for it,
+  // Ctrl+C.
+  void CopySelected() const;
+
  signals:
   void SelectionChanged();
   void InsertPressed();

@@ -2,13 +2,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <utility>
 
 #include "app/Commands.h"
 #include "championship/Playoff.h"
+#include "championship/RuleFiles.h"
 #include "championship/Teams.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
@@ -54,28 +52,20 @@ void CheckFrom(engine::Database& league, const std::optional<std::int32_t>& from
 
 void ListMembers(Context& context, const CommonOptions& common, GroupKind kind) {
   engine::Database& league = context.League();
-  std::map<std::int32_t, std::string> names;
-  for (const drivers::Driver& driver : drivers::ListDrivers(league)) names[driver.id] = driver.name;
-  const auto memberships = championship::ListMemberships(league, kind);
+  const auto members = championship::ListMembers(league, kind);
   OutputTable table;
   table.columns = {{kind == GroupKind::Team ? "Team" : "Make"}, {"Driver"}, {"From", true}, {"Until", true}};
   for (const Group& group : championship::ListGroups(league, kind)) {
-    // By name; the drivers' keys, in whose order they come, say nothing to the user.
-    std::map<std::pair<std::string, std::int32_t>, engine::Value> spells;
-    for (std::size_t i = 0; i < memberships.size(); ++i) {
-      if (memberships[i].groupId != group.id) continue;
-      // A spell ends where the driver's next one begins.
-      const bool last = i + 1 == memberships.size() || memberships[i + 1].driverId != memberships[i].driverId;
-      spells[{names[memberships[i].driverId], memberships[i].fromRace}] =
-          last ? engine::Value() : engine::Value(memberships[i + 1].fromRace);
+    bool empty = true;
+    for (const championship::Member& member : members) {
+      if (member.groupId != group.id) continue;
+      empty = false;
+      table.rows.push_back({engine::Value(group.name), engine::Value(member.driver),
+                            member.from == 0 ? engine::Value() : engine::Value(member.from),
+                            member.until ? engine::Value(*member.until) : engine::Value()});
     }
-    if (spells.empty())
+    if (empty)
       table.rows.push_back({engine::Value(group.name), engine::Value(), engine::Value(), engine::Value()});
-    for (const auto& [spell, until] : spells) {
-      const auto& [driver, from] = spell;
-      table.rows.push_back({engine::Value(group.name), engine::Value(driver),
-                            from == 0 ? engine::Value() : engine::Value(from), until});
-    }
   }
   Print(table, common.format, common.decimal);
 }
@@ -140,27 +130,13 @@ void EditGroups(const CommonOptions& common, const GroupOptions& options) {
   }
 }
 
-namespace {
-
-std::string ReadSmallFile(const std::string& path) {
-  std::ifstream file(common::SystemPath(path), std::ios::binary);
-  std::string text(championship::kMostPlayoffBytes + 1, '\0');
-  if (std::error_code error; std::filesystem::is_directory(common::SystemPath(path), error) || !file)
-    throw CommandError(fmt::format("'{}' cannot be read.", path));
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(file.gcount()));
-  return text;
-}
-
-}  // namespace
-
 // A preset has the name before a file of that name.
 championship::PlayoffFormat NeedPlayoff(const std::string& name) {
   const auto presets = championship::ListPlayoffPresets();
   const bool known = std::any_of(presets.begin(), presets.end(),
                                  [&](const auto& preset) { return engine::SameName(preset.name, name); });
   if (known || !common::FileExists(name)) return championship::PresetPlayoff(name);
-  return championship::ParsePlayoff(ReadSmallFile(name));
+  return championship::ReadPlayoffFile(name);
 }
 
 namespace {
@@ -189,7 +165,7 @@ void EditPlayoff(const CommonOptions& common, const PlayoffOptions& options) {
   if (options.action == "clear" && !options.name.empty()) throw CommandError("playoff clear takes no name.");
   if (options.after && options.action != "preset") throw CommandError("--after goes with playoff preset.");
   std::optional<championship::PlayoffFormat> format;
-  if (options.action == "set") format = championship::ParsePlayoff(ReadSmallFile(options.name));
+  if (options.action == "set") format = championship::ReadPlayoffFile(options.name);
   if (options.action == "preset") format = championship::PresetPlayoff(options.name, options.after);
   Context context(common, options.path);
   if (!format) {

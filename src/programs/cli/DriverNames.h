@@ -8,21 +8,16 @@
 #include "championship/Playoff.h"
 #include "drivers/Roster.h"
 #include "engine/Database.h"
-#include "scoring/PointSystemEdit.h"
 
 namespace scorvane::cli {
 
 // Throws CommandError, with the names that come near, when the league has no such driver.
 drivers::Driver NeedDriver(engine::Database& league, const std::string& name);
 
-// Position,Points,PrizeMoney: a line a position, from 1 on without gaps; a heading may stand above. Throws
-// CommandError.
-std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path);
-
 // The number that is all of a text, blanks aside; throws CommandError about `what`.
 std::int32_t WholeNumber(const std::string& text, const std::string& what);
 
-// The playoff of a preset or, where none has the name, of a file. Throws CommandError and common::RuleError.
+// The playoff of a preset or, where none has the name, of a file. Throws common::RuleError.
 championship::PlayoffFormat NeedPlayoff(const std::string& name);
 
 }  // namespace scorvane::cli

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
 #include "app/Commands.h"
 #include "championship/PointPresets.h"
+#include "championship/RuleFiles.h"
 #include "common/Formats.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
@@ -192,35 +192,6 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path) {
 
 // ---- points
 
-std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw CommandError(fmt::format("'{}' cannot be read.", path));
-  std::vector<scoring::PositionPoints> positions;
-  std::string line;
-  for (int number = 1; std::getline(file, line); ++number) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (common::TrimBlanks(line).empty()) continue;
-    std::vector<std::string> cells;
-    std::stringstream stream(line);
-    // Where numbers have a decimal comma, spreadsheets write semicolons.
-    const char separator = line.find(';') == std::string::npos ? ',' : ';';
-    for (std::string cell; std::getline(stream, cell, separator);) cells.push_back(cell);
-    if (number == 1 && cells[0].find_first_not_of("0123456789 ") != std::string::npos) continue;
-    const std::string where = fmt::format("{}:{}: ", path, number);
-    if (cells.size() < 2 || cells.size() > 3)
-      throw CommandError(where + "a line has a position, its points and, behind these, prize money.");
-    if (WholeNumber(cells[0], where + "The position") != static_cast<std::int32_t>(positions.size()) + 1)
-      throw CommandError(where + fmt::format("position {} is expected here.", positions.size() + 1));
-    scoring::PositionPoints position;
-    position.points = WholeNumber(cells[1], where + "The points");
-    if (cells.size() == 3 && !common::TrimBlanks(cells[2]).empty())
-      position.prizeMoney = WholeNumber(cells[2], where + "The prize money");
-    positions.push_back(position);
-  }
-  if (positions.empty()) throw CommandError(fmt::format("'{}' holds no positions.", path));
-  return positions;
-}
-
 namespace {
 
 // A preset brings its bonus points along.
@@ -249,7 +220,7 @@ void Points(const CommonOptions& common, const PointOptions& options) {
   engine::Database& league = context.League();
   if (!options.file.empty() || !options.preset.empty() || options.use) {
     scoring::PointSystemEdit edit = scoring::ReadPointSystem(league);
-    if (!options.file.empty()) edit.positions = ReadPointFile(options.file);
+    if (!options.file.empty()) edit.positions = championship::ReadPointFile(options.file);
     if (!options.preset.empty())
       championship::ApplyPreset(championship::NeedPointPreset(options.preset), edit);
     edit.usePositions = options.use.value_or(edit.usePositions);

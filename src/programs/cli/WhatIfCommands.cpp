@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 
+#include "championship/RuleFiles.h"
 #include "championship/Title.h"
 #include "championship/WhatIf.h"
 #include "common/Paths.h"
@@ -60,7 +61,7 @@ void TakePart(Context& context, const std::string& part, championship::WhatIf& w
       whatIf.preset = championship::NeedPointPreset(value);
     } else {
       whatIf.points.emplace();
-      for (const scoring::PositionPoints& position : ReadPointFile(value))
+      for (const scoring::PositionPoints& position : championship::ReadPointFile(value))
         whatIf.points->push_back(position.points.value_or(0));
     }
   } else if (engine::SameName(key, "drop")) {
