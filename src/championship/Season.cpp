@@ -97,31 +97,32 @@ Season ReadSeason(engine::Database& league, std::vector<Season::LateRace> late) 
     season.drivers.push_back(
         {rows.At(0).ToLong(), rows.At(1).ToText(), !rows.At(2).IsNull() && rows.At(2).ToBoolean(), {}});
   }
-  for (auto rows = league.OpenRecordset("SELECT StatsID, RaceID, DriverID, Start, Finish, LapsRun, LapsLed, "
-                                        "Points, Bonus, PrizeMoney, Status "
-                                        "FROM Stats",
-                                        engine::RecordsetType::ForwardOnly);
-       !rows.AtEnd(); rows.MoveNext()) {
+  // Row by row: those of a long season would take far more room than what is kept of them.
+  const auto read = [&](const engine::RowView& row) {
     // What belongs to no race or to nobody counts in no table.
-    if (rows.At(1).IsNull() || rows.At(2).IsNull()) continue;
-    const auto race = races.find(rows.At(1).ToLong());
-    const auto driver = drivers.find(rows.At(2).ToLong());
-    if (race == races.end() || driver == drivers.end()) continue;
+    if (row.At(1).IsNull() || row.At(2).IsNull()) return;
+    const auto race = races.find(row.At(1).ToLong());
+    const auto driver = drivers.find(row.At(2).ToLong());
+    if (race == races.end() || driver == drivers.end()) return;
     SeasonResult result;
-    result.id = rows.At(0).ToLong();
+    result.id = row.At(0).ToLong();
     result.race = race->second;
-    result.start = WholeOrZero(rows.At(3));
-    result.finish = WholeOrZero(rows.At(4));
-    result.lapsRun = WholeOrZero(rows.At(5));
-    result.lapsLed = WholeOrZero(rows.At(6));
-    result.points = WholeOrZero(rows.At(7));
-    result.bonus = WholeOrZero(rows.At(8));
-    if (!rows.At(9).IsNull()) result.prizeMoney = rows.At(9).ToLong();
-    const engine::Value& status = rows.At(10);
+    result.start = WholeOrZero(row.At(3));
+    result.finish = WholeOrZero(row.At(4));
+    result.lapsRun = WholeOrZero(row.At(5));
+    result.lapsLed = WholeOrZero(row.At(6));
+    result.points = WholeOrZero(row.At(7));
+    result.bonus = WholeOrZero(row.At(8));
+    if (!row.At(9).IsNull()) result.prizeMoney = row.At(9).ToLong();
+    const engine::Value& status = row.At(10);
     result.dnf = !status.IsNull() && !engine::SameName(status.Text(), "Running");
     result.disqualified = result.dnf && engine::SameName(status.Text(), "Disqualified");
     season.drivers[driver->second].results.push_back(result);
-  }
+  };
+  league.EachRow(
+      "SELECT StatsID, RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Points, Bonus, PrizeMoney, Status "
+      "FROM Stats",
+      [](const engine::RowView&) {}, read);
   ReadPointsOff(league, season, races, drivers);
   season.SortResults();
   return season;

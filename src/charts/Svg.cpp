@@ -1,20 +1,16 @@
 #include "charts/Svg.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
-#include <iterator>
 
 namespace scorvane::charts {
 namespace {
 
 constexpr std::size_t kStyles = 10;
 // Told apart without colour: a dash pattern each.
-constexpr std::array<const char*, kStyles> kDashes = {"",     "8 4", "2 3",          "10 3 2 3", "5 2",
-                                                      "14 4", "3 5", "10 3 2 3 2 3", "1 2",      "6 6"};
+constexpr std::array<std::string_view, kStyles> kDashes = {"",     "8 4", "2 3",          "10 3 2 3", "5 2",
+                                                           "14 4", "3 5", "10 3 2 3 2 3", "1 2",      "6 6"};
 
 // What a page may hold: markup escaped, and no character that is none there.
 std::string Escaped(std::string_view text) {
@@ -49,19 +45,29 @@ std::string Escaped(std::string_view text) {
   return escaped;
 }
 
-template <typename... Args>
-void Append(std::string& text, fmt::format_string<Args...> format, Args&&... args) {
-  fmt::format_to(std::back_inserter(text), format, std::forward<Args>(args)...);
+// Pieces of text, and numbers to a tenth: nobody sees less. A season's site has thousands of bars.
+void Append(std::string& svg, std::string_view text) {
+  svg += text;
 }
 
-// To a tenth: nobody sees less.
-std::string Number(double number) {
-  const long tenths = std::lround(number * 10);
-  if (tenths % 10 == 0) return std::to_string(tenths / 10);
-  return fmt::format("{}{}.{}", tenths < 0 ? "-" : "", std::abs(tenths) / 10, std::abs(tenths) % 10);
+void Append(std::string& svg, double number) {
+  std::array<char, 24> digits{};
+  const long long tenths = std::llround(number * 10);
+  if (tenths < 0) svg += '-';
+  const long long whole = tenths < 0 ? -tenths : tenths;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), whole / 10).ptr;
+  svg.append(digits.data(), end);
+  if (whole % 10 == 0) return;
+  svg += '.';
+  svg += static_cast<char>('0' + whole % 10);
 }
 
-const char* AnchorName(Anchor anchor) {
+template <typename... Parts>
+void Put(std::string& svg, const Parts&... parts) {
+  (Append(svg, parts), ...);
+}
+
+std::string_view AnchorName(Anchor anchor) {
   switch (anchor) {
     case Anchor::Start:
       return "start";
@@ -72,43 +78,47 @@ const char* AnchorName(Anchor anchor) {
   }
 }
 
-std::string Dash(std::size_t series) {
-  const std::string dash = kDashes[series % kStyles];
-  return dash.empty() ? dash : fmt::format(" stroke-dasharray=\"{}\"", dash);
+void PutDash(std::string& svg, std::size_t series) {
+  const std::string_view dash = kDashes[series % kStyles];
+  if (!dash.empty()) Put(svg, " stroke-dasharray=\"", dash, "\"");
+}
+
+void PutLine(std::string& svg, std::size_t series) {
+  Put(svg, "<path class=\"line s", static_cast<double>(series % kStyles), "\"");
+  PutDash(svg, series);
+  Put(svg, " d=\"");
 }
 
 }  // namespace
 
 std::string WriteSvg(const Chart& chart, std::string_view id) {
   std::string svg;
-  Append(svg,
-         "<svg class=\"chart\" viewBox=\"0 0 {} {}\" role=\"img\" aria-labelledby=\"{}-title {}-text\">"
-         "<title id=\"{}-title\">{}</title><desc id=\"{}-text\">{}</desc>\n",
-         Number(chart.width), Number(chart.height), id, id, id, Escaped(chart.title), id,
-         Escaped(chart.description));
+  Put(svg, "<svg class=\"chart\" viewBox=\"0 0 ", chart.width, " ", chart.height,
+      "\" role=\"img\" aria-labelledby=\"", id, "-title ", id, "-text\"><title id=\"", id, "-title\">",
+      Escaped(chart.title), "</title><desc id=\"", id, "-text\">", Escaped(chart.description), "</desc>\n");
   svg += "<g class=\"grid\">";
   for (const Rule& rule : chart.rules)
-    Append(svg, "<path{} d=\"M{} {}L{} {}\"/>", rule.axis ? " class=\"axis\"" : "", Number(rule.from.x),
-           Number(rule.from.y), Number(rule.to.x), Number(rule.to.y));
+    Put(svg, rule.axis ? "<path class=\"axis\" d=\"M" : "<path d=\"M", rule.from.x, " ", rule.from.y, "L",
+        rule.to.x, " ", rule.to.y, "\"/>");
   svg += "</g>\n";
   for (const Bar& bar : chart.bars)
-    Append(svg, "<rect class=\"{}\" x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\"><title>{}</title></rect>\n",
-           bar.stressed ? "bar good" : "bar", Number(bar.at.x), Number(bar.at.y), Number(bar.width),
-           Number(bar.height), Escaped(Describe(chart, bar.value)));
+    Put(svg, bar.stressed ? "<rect class=\"bar good\" x=\"" : "<rect class=\"bar\" x=\"", bar.at.x, "\" y=\"",
+        bar.at.y, "\" width=\"", bar.width, "\" height=\"", bar.height, "\"><title>",
+        Escaped(Describe(chart, bar.value)), "</title></rect>\n");
   for (const Curve& curve : chart.curves) {
-    Append(svg, "<path class=\"line s{}\"{} d=\"", curve.series % kStyles, Dash(curve.series));
+    PutLine(svg, curve.series);
     for (std::size_t i = 0; i < curve.points.size(); ++i)
-      Append(svg, "{}{} {}", i == 0 ? "M" : "L", Number(curve.points[i].x), Number(curve.points[i].y));
+      Put(svg, i == 0 ? "M" : "L", curve.points[i].x, " ", curve.points[i].y);
     // A line of one point is a dot.
     svg += curve.points.size() == 1 ? "h0\"/>\n" : "\"/>\n";
   }
   for (const Label& label : chart.labels) {
     if (label.series) {
-      Append(svg, "<path class=\"line s{}\"{} d=\"M{} {}h20\"/>", *label.series % kStyles,
-             Dash(*label.series), Number(label.at.x - 24), Number(label.at.y - 4));
+      PutLine(svg, *label.series);
+      Put(svg, "M", label.at.x - 24, " ", label.at.y - 4, "h20\"/>\n");
     }
-    Append(svg, "<text x=\"{}\" y=\"{}\" text-anchor=\"{}\">{}</text>\n", Number(label.at.x),
-           Number(label.at.y), AnchorName(label.anchor), Escaped(label.text));
+    Put(svg, "<text x=\"", label.at.x, "\" y=\"", label.at.y, "\" text-anchor=\"", AnchorName(label.anchor),
+        "\">", Escaped(label.text), "</text>\n");
   }
   svg += "</svg>";
   return svg;

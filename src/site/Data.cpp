@@ -42,10 +42,9 @@ Json ValueJson(const Value& value) {
     case Value::Type::Long:
       return value.ToLong();
     case Value::Type::Single:
-    case Value::Type::Double: {
-      Json number = Json::parse(value.ToText(), nullptr, false);
-      return number.is_number() ? number : Json();
-    }
+      return Json::parse(value.ToText(), nullptr, false);
+    case Value::Type::Double:
+      return value.ToDouble();
     default:
       return value.ToText();
   }
@@ -107,13 +106,15 @@ Json RaceFacts(const SiteModel& model, std::size_t index) {
 }
 
 Json ReportJson(const SiteReport& report) {
+  // A hidden column is not to be seen.
   Json columns = Json::array();
   for (const reports::ReportColumn& column : report.columns)
-    columns.push_back({{"name", column.name}, {"hidden", column.hidden}});
+    if (!column.hidden) columns.push_back(column.name);
   Json rows = Json::array();
   for (std::size_t r = 0; r < std::min(report.rows.size(), kReportRows); ++r) {
     Json row = Json::array();
-    for (const Value& value : report.rows[r]) row.push_back(ValueJson(value));
+    for (std::size_t c = 0; c < report.columns.size(); ++c)
+      if (!report.columns[c].hidden) row.push_back(ValueJson(report.rows[r][c]));
     rows.push_back(std::move(row));
   }
   return {{"name", report.name},         {"page", PagePath(Pages::ReportStem(report), 0)},

@@ -107,6 +107,8 @@ void ReadResults(engine::Database& league, SiteModel& model) {
     if (fresh) model.texts.push_back(status);
     return place->second;
   };
+  model.results.reserve(
+      static_cast<std::size_t>(league.OpenRecordset("SELECT Count(*) AS Results FROM Stats").At(0).ToLong()));
   league.EachRow(
       "SELECT StatsID, RaceID, DriverID, Start, Finish, LapsRun, LapsLed, Points, Bonus, PrizeMoney, "
       "Qualifying, "

@@ -114,7 +114,11 @@ void Pages::Pager(View& page, const std::string& stem, std::size_t current, std:
     return;
   }
   View list = ViewList();
+  constexpr std::size_t kNear = 4;
   for (std::size_t i = 0; i < pages; ++i) {
+    // Of very long lists the first, the last and what lies near.
+    const bool near = i + kNear >= current && i <= current + kNear;
+    if (!near && i != 0 && i + 1 != pages) continue;
     View entry;
     entry["pagernumber"] = std::to_string(i + 1);
     entry["pagerpath"] = Up(PagePath(stem, i));

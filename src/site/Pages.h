@@ -20,7 +20,7 @@ namespace scorvane::site {
 
 // Long tables go over several pages.
 inline constexpr std::size_t kReportRows = 1000;
-inline constexpr std::size_t kKeptRows = 20000;  // of a report; a longer one is run again for its pages
+inline constexpr std::size_t kKeptRows = 5000;  // of a report; a longer one is run again for its pages
 inline constexpr std::size_t kMatrixRaces = 40;
 inline constexpr std::size_t kListedRaces = 500;
 inline constexpr std::size_t kListedDrivers = 1000;

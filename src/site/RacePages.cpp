@@ -103,7 +103,6 @@ std::string Pages::Race(std::size_t index) {
   Neighbours(page, before != nullptr ? RaceName(*before) : "", before != nullptr ? RacePath(*before) : "",
              after != nullptr ? RaceName(*after) : "", after != nullptr ? RacePath(*after) : "");
   page["racenumber"] = std::to_string(index + 1);
-  page["racecount"] = std::to_string(model_.races.size());
   page["winner"] = winner == nullptr ? View(false) : DriverLink(winner->driver);
 
   View facts = ViewList();
