@@ -89,8 +89,8 @@ std::vector<double> Ticks(double low, double high, int most) {
     }
   }
   std::vector<double> ticks;
-  for (double tick = std::ceil(low / step) * step; tick <= high + step / 1000; tick += step)
-    ticks.push_back(tick);
+  const double first = std::ceil(low / step) * step;
+  for (int i = 0; i < most && first + i * step <= high + step / 1000; ++i) ticks.push_back(first + i * step);
   return ticks;
 }
 
@@ -125,15 +125,16 @@ Chart LineChart(const LineInput& input) {
     std::optional<Point> last;
     bool open = false;
     for (std::size_t i = 0; i < series.values.size() && i < places.size(); ++i) {
-      if (!series.values[i]) {
+      const std::optional<double>& value = series.values[i];
+      if (!value) {
         open = false;
         continue;
       }
-      const Point at{places[i], up.At(*series.values[i])};
+      const Point at{places[i], up.At(*value)};
       if (!open) chart.curves.push_back({s, {}});
       open = true;
       chart.curves.back().points.push_back(at);
-      chart.marks.push_back({at, {s, i, *series.values[i]}});
+      chart.marks.push_back({at, {s, i, *value}});
       last = at;
     }
     if (last)
@@ -149,8 +150,8 @@ Chart LineChart(const LineInput& input) {
   for (std::size_t i = 0; i < input.entries.size(); ++i) {
     std::vector<std::string> row = {fmt::format("{}. {}", input.entryNumbers[i], input.entries[i])};
     for (const Series& series : input.series) {
-      const bool there = i < series.values.size() && series.values[i];
-      row.push_back(there ? NumberText(*series.values[i]) : "");
+      const std::optional<double> value = i < series.values.size() ? series.values[i] : std::nullopt;
+      row.push_back(value ? NumberText(*value) : "");
     }
     chart.numbers.rows.push_back(std::move(row));
   }
@@ -181,14 +182,12 @@ Chart PlaceChart(const PlaceInput& input) {
     const double left = kLeft + 6 + slot * static_cast<double>(i);
     places[i] = left + width / 2;
     const std::string entry = fmt::format("{}. {}", input.entryNumbers[i], input.entries[i]);
-    chart.numbers.rows.push_back({entry, input.places[i] ? std::to_string(*input.places[i]) : "--"});
-    if (!input.places[i]) continue;
-    const double top = up.At(*input.places[i]);
-    chart.bars.push_back({{left, top},
-                          width,
-                          bottom - top,
-                          *input.places[i] == 1,
-                          {0, i, static_cast<double>(*input.places[i])}});
+    const std::optional<int> place = input.places[i];
+    chart.numbers.rows.push_back({entry, place ? std::to_string(*place) : "--"});
+    if (!place) continue;
+    const double top = up.At(*place);
+    chart.bars.push_back(
+        {{left, top}, width, bottom - top, *place == 1, {0, i, static_cast<double>(*place)}});
   }
   NumberEntries(chart, input.entryNumbers, places, kPlaceHeight - 10);
   return chart;

@@ -33,7 +33,7 @@ std::string Pages::DriverList(std::size_t number) {
 
 View Pages::DriverResult(const SiteResult& result) const {
   const SiteRace& race = model_.races[result.race];
-  View row = RaceResult(race, result);
+  View row = ResultView(result);
   row["racenumber"] = std::to_string(result.race + 1);
   row["racename"] = RaceName(race);
   row["racepath"] = fmt::format("{}#driver-{}", Up(RacePath(race)), model_.drivers[result.driver].id);

@@ -402,7 +402,7 @@ std::string Pages::Report(const SiteReport& report, std::size_t page,
       const auto known = driver ? driverByName_.find(rows[r][c].Text()) : driverByName_.end();
       if (known != driverByName_.end()) cell["celllink"] = Up(DriverPath(model_.drivers[known->second]));
       if (column.alignment != reports::kCentred) cell["cellleft"] = true;
-      cell["celltext"] = std::move(text);
+      cell["celltext"] = text;
       cell["istext"] = true;
       Append(cells, std::move(cell));
     }
@@ -435,7 +435,7 @@ void Pages::ShowPointsChart(View& page) {
     charts::Series series{model_.drivers[driver].name, {}};
     for (const SiteMoment& moment : model_.moments) {
       series.values.emplace_back();
-      if (moment.points[driver]) series.values.back() = static_cast<double>(*moment.points[driver]);
+      if (const auto& points = moment.points[driver]) series.values.back() = static_cast<double>(*points);
     }
     input.series.push_back(std::move(series));
   }

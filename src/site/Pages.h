@@ -93,7 +93,7 @@ class Pages {
   View DriverLink(std::uint32_t driver) const;
   View TotalsView(const SiteDriver& driver) const;
   View RaceRow(std::size_t race) const;
-  View RaceResult(const SiteRace& race, const SiteResult& result) const;
+  View ResultView(const SiteResult& result) const;
   View DriverResult(const SiteResult& result) const;
   void ShowPlayoff(View& page) const;
   void ShowLastRace(View& page) const;

@@ -66,8 +66,9 @@ std::string Pages::RaceList(std::size_t number) {
   return theme_.Render("races", page);
 }
 
-View Pages::RaceResult(const SiteRace& race, const SiteResult& result) const {
-  View row = DriverLink(result.driver);
+// What the pages of races and drivers both show.
+View Pages::ResultView(const SiteResult& result) const {
+  View row;
   row["finish"] = Text(result.finish);
   row["start"] = result.start && *result.start > 0 ? Text(result.start) : std::string("--");
   const auto gained = result.Gained();
@@ -78,9 +79,7 @@ View Pages::RaceResult(const SiteRace& race, const SiteResult& result) const {
   row["led"] = Text(result.lapsLed);
   row["resultpoints"] = Text(result.points);
   row["resultbonus"] = Text(result.bonus);
-  if (result.prizeMoney) row["prize"] = Text(result.prizeMoney);
   if (!result.avgSpeed.empty()) row["speed"] = common::LocalizeDecimal(result.avgSpeed, model_.decimal);
-  row["qualifying"] = Qualifying(result, race);
   row["status"] = model_.Status(result);
   if (!model_.IsRunning(result)) row["out"] = true;
   if (result.finish == 1) row["won"] = true;
@@ -146,7 +145,11 @@ std::string Pages::Race(std::size_t index) {
   for (std::uint32_t i = race.first; i < race.end; ++i) {
     const SiteResult& result = model_.results[i];
     const SiteDriver& driver = model_.drivers[result.driver];
-    View row = RaceResult(race, result);
+    View row = ResultView(result);
+    row["drivername"] = driver.name;
+    row["driverpath"] = Up(DriverPath(driver));
+    row["qualifying"] = Qualifying(result, race);
+    if (result.prizeMoney) row["prize"] = Text(result.prizeMoney);
     // A driver may have two results in a race: the first one is where links lead.
     const bool first = seen.insert(result.driver).second;
     row["anchor"] = first ? fmt::format("driver-{}", driver.id) : fmt::format("result-{}", result.id);

@@ -13,6 +13,7 @@
 #include "platform/Platform.h"
 #include "programs/cli/Commands.h"
 #include "programs/cli/Context.h"
+#include "site/Folder.h"
 #include "site/Publish.h"
 #include "site/SiteSettings.h"
 #include "site/Theme.h"
@@ -104,8 +105,9 @@ void Site(const CommonOptions& common, const SiteOptions& options) {
     if (settings.folder.empty())
       throw CommandError("site takes a FOLDER the first time; the league remembers it.");
     if (settings == before) return PublishFrom(context, settings);
-    // A theme that is none is not remembered.
+    // A theme that is none, or a folder that cannot be written into, is not remembered.
     const site::Theme theme(settings.theme, site::ThemesFolder());
+    const site::SiteFolder folder(settings.folder, "");
   }
   Context context(common, options.path);
   // Of a league that may not be written to the site is written all the same.
