@@ -8,7 +8,8 @@ packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev 
   libkainjow-mustache-dev libxlsxwriter-dev libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev
   fonts-dejavu-core procps python3)
 [ "${1:-}" = "--package" ] && packages+=(debhelper lintian dpkg-dev fakeroot)
-[ "${1:-}" = "--checks" ] && packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
+[ "${1:-}" = "--checks" ] && packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev ccache
+  chromium default-jre-headless nodejs npm)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "common/Csv.h"
 #include "reports/PageLook.h"
 #include "site/Names.h"
 #include "site/Records.h"
@@ -176,16 +177,10 @@ std::string Time(std::int64_t seconds) {
   return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
 }
 
-std::string CsvCell(const std::string& text) {
+std::string SafeCell(const std::string& text) {
   // A cell that begins so would be worked out by a spreadsheet.
   const bool formula = !text.empty() && std::string_view("=+@\t").find(text[0]) != std::string_view::npos;
-  if (!formula && text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string cell = formula ? "\"'" : "\"";
-  for (const char c : text) {
-    cell += c;
-    if (c == '"') cell += c;
-  }
-  return cell + '"';
+  return common::CsvCell(formula ? "'" + text : text);
 }
 
 }  // namespace
@@ -264,7 +259,7 @@ std::string RaceData(const SiteModel& model, std::size_t index) {
 std::string StandingsCsv(const SiteReport& report) {
   std::string csv = "Pos";
   for (const reports::ReportColumn& column : report.columns)
-    if (!column.hidden) csv += "," + CsvCell(column.name);
+    if (!column.hidden) csv += "," + SafeCell(column.name);
   csv += "\r\n";
   for (std::size_t r = 0; r < report.rows.size(); ++r) {
     csv += std::to_string(r + 1);
@@ -272,7 +267,7 @@ std::string StandingsCsv(const SiteReport& report) {
       if (report.columns[c].hidden) continue;
       const Value& value = report.rows[r][c];
       // Numbers below zero are no formulas.
-      csv += "," + (value.IsText() ? CsvCell(value.ToText()) : value.ToText());
+      csv += "," + (value.IsText() ? SafeCell(value.ToText()) : value.ToText());
     }
     csv += "\r\n";
   }
