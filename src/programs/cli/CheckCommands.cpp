@@ -25,7 +25,7 @@ void Convert(const CommonOptions& common, const std::string& from, const std::st
     opened.Session().TellReplacedRules();
   } catch (...) {
     std::error_code error;
-    std::filesystem::remove(to, error);
+    std::filesystem::remove(common::SystemPath(to), error);
     throw;
   }
   fmt::print("Converted {} to {}.\n", from, to);

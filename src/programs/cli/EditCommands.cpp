@@ -10,6 +10,7 @@
 #include "app/Commands.h"
 #include "championship/PointPresets.h"
 #include "common/Formats.h"
+#include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
 #include "programs/cli/Commands.h"
@@ -193,7 +194,7 @@ void RemoveExcluded(const CommonOptions& common, const std::string& path) {
 // ---- points
 
 std::vector<scoring::PositionPoints> ReadPointFile(const std::string& path) {
-  std::ifstream file(path);
+  std::ifstream file(common::SystemPath(path), std::ios::binary);
   if (!file) throw CommandError(fmt::format("'{}' cannot be read.", path));
   std::vector<scoring::PositionPoints> positions;
   std::string line;
