@@ -38,7 +38,8 @@ void FillFromProgramsTemplate(const fs::path& folder) {
   if (!fs::exists(installed, error)) installed = SystemPath(ProgramFolder()) / kTemplateName;
   if (!fs::is_directory(folder, error)) return;
   const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(ThisProcess()));
-  if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
+  fs::remove(copy, error);
+  if (!fs::copy_file(installed, copy, error)) return;
   fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
   try {
     ReplaceFile(PathText(copy), PathText(target));

@@ -157,6 +157,7 @@ TEST_F(Platform, FindsTheApplicationFolder) {
   std::ofstream(data / "Kirrelon.dat") << "edited";
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_EQ(Read(data / "Kirrelon.dat"), "edited");
+  fs::permissions(installed / "template" / "Kirrelon.dat", fs::perms::owner_all);
   fs::remove(installed / "template" / "Kirrelon.dat");
   if (madeShare) fs::remove_all(installed / "template");
   Set(kUserData, "");
