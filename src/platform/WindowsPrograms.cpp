@@ -274,6 +274,11 @@ long Read(HANDLE pipe, HANDLE event, char* buffer, DWORD room, std::chrono::mill
 }  // namespace
 
 std::vector<std::string> StartConsoleProgram(int, char**) {
+  // A program with windows has no console of its own, but may have been called from one.
+  if (::GetStdHandle(STD_OUTPUT_HANDLE) == nullptr && ::AttachConsole(ATTACH_PARENT_PROCESS) != 0) {
+    std::freopen("CONOUT$", "w", stdout);
+    std::freopen("CONOUT$", "w", stderr);
+  }
   for (std::FILE* stream : {stdin, stdout, stderr}) ::_setmode(::_fileno(stream), _O_BINARY);
   if (IsConsole(STD_OUTPUT_HANDLE) || IsConsole(STD_ERROR_HANDLE)) {
     formerCodePage = ::GetConsoleOutputCP();
