@@ -1,5 +1,5 @@
 ; The installer: for the user who runs it, without an administrator's rights. /S runs it silently, /D=FOLDER says where to.
-Unicode true
+Target amd64-unicode  ; as the programs are
 SetCompressor /SOLID lzma
 !include "MUI2.nsh"
 
