@@ -65,7 +65,7 @@ void ReadLeagueSettings(engine::Database& league, common::ProcessState& state) {
 bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
   // A folder is there, but no league: opening says so.
   std::error_code error;
-  if (!common::FileExists(path) && !std::filesystem::is_directory(path, error)) {
+  if (!common::FileExists(path) && !std::filesystem::is_directory(common::SystemPath(path), error)) {
     ui_.ShowMessage(
         {"\"" + path + "\" does not exist!", "Open File Error", common::MessageIcon::Exclamation});
     return false;

@@ -23,12 +23,12 @@ constexpr std::string_view kSeparators = "\\/";
 // nothing for this program, and neither does one whose disk cannot even have such a name.
 bool IsThere(const std::string& path) {
   std::error_code error;
-  const fs::file_status status = fs::status(path, error);
+  const fs::file_status status = fs::status(common::SystemPath(path), error);
   if (!error) return true;
   if (status.type() == fs::file_type::not_found || error == std::errc::permission_denied ||
       error == std::errc::invalid_argument || error == std::errc::filename_too_long)
     return false;
-  throw fs::filesystem_error(path, error);
+  throw std::system_error(error, path);
 }
 
 // The path that `names`, one below another, have below a folder; empty when one is missing.

@@ -48,7 +48,8 @@ std::string JoinPath(std::string_view folder, std::string_view name) {
 std::string FindIgnoringCase(std::string_view folder, std::string_view name) {
   namespace fs = std::filesystem;
   // A separator of the other system would be taken for a letter of the folder's name.
-  while (folder.size() > 1 && kSeparators.find(folder.back()) != std::string_view::npos)
+  while (folder.size() > 1 && kSeparators.find(folder.back()) != std::string_view::npos &&
+         SystemPath(folder) != SystemPath(folder).root_path())
     folder.remove_suffix(1);
   const fs::path parent = SystemPath(folder);
   std::error_code error;

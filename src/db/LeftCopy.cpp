@@ -103,10 +103,11 @@ bool RemoveLeftCopy(engine::DBEngine& engine, const std::string& copy) {
     const auto lock = platform::FileLock::TryLock(copy);
     if (!lock) return false;
   }
-  const auto left = OpenToRead(engine, copy);
+  auto left = OpenToRead(engine, copy);
   const auto same = [&](const std::string& league) { return SameLeague(engine, *left, league); };
   const std::vector<std::string> leagues = LeaguesOf(common::GetFolder(copy));
   if (left && std::none_of(leagues.begin(), leagues.end(), same)) return false;
+  left.reset();  // a file that is open stays, on some systems
   RemoveWithJournal(copy);
   return !fs::exists(fs::symlink_status(path, error));
 }

@@ -2,8 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <cerrno>
-
 #include "engine/EngineError.h"
 #include "platform/Platform.h"
 
@@ -20,7 +18,7 @@ void ThrowStoreError(sqlite3* connection, int code, const std::string& path) {
   // A full disk shows itself in many ways: no room for a journal's name, or none when what was taken is to be
   // kept.
   const bool failed = (code & 0xFF) == SQLITE_IOERR || (code & 0xFF) == SQLITE_CANTOPEN;
-  if (failed && connection != nullptr && sqlite3_system_errno(connection) == ENOSPC)
+  if (failed && connection != nullptr && platform::IsDiskFull(sqlite3_system_errno(connection)))
     throw EngineError(kDiskFull);
   if (failed && !path.empty() && !platform::HasRoomBeside(path)) throw EngineError(kDiskFull);
   switch (code & 0xFF) {

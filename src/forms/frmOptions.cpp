@@ -11,6 +11,7 @@
 
 #include "app/SimFolders.h"
 #include "common/Formats.h"
+#include "common/Paths.h"
 #include "forms/widgets/Filters.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -21,9 +22,8 @@ namespace {
 constexpr int kPathColumn = 1;
 
 // A folder as it is stored: with one separator at its end.
-std::string WithSeparator(std::string folder) {
-  if (!folder.empty() && folder.back() != '/' && folder.back() != '\\') folder += '/';
-  return folder;
+std::string WithSeparator(const std::string& folder) {
+  return folder.empty() ? folder : common::JoinPath(folder, "");
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ namespace {
 std::string DraggedLeague(const QMimeData* data) {
   const QList<QUrl> urls = data->urls();
   if (urls.size() != 1 || !urls.constFirst().isLocalFile()) return {};
-  const std::string path = Utf8(urls.constFirst().toLocalFile());
+  const std::string path = PathUtf8(urls.constFirst().toLocalFile());
   return common::LowerCase(common::GetExtension(path)) == app::kLeagueExtension ? path : std::string();
 }
 

@@ -12,6 +12,7 @@
 
 #include "common/Formats.h"
 #include "common/Paths.h"
+#include "platform/Platform.h"
 
 namespace scorvane::import {
 namespace {
@@ -23,15 +24,15 @@ constexpr std::uintmax_t kLargestFile = 16U << 20U;
 
 std::string ReadFileContent(const std::string& path) {
   std::error_code error;
-  const auto status = std::filesystem::status(path, error);
+  const auto status = std::filesystem::status(common::SystemPath(path), error);
   if (std::filesystem::is_directory(status)) throw FileFault("This is a folder, not a file.");
   if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
     throw FileFault("This is no ordinary file.");
 
   errno = 0;
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(platform::OpenToRead(path), &std::fclose);
   if (!file) throw FileFault("The file cannot be opened: " + std::generic_category().message(errno) + ".");
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  const std::uintmax_t size = std::filesystem::file_size(common::SystemPath(path), error);
   if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
   std::string content;
   std::array<char, 16384> block;

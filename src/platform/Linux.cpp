@@ -22,16 +22,14 @@
 #include <utility>
 
 #include "platform/Platform.h"
+#include "platform/System.h"
+#include "platform/SystemPath.h"
 
 namespace scorvane::platform {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kTemplateName = "Kirrelon.dat";
-// The installation's template has a folder of its own: where the prefix is the user's own, the installation's
-// folder is the one of the user's data.
-constexpr const char* kTemplateFolder = "template";
 constexpr int kMaximumLinks = 40;
 
 // A file descriptor that closes itself.
@@ -68,16 +66,6 @@ fs::path FollowLinks(fs::path path) {
   return path;
 }
 
-std::string Environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? std::string() : std::string(value);
-}
-
-std::string WithoutTrailingSeparator(std::string path) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
-}
-
 fs::path HomeFolder() {
   std::string home = Environment("HOME");
   if (home.empty()) {
@@ -86,32 +74,34 @@ fs::path HomeFolder() {
   return home;
 }
 
-fs::path UserDataFolder() {
-  if (const fs::path data = Environment("XDG_DATA_HOME"); data.is_absolute()) return data;
-  return HomeFolder() / ".local" / "share";
-}
-
-// Copies the program's template, which may be read-only, to a folder that has none yet: the one of the
-// installation or the one beside the program. Without one to copy the program says so itself when it opens
-// its template.
-void FillFromProgramsTemplate(const fs::path& folder) {
-  std::error_code error;
-  const fs::path target = folder / kTemplateName;
-  if (fs::exists(target, error)) return;
-  fs::path installed = fs::path(InstalledFolder()) / kTemplateFolder / kTemplateName;
-  if (!fs::exists(installed, error)) installed = fs::path(ProgramFolder()) / kTemplateName;
-  if (!fs::is_directory(folder, error)) return;
-  const fs::path copy = folder / (std::string(kTemplateName) + "." + std::to_string(::getpid()));
-  if (!fs::copy_file(installed, copy, fs::copy_options::overwrite_existing, error)) return;
-  fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::add, error);
-  try {
-    ReplaceFile(copy.string(), target.string());
-  } catch (const std::system_error&) {
-    fs::remove(copy, error);
-  }
-}
-
 }  // namespace
+
+std::filesystem::path SystemPath(std::string_view path) {
+  return {std::u8string(path.begin(), path.end())};
+}
+
+std::string PathText(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+long ThisProcess() {
+  return ::getpid();
+}
+
+bool IsRunning(long process) {
+  return ::kill(static_cast<pid_t>(process), 0) == 0 || errno == EPERM;
+}
+
+std::string UserDataFolder() {
+  const fs::path data = Environment("XDG_DATA_HOME");
+  return ((data.is_absolute() ? data : HomeFolder() / ".local" / "share") / "scorvane").string();
+}
 
 std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path, Mode mode) {
   const int operation = (mode == Mode::Shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
@@ -128,7 +118,7 @@ std::unique_ptr<FileLock> FileLock::TryLock(const std::string& path, Mode mode) 
 }
 
 FileLock::~FileLock() {
-  ::close(handle_);
+  ::close(static_cast<int>(handle_));
 }
 
 // The system's list of locks is read rather than the file asked: to close a handle of the file would drop the
@@ -157,58 +147,6 @@ std::string LockHolder(const std::string& path) {
     holder = name + " (process " + std::to_string(process) + ")";
   }
   return holder;
-}
-
-namespace {
-
-constexpr std::string_view kTemporaryMark = ".scorvane-";
-constexpr std::string_view kTemporaryEnd = ".tmp";
-
-}  // namespace
-
-std::string TemporaryBeside(const std::string& path) {
-  std::error_code error;
-  for (int number = 1;; ++number) {
-    std::string candidate = path;
-    candidate.append(kTemporaryMark).append(std::to_string(::getpid())).append("-");
-    candidate.append(std::to_string(number)).append(kTemporaryEnd);
-    if (!fs::exists(fs::symlink_status(candidate, error))) return candidate;
-  }
-}
-
-namespace {
-
-// True for the name of a temporary file of a process that is gone, of a file whose name begins with `start`.
-bool IsLeft(const std::string& name, const std::string& start) {
-  const auto mark = name.rfind(kTemporaryMark);
-  if (mark == std::string::npos || (!start.empty() && name.substr(0, mark) != start)) return false;
-  const std::string rest = name.substr(mark + kTemporaryMark.size());
-  const std::size_t digits = rest.find_first_not_of("0123456789-");
-  if (digits == std::string::npos || digits == 0 ||
-      !std::string_view(rest).substr(digits).starts_with(kTemporaryEnd))
-    return false;
-  const long process = std::strtol(rest.c_str(), nullptr, 10);
-  return process <= 0 ||
-         (process != ::getpid() && ::kill(static_cast<pid_t>(process), 0) != 0 && errno != EPERM);
-}
-
-void RemoveLeft(const fs::path& folder, const std::string& start) {
-  std::vector<fs::path> left;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
-    if (IsLeft(entry->path().filename().string(), start)) left.push_back(entry->path());
-  for (const fs::path& temporary : left) fs::remove(temporary, error);
-}
-
-}  // namespace
-
-void RemoveTemporariesBeside(const std::string& path) {
-  const fs::path target(path);
-  RemoveLeft(target.has_parent_path() ? target.parent_path() : fs::path("."), target.filename().string());
-}
-
-void RemoveTemporariesIn(const std::string& folder) {
-  RemoveLeft(folder.empty() ? fs::path(".") : fs::path(folder), {});
 }
 
 bool HasRoomBeside(const std::string& path) {
@@ -265,21 +203,6 @@ std::string InstalledFolder() {
   return (fs::path(ProgramFolder()).parent_path() / "share" / "scorvane").string();
 }
 
-std::string ApplicationFolder() {
-  if (std::string home = Environment("SCORVANE_HOME"); !home.empty()) {
-    FillFromProgramsTemplate(home);
-    return WithoutTrailingSeparator(std::move(home));
-  }
-  std::string program = ProgramFolder();
-  if (const fs::path portable = fs::path(program) / kTemplateName; IsWritable(portable.string()))
-    return program;
-  const fs::path folder = UserDataFolder() / "scorvane";
-  std::error_code error;
-  fs::create_directories(folder, error);
-  FillFromProgramsTemplate(folder);
-  return folder.string();
-}
-
 std::vector<Drive> FixedDrives() {
   const std::string chosen = Environment("WINEPREFIX");
   const fs::path prefix = chosen.empty() ? HomeFolder() / ".wine" : fs::path(chosen);
@@ -291,6 +214,18 @@ std::vector<Drive> FixedDrives() {
     if (!error && fs::is_directory(folder, error)) drives.push_back({letter, folder.string()});
   }
   return drives;
+}
+
+bool IsDiskFull(int systemError) {
+  return systemError == ENOSPC;
+}
+
+std::FILE* OpenToRead(const std::string& path) {
+  return std::fopen(path.c_str(), "rb");
+}
+
+std::vector<std::string> StartConsoleProgram(int argc, char** argv) {
+  return {argv, argv + argc};
 }
 
 bool ErrorIsTerminal() {

@@ -2,6 +2,8 @@
 // system's own headers. Paths are UTF-8.
 #pragma once
 
+#include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,8 +24,8 @@ class FileLock {
   ~FileLock();
 
  private:
-  explicit FileLock(int handle) : handle_(handle) {}
-  int handle_;
+  explicit FileLock(std::intptr_t handle) : handle_(handle) {}
+  const std::intptr_t handle_;
 };
 
 // Which other program keeps a file locked at this moment, as a user may know it ("scorvane (process 4711)");
@@ -78,9 +80,21 @@ struct Drive {
   std::string folder;
 };
 
-// The fixed drives in the order of their letters; here those of the user's Wine prefix ($WINEPREFIX, else
-// ~/.wine), which is where these simulations run. A drive whose folder is not there is left out.
+// The fixed drives in the order of their letters; on Linux those of the user's Wine prefix ($WINEPREFIX, else
+// ~/.wine), which is where these simulations run there. A drive whose folder is not there is left out.
 std::vector<Drive> FixedDrives();
+
+// Whether an error number of the system's, as the store hands it on, means that the disk is full.
+bool IsDiskFull(int systemError);
+
+// Opens a file to read its bytes; null when that fails, and errno says why.
+std::FILE* OpenToRead(const std::string& path);
+
+// What a program of the command line begins with: hands over its arguments in UTF-8, its own name first, and
+// sees to it that the standard streams carry UTF-8 and the bytes as they are written. Where the shell leaves
+// names with "*" and "?" to the programs, those that are not quoted become the files that they fit, in the
+// order of their names.
+std::vector<std::string> StartConsoleProgram(int argc, char** argv);
 
 // True when the standard error stream is a terminal; the same for standard input.
 bool ErrorIsTerminal();
@@ -94,8 +108,9 @@ struct ChildLimits {
   int megabytes = 1024;  // of memory
 };
 
-// Runs a program and hands over its standard output line by line, without the line ends. The program is
-// stopped when it overruns its limits, or when `line` returns false, which counts as Failed.
+// Runs a program, whose file's ending ".exe" may be left out, and hands over its standard output line by
+// line, without the line ends. The program is stopped when it overruns its limits, or when `line` returns
+// false, which counts as Failed.
 ChildEnd RunChild(const std::string& program, const std::vector<std::string>& arguments,
                   const ChildLimits& limits, const std::function<bool(std::string_view)>& line);
 

@@ -8,13 +8,7 @@
 
 namespace scorvane::platform {
 
-inline std::filesystem::path SystemPath(std::string_view path) {
-  return {std::u8string(path.begin(), path.end())};
-}
-
-inline std::string PathText(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
+std::filesystem::path SystemPath(std::string_view path);
+std::string PathText(const std::filesystem::path& path);
 
 }  // namespace scorvane::platform

@@ -2,9 +2,13 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <map>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "championship/Title.h"
 #include "engine/EngineError.h"
@@ -84,6 +88,7 @@ class CommandLine {
     AddChoice(&app_, "--format", common_.format, kFormats, "How lists are printed: table, csv or json");
     app_.add_flag("-q,--quiet", common_.quiet, "Do not say what was done");
     common_.decimal = platform::LocaleDecimalSeparator();
+    app_.allow_windows_style_options(false);  // a path may begin with "/" on every system
     AddLeagueCommands();
     AddEditCommands();
     AddQueryCommands();
@@ -91,10 +96,13 @@ class CommandLine {
     AddHistoryCommands();
   }
 
-  int Run(int argc, char** argv) {
+  int Run(std::vector<std::string> arguments) {
+    arguments.erase(arguments.begin());
     try {
-      CheckCommand(argc, argv);
-      app_.parse(argc, argv);
+      CheckCommand(arguments);
+      // The parser takes them from the end.
+      std::reverse(arguments.begin(), arguments.end());
+      app_.parse(std::move(arguments));
     } catch (const CLI::ParseError& e) {
       return app_.exit(e) == 0 ? 0 : kWrongUse;
     }
@@ -113,9 +121,9 @@ class CommandLine {
 
  private:
   // The first word that is no option must be a command; the parser would only say that one is missing.
-  void CheckCommand(int argc, char** argv) const {
-    for (int i = 1; i < argc; ++i) {
-      const std::string_view word = argv[i];
+  void CheckCommand(const std::vector<std::string>& arguments) const {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      const std::string_view word = arguments[i];
       if (word == "--template" || word == "--decimal" || word == "--format") {
         ++i;
       } else if (!word.starts_with('-')) {
@@ -564,7 +572,7 @@ class CommandLine {
 
 int main(int argc, char** argv) {
   try {
-    return CommandLine().Run(argc, argv);
+    return CommandLine().Run(platform::StartConsoleProgram(argc, argv));
   } catch (const std::exception& e) {
     fmt::print(stderr, "scorvane-cli: {}\n", e.what());
     return kFailed;

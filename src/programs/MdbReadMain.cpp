@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/Platform.h"
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -169,11 +171,12 @@ void WriteRelations(MdbHandle* file) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
+  const std::vector<std::string> arguments = scorvane::platform::StartConsoleProgram(argc, argv);
+  if (arguments.size() != 2) {
     std::fprintf(stderr, "usage: scorvane-mdbread FILE\n");
     return 2;
   }
-  MdbHandle* file = mdb_open(argv[1], MDB_NOFLAGS);
+  MdbHandle* file = mdb_open(arguments[1].c_str(), MDB_NOFLAGS);
   if (file == nullptr || mdb_read_catalog(file, MDB_ANY) == nullptr) return 1;
   mdb_set_bind_size(file, kTextRoom);
   mdb_set_boolean_fmt_numbers(file);

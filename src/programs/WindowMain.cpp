@@ -1,9 +1,11 @@
 // scorvane: the window. What is asked of it on the command line alone is answered there, without a display.
 #include <QApplication>
+#include <QPalette>
 #include <cstdio>
 #include <string_view>
 
 #include "forms/Program.h"
+#include "platform/Platform.h"
 
 namespace {
 
@@ -23,12 +25,28 @@ int Say(const char* text) {
   return std::fputs(text, stdout) >= 0 && std::fflush(stdout) == 0 ? 0 : 1;
 }
 
+#ifdef Q_OS_WIN
+// The system's own style knows light colours alone; where the user wants dark ones, Qt's does.
+void UseDarkColors() {
+  if (QApplication::palette().color(QPalette::Window).lightness() < 128)
+    QApplication::setStyle(QStringLiteral("Fusion"));
+}
+#endif
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::string_view first = argc > 1 ? argv[1] : "";
+  if (first == "--help" || first == "-h" || first == "--version")
+    scorvane::platform::StartConsoleProgram(argc, argv);
   if (first == "--help" || first == "-h") return Say(kUsage);
   if (first == "--version") return Say("scorvane " SCORVANE_VERSION "\n");
+#ifdef Q_OS_WIN
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "windows:darkmode=2");
+#endif
   const QApplication application(argc, argv);
+#ifdef Q_OS_WIN
+  UseDarkColors();
+#endif
   return scorvane::forms::RunProgram(application);
 }

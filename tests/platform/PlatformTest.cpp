@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/SystemPath.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,22 @@ namespace scorvane::platform {
 namespace {
 
 namespace fs = std::filesystem;
+
+#ifdef _WIN32
+constexpr const char* kUserData = "APPDATA";
+constexpr const char* kOurs = "Scorvane";
+constexpr const char* kInstalled = "";
+void Set(const char* name, const std::string& value) {
+  ::_putenv_s(name, value.c_str());
+}
+#else
+constexpr const char* kUserData = "XDG_DATA_HOME";
+constexpr const char* kOurs = "scorvane";
+constexpr const char* kInstalled = "../share/scorvane";
+void Set(const char* name, const std::string& value) {
+  value.empty() ? ::unsetenv(name) : ::setenv(name, value.c_str(), 1);
+}
+#endif
 
 class Platform : public testing::Test {
  protected:
@@ -55,6 +72,7 @@ TEST_F(Platform, ReplacesAFileAndKeepsItsPermissions) {
   EXPECT_FALSE(fs::exists(from));
 }
 
+#ifndef _WIN32  // where only administrators may make links
 TEST_F(Platform, ReplacesWhatALinkPointsAt) {
   fs::create_directory(folder_ / "real");
   const fs::path real = Write("real/league", "old");
@@ -64,6 +82,46 @@ TEST_F(Platform, ReplacesWhatALinkPointsAt) {
   EXPECT_EQ(Read(real), "new");
   EXPECT_TRUE(fs::is_symlink(folder_ / "outer"));
   EXPECT_TRUE(fs::is_symlink(folder_ / "inner"));
+}
+#endif
+
+// A compaction replaces the file whose lock it holds.
+TEST_F(Platform, ReplacesAFileThatItHasLocked) {
+  const fs::path to = Write("Größe Ω", "old");
+  const std::string name = PathText(to);
+  const auto lock = FileLock::TryLock(name);
+  ASSERT_TRUE(lock);
+  ReplaceFile(Write("from", "new").string(), name);
+  EXPECT_EQ(Read(to), "new");
+}
+
+TEST_F(Platform, ALockedFileCanBeReadAndAFolderIsLockedToo) {
+  const fs::path file = Write("league", "content");
+  const auto shared = FileLock::TryLock(file.string(), FileLock::Mode::Shared);
+  const auto another = FileLock::TryLock(file.string(), FileLock::Mode::Shared);
+  EXPECT_TRUE(shared && another);
+  EXPECT_FALSE(FileLock::TryLock(file.string()));
+  EXPECT_EQ(Read(file), "content");
+  auto folder = FileLock::TryLock(folder_.string());
+  ASSERT_TRUE(folder);
+  EXPECT_FALSE(FileLock::TryLock(folder_.string()));
+  folder.reset();
+  EXPECT_TRUE(FileLock::TryLock(folder_.string()));
+}
+
+// Runs the test's own program as its child; without a reader's arguments it prints its tests and ends.
+TEST_F(Platform, AChildIsHeardAndStopped) {
+  const std::string program = PathText(SystemPath(ProgramFolder()) / "scorvane_platform_tests");
+  int lines = 0;
+  const auto count = [&lines](std::string_view line) { return line.find("Platform") == 0 || ++lines > 0; };
+  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {}, count), ChildEnd::Done);
+  EXPECT_GT(lines, 4);
+  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {}, [](std::string_view) { return false; }),
+            ChildEnd::Failed);
+  EXPECT_EQ(RunChild(program, {"--gtest_filter=none", "--gtest_repeat=-1"}, {1, 1024},
+                     [](std::string_view) { return true; }),
+            ChildEnd::TimedOut);
+  EXPECT_EQ(RunChild(program + " none", {}, {}, count), ChildEnd::NotStarted);
 }
 
 TEST_F(Platform, AFailedReplacementLeavesTheFileAlone) {
@@ -75,16 +133,16 @@ TEST_F(Platform, AFailedReplacementLeavesTheFileAlone) {
 }
 
 TEST_F(Platform, FindsTheApplicationFolder) {
-  ::setenv("SCORVANE_HOME", "/some/where/", 1);
+  Set("SCORVANE_HOME", "/some/where/");
   EXPECT_EQ(ApplicationFolder(), "/some/where");
-  ::unsetenv("SCORVANE_HOME");
+  Set("SCORVANE_HOME", "");
 
   const fs::path program = ProgramFolder();
   ASSERT_FALSE(fs::exists(program / "Kirrelon.dat"));
-  const fs::path installed = program.parent_path() / "share" / "scorvane";
+  const fs::path installed = (program / kInstalled).lexically_normal();
   ASSERT_FALSE(fs::exists(installed / "template" / "Kirrelon.dat"));
-  ::setenv("XDG_DATA_HOME", folder_.c_str(), 1);
-  const fs::path data = folder_ / "scorvane";
+  Set(kUserData, folder_.string());
+  const fs::path data = folder_ / kOurs;
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_TRUE(fs::is_directory(data));
   EXPECT_FALSE(fs::exists(data / "Kirrelon.dat"));
@@ -99,9 +157,10 @@ TEST_F(Platform, FindsTheApplicationFolder) {
   std::ofstream(data / "Kirrelon.dat") << "edited";
   EXPECT_EQ(ApplicationFolder(), data);
   EXPECT_EQ(Read(data / "Kirrelon.dat"), "edited");
+  fs::permissions(installed / "template" / "Kirrelon.dat", fs::perms::owner_all);
   fs::remove(installed / "template" / "Kirrelon.dat");
-  if (madeShare) fs::remove_all(installed);
-  ::unsetenv("XDG_DATA_HOME");
+  if (madeShare) fs::remove_all(installed / "template");
+  Set(kUserData, "");
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // A folder of its own for a test, removed with all it holds when the test is over.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -11,9 +11,12 @@ namespace scorvane::test {
 class TempFolder {
  public:
   TempFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "scorvane-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = pattern;
+    std::random_device chance;
+    for (int i = 0; i < 100; ++i) {
+      path_ = std::filesystem::temp_directory_path() / ("scorvane-" + std::to_string(chance()));
+      if (std::filesystem::create_directory(path_)) return;
+    }
+    throw std::runtime_error("no temporary folder");
   }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;

@@ -150,11 +150,11 @@ std::vector<std::string> QtUserInterface::OpenFiles(common::FileRequest& request
   QFileDialog dialog(FrontWindow());
   dialog.setFileMode(request.several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
   Prepare(dialog, request, folder_);
-  request.folder = common::JoinPath(Utf8(dialog.directory().absolutePath()), "");
+  request.folder = common::JoinPath(PathUtf8(dialog.directory().absolutePath()), "");
   std::vector<std::string> paths;
   if (dialog.exec() != QDialog::Accepted) return paths;
   folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();
-  for (const QString& path : dialog.selectedFiles()) paths.push_back(Utf8(path));
+  for (const QString& path : dialog.selectedFiles()) paths.push_back(PathUtf8(path));
   return paths;
 }
 
@@ -166,12 +166,12 @@ std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
   Prepare(dialog, request, folder_);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();
-  return Utf8(dialog.selectedFiles().constFirst());
+  return PathUtf8(dialog.selectedFiles().constFirst());
 }
 
 std::string QtUserInterface::PickFolder(const std::string& title, const std::string& folder) {
   const PlainCursor plain;
-  return Utf8(QFileDialog::getExistingDirectory(FrontWindow(), Q(title), Q(folder)));
+  return PathUtf8(QFileDialog::getExistingDirectory(FrontWindow(), Q(title), Q(folder)));
 }
 
 bool QtUserInterface::PickColor(std::uint32_t& color) {

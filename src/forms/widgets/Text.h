@@ -1,6 +1,7 @@
 // Between the program's UTF-8 texts and Qt's.
 #pragma once
 
+#include <QDir>
 #include <QString>
 #include <string>
 #include <string_view>
@@ -13,6 +14,11 @@ inline QString Q(std::string_view text) {
 
 inline std::string Utf8(const QString& text) {
   return text.toStdString();
+}
+
+// A path of Qt's, which separates with "/" everywhere, as the system's users write it.
+inline std::string PathUtf8(const QString& path) {
+  return Utf8(QDir::toNativeSeparators(path));
 }
 
 }  // namespace scorvane::forms

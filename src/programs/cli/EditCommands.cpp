@@ -10,6 +10,7 @@
 #include "championship/PointPresets.h"
 #include "championship/RuleFiles.h"
 #include "common/Formats.h"
+#include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "drivers/Roster.h"
 #include "programs/cli/Commands.h"

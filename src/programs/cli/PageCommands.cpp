@@ -99,11 +99,12 @@ std::string IndexPage(const std::string& heading, const std::string& caption,
 }
 
 // Why a page that was asked for is not there.
-std::string WhyNoPage(const std::string& path) {
+std::string WhyNoPage(const std::string& output) {
   namespace fs = std::filesystem;
+  const fs::path path = common::SystemPath(output);
   std::error_code error;
   if (fs::is_directory(path, error)) return "it is a folder";
-  const fs::path folder = fs::path(path).parent_path();
+  const fs::path folder = path.parent_path();
   if (!folder.empty() && !fs::is_directory(folder, error)) return "there is no such folder";
   if (fs::exists(path, error)) return "what is there is no page or may not be changed, or the disk is full";
   return "the folder may not be written to, the disk is full, or the race has no results";
@@ -113,8 +114,8 @@ std::string WhyNoPage(const std::string& path) {
 int CountOldPages(const std::string& folder, const std::vector<Link>& links) {
   int old = 0;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    const std::string name = entry.path().filename().string();
+  for (const auto& entry : std::filesystem::directory_iterator(common::SystemPath(folder), error)) {
+    const std::string name = common::PathText(entry.path().filename());
     const bool ours = name.starts_with("event-") && name.ends_with(".htm");
     if (ours && std::none_of(links.begin(), links.end(), [&](const Link& link) { return link.file == name; }))
       ++old;
@@ -184,8 +185,8 @@ void ExportAll(const CommonOptions& common, const std::string& path, const std::
   Context context(common, path, app::LeagueSession::Use::Looking);
   engine::Database& league = context.League();
   std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (!std::filesystem::is_directory(folder, error))
+  std::filesystem::create_directories(common::SystemPath(folder), error);
+  if (!std::filesystem::is_directory(common::SystemPath(folder), error))
     throw CommandError(fmt::format("The folder '{}' cannot be made.", folder));
   platform::RemoveTemporariesIn(folder);
   const reports::PageLook look = reports::ReadPageLook(league);
