@@ -99,6 +99,15 @@ class SeasonTest(unittest.TestCase):
         pages = [tree(os.path.join(self.folder, platform, "Seite Ж")) for platform in PLATFORMS]
         self.assertGreater(len(pages[0]), 39)
         self.assertEqual(pages[0], pages[1])
+        for platform in PLATFORMS:
+            self.run_in(platform, "site", league, "Web Ж")
+        # The feed and the list of files hold the moment at which they were written.
+        sites = [{name: bytes for name, bytes in tree(os.path.join(self.folder, platform, "Web Ж")).items()
+                  if not name.endswith((".xml", "manifest.json")) and not os.path.basename(name).startswith(".")}
+                 for platform in PLATFORMS]
+        self.assertGreater(len(sites[0]), 150)
+        self.assertEqual(sorted(sites[0]), sorted(sites[1]))
+        self.assertEqual([name for name in sites[0] if sites[0][name] != sites[1][name]], [])
         # Each goes on with the league of the other, and leaves its bytes alone while it only looks.
         leagues = {p: os.path.join(self.folder, p, league) for p in PLATFORMS}
         for here, there in zip(PLATFORMS, reversed(PLATFORMS)):
