@@ -84,7 +84,7 @@ def man(top, commands, version, date):
     for name, command in commands.items():
         page.append(f".SS {roff(command.usage.removeprefix('scorvane-cli '))}\n{roff(command.summary)}.\n")
         page.append(items(command.positionals + [o for o in command.options if not o[0].startswith("-h,")]))
-        notes = [note for note in command.notes if not note.startswith("Every command takes")]
+        notes = [note for note in command.notes if not note.startswith(("Every command takes", "-q."))]
         if notes:
             page.append(".PP\n.nf\n" + "\n".join(map(roff, notes)) + "\n.fi\n")
     page.append(".SH EXIT STATUS\n.TP\n.B 0\nDone.\n.TP\n.B 1\nThe operation failed; a message says why, and nothing "

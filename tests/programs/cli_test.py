@@ -320,6 +320,14 @@ class CliTest(unittest.TestCase):
                 sheets[name] = [cells(row) for row in page.iter(main + "row")]
             return sheets
 
+    def test_help_fits_a_terminal(self):
+        pages = {"": cli("--help").stdout}
+        for command in re.findall(r"^  ([a-z][a-z-]+) ", pages[""].split("Subcommands:")[1], re.MULTILINE):
+            pages[command] = cli(command, "--help").stdout
+        self.assertGreater(len(pages), 30)
+        long = [f"{command}: {line}" for command, page in pages.items() for line in page.splitlines() if len(line) > 80]
+        self.assertEqual(long, [])
+
     def test_spreadsheets(self):
         self.create("--drop", "1")
         cli("import", self.league, *SEASON[:3])

@@ -29,6 +29,9 @@ std::function<std::string(const std::string&)> PickInto(Target& target,
 template <typename Target, typename Choice>
 CLI::Option* AddChoice(CLI::App* app, const std::string& flag, Target& target,
                        const std::map<std::string, Choice>& choices, const std::string& help) {
+  std::string known;
+  for (const auto& [name, value] : choices)
+    if (name.size() > 1) known += (known.empty() ? "" : "|") + name;
   return app
       ->add_option_function<std::string>(
           flag,
@@ -37,7 +40,7 @@ CLI::Option* AddChoice(CLI::App* app, const std::string& flag, Target& target,
             if (!fault.empty()) throw CLI::ValidationError(flag, fault);
           },
           help)
-      ->type_name("");
+      ->type_name(known);
 }
 
 }  // namespace scorvane::cli
