@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -40,6 +41,7 @@
 #include "forms/frmPickDrivers.h"
 #include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
+#include "forms/frmPublish.h"
 #include "forms/frmRaces.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
@@ -339,6 +341,13 @@ int main(int argc, char** argv) {
     photographer.Take(dialog, "standings-teams", {1000, 600});
   }
   app::UndoThrough(session, before);
+  {
+    forms::frmPublish dialog(context, &window);
+    const std::string site = common::JoinPath(platform::ApplicationFolder(), "site");
+    dialog.findChild<QLineEdit*>(QStringLiteral("txtFolder"))->setText(QString::fromStdString(site));
+    dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click();
+    photographer.Take(dialog, "publish");
+  }
   {
     forms::frmOfflineSettings dialog(context, &window);
     photographer.Take(dialog, "offline");

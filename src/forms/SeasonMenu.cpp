@@ -15,6 +15,7 @@
 #include "forms/frmHistory.h"
 #include "forms/frmPenalties.h"
 #include "forms/frmPlayoff.h"
+#include "forms/frmPublish.h"
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
 #include "forms/widgets/Guard.h"
@@ -67,6 +68,9 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   teams_ = add(tr("&Teams..."), {}, &SeasonMenu::ShowForm<frmTeams>);
   playoff_ = add(tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
   whatIf_ = add(tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
+  menu->addSeparator();
+  index = 16;
+  publish_ = add(tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
 
@@ -110,7 +114,7 @@ void SeasonMenu::UpdateItems() {
   backUp_->setEnabled(open);
   bool races = false;
   if (open) Guarded(context_.ui, [&] { races = app::CountRaces(context_.session.League()) > 0; });
-  for (QAction* item : {teams_, playoff_}) item->setEnabled(open);
+  for (QAction* item : {teams_, playoff_, publish_}) item->setEnabled(open);
   for (QAction* item : {penalties_, whatIf_}) item->setEnabled(races);
 }
 

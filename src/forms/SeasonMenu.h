@@ -65,6 +65,7 @@ class SeasonMenu : public QObject {
   QAction* teams_;
   QAction* playoff_;
   QAction* whatIf_;
+  QAction* publish_;
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing
   std::int64_t nextRedo_ = 0;

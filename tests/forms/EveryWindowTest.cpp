@@ -30,6 +30,7 @@
 #include "forms/frmPickDrivers.h"
 #include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
+#include "forms/frmPublish.h"
 #include "forms/frmRaces.h"
 #include "forms/frmStats.h"
 #include "forms/frmTeams.h"
@@ -86,6 +87,8 @@ class EveryWindow : public FormFixture {
     show(whatIf);
     Find<QTabWidget>(whatIf, "ts").setCurrentIndex(1);
     show(whatIf);
+    frmPublish publish(context_, nullptr);
+    show(publish);
     frmHistory history(context_, {}, nullptr);
     show(history);
     frmPointSystem points(context_, nullptr);
