@@ -16,6 +16,7 @@
 #include "forms/frmPenalties.h"
 #include "forms/frmPlayoff.h"
 #include "forms/frmPublish.h"
+#include "forms/frmSeasonView.h"
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
 #include "forms/widgets/Guard.h"
@@ -69,7 +70,8 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   playoff_ = add(tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
   whatIf_ = add(tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
   menu->addSeparator();
-  index = 16;
+  index = 15;
+  season_ = add(tr("Season &View"), {Qt::Key_F5}, &SeasonMenu::ShowSeason);
   publish_ = add(tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
@@ -114,7 +116,7 @@ void SeasonMenu::UpdateItems() {
   backUp_->setEnabled(open);
   bool races = false;
   if (open) Guarded(context_.ui, [&] { races = app::CountRaces(context_.session.League()) > 0; });
-  for (QAction* item : {teams_, playoff_, publish_}) item->setEnabled(open);
+  for (QAction* item : {teams_, playoff_, season_, publish_}) item->setEnabled(open);
   for (QAction* item : {penalties_, whatIf_}) item->setEnabled(races);
 }
 
@@ -123,16 +125,19 @@ void SeasonMenu::LeagueChanged() {
   told_ = nextUndo_;
   context_.session.TakeBackupFault();  // of the league that was open before
   Say({});
+  RefreshSeason();
 }
 
 void SeasonMenu::OthersChanged() {
   UpdateItems();
   told_ = nextUndo_;
   Say(tr("Another program has changed this league; what it holds now is shown."));
+  RefreshSeason();
 }
 
 void SeasonMenu::AfterCommand() {
   UpdateItems();
+  RefreshSeason();
   const std::int64_t before = std::exchange(told_, nextUndo_);
   if (nextUndo_ <= before) return;
   Guarded(context_.ui, [&] {
@@ -162,6 +167,7 @@ void SeasonMenu::Step(Direction direction) {
     const auto label = TakeStep(context_, direction);
     host_.show();
     UpdateItems();
+    RefreshSeason();
     told_ = nextUndo_;
     if (!label) return;
     const QString what = Shortened(*label, kLineCharacters);
@@ -178,6 +184,7 @@ void SeasonMenu::ShowHistory() {
         [&] {
           walked = true;
           host_.show();
+          RefreshSeason();
         },
         window_);
     dialog.exec();
@@ -186,6 +193,22 @@ void SeasonMenu::ShowHistory() {
     if (!walked) return;
     Say(nextRedo_ != 0 ? tr("What was taken back, Ctrl+Y does again, one by one.") : QString());
   });
+}
+
+void SeasonMenu::ShowSeason() {
+  Guarded(context_.ui, [&] {
+    if (view_ == nullptr)
+      view_ = new frmSeasonView(context_, window_);
+    else
+      view_->Refresh();
+    view_->show();
+    view_->raise();
+    view_->activateWindow();
+  });
+}
+
+void SeasonMenu::RefreshSeason() {
+  if (view_ != nullptr && view_->isVisible()) view_->Refresh();
 }
 
 // ---- copies

@@ -17,6 +17,8 @@
 
 namespace scorvane::forms {
 
+class frmSeasonView;
+
 class SeasonMenu : public QObject {
  public:
   // What the main window does for it.
@@ -41,6 +43,8 @@ class SeasonMenu : public QObject {
   void Say(const QString& text);
   void Step(Direction direction);
   void ShowHistory();
+  void ShowSeason();
+  void RefreshSeason();
   // Any other window of the season, and what it changed.
   template <typename Form>
   void ShowForm();
@@ -65,7 +69,9 @@ class SeasonMenu : public QObject {
   QAction* teams_;
   QAction* playoff_;
   QAction* whatIf_;
+  QAction* season_;
   QAction* publish_;
+  frmSeasonView* view_ = nullptr;  // made when it is first asked for; the main window owns it
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing
   std::int64_t nextRedo_ = 0;
