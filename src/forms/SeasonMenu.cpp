@@ -85,6 +85,8 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   UpdateItems();
 }
 
+SeasonMenu::~SeasonMenu() = default;
+
 void SeasonMenu::Say(const QString& text) {
   QStringList lines = {text, Q(context_.session.TakeBackupFault())};
   lines.removeAll(QString());
@@ -197,10 +199,13 @@ void SeasonMenu::ShowHistory() {
 
 void SeasonMenu::ShowSeason() {
   Guarded(context_.ui, [&] {
-    if (view_ == nullptr)
-      view_ = new frmSeasonView(context_, window_);
-    else
+    if (view_ == nullptr) {
+      // Without a parent it may stand behind the main window, too; it goes with that all the same.
+      view_ = std::make_unique<frmSeasonView>(context_);
+      view_->setAttribute(Qt::WA_QuitOnClose, false);
+    } else {
       view_->Refresh();
+    }
     view_->show();
     view_->raise();
     view_->activateWindow();

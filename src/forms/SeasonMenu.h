@@ -10,6 +10,7 @@
 #include <QObject>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "forms/FormContext.h"
@@ -29,6 +30,8 @@ class SeasonMenu : public QObject {
   };
   // Adds its entries to the menu and the line to the window, which owns this object.
   SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, Host host);
+
+  ~SeasonMenu() override;
 
   // To be called when another league, or none, is open: nothing has been done to it yet.
   void LeagueChanged();
@@ -71,7 +74,7 @@ class SeasonMenu : public QObject {
   QAction* whatIf_;
   QAction* season_;
   QAction* publish_;
-  frmSeasonView* view_ = nullptr;  // made when it is first asked for; the main window owns it
+  std::unique_ptr<frmSeasonView> view_;  // made when it is first asked for
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing
   std::int64_t nextRedo_ = 0;

@@ -136,8 +136,13 @@ TEST_F(SeasonView, FollowsEveryCommand) {
   const auto open = [&] { window.findChild<QAction*>(QStringLiteral("mnuSeason_15"))->trigger(); };
   EXPECT_EQ(window.findChild<QAction*>(QStringLiteral("mnuSeason_15"))->shortcut(), QKeySequence(Qt::Key_F5));
   open();
-  auto* view = window.findChild<QDialog*>(QStringLiteral("frmSeasonView"));
-  ASSERT_NE(view, nullptr);
+  const QWidgetList all = QApplication::topLevelWidgets();
+  const auto found = std::find_if(all.begin(), all.end(), [](const QWidget* widget) {
+    return widget->objectName() == QLatin1String("frmSeasonView");
+  });
+  ASSERT_NE(found, all.end());
+  QWidget* view = *found;
+  EXPECT_EQ(view->parentWidget(), nullptr);  // it may stand behind the main window
   EXPECT_FALSE(view->isModal());
   Find<QListWidget>(*view, "lstDrivers").item(1)->setCheckState(Qt::Unchecked);
   GoTo(*view, 2);
