@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -40,7 +41,9 @@
 #include "forms/frmPickDrivers.h"
 #include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
+#include "forms/frmPublish.h"
 #include "forms/frmRaces.h"
+#include "forms/frmSeasonView.h"
 #include "forms/frmSplash.h"
 #include "forms/frmStats.h"
 #include "forms/frmTeams.h"
@@ -71,6 +74,7 @@ QPalette DarkPalette() {
   palette.setColor(QPalette::Base, base);
   palette.setColor(QPalette::AlternateBase, window);
   palette.setColor(QPalette::Text, text);
+  palette.setColor(QPalette::PlaceholderText, QColor(150, 150, 150));
   palette.setColor(QPalette::Button, window);
   palette.setColor(QPalette::ButtonText, text);
   palette.setColor(QPalette::ToolTipBase, window);
@@ -339,6 +343,22 @@ int main(int argc, char** argv) {
     photographer.Take(dialog, "standings-teams", {1000, 600});
   }
   app::UndoThrough(session, before);
+  {
+    forms::frmSeasonView view(context, &window);
+    auto* tabs = view.findChild<QTabWidget*>();
+    for (const auto& [tab, name] :
+         {std::pair{0, "season"}, {1, "season-matrix"}, {2, "season-driver"}, {3, "season-race"}}) {
+      tabs->setCurrentIndex(tab);
+      photographer.Take(view, name, {1000, 600});
+    }
+  }
+  {
+    forms::frmPublish dialog(context, &window);
+    const std::string site = common::JoinPath(platform::ApplicationFolder(), "site");
+    dialog.findChild<QLineEdit*>(QStringLiteral("txtFolder"))->setText(QString::fromStdString(site));
+    dialog.findChild<QPushButton*>(QStringLiteral("cmdButton_0"))->click();
+    photographer.Take(dialog, "publish");
+  }
   {
     forms::frmOfflineSettings dialog(context, &window);
     photographer.Take(dialog, "offline");

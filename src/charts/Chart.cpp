@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -92,6 +93,12 @@ std::vector<double> Ticks(double low, double high, int most) {
   const double first = std::ceil(low / step) * step;
   for (int i = 0; i < most && first + i * step <= high + step / 1000; ++i) ticks.push_back(first + i * step);
   return ticks;
+}
+
+std::string_view DashPattern(std::size_t series) {
+  constexpr std::array<std::string_view, kLineStyles> kDashes = {
+      "", "8 4", "2 3", "10 3 2 3", "5 2", "14 4", "3 5", "10 3 2 3 2 3", "1 2", "6 6"};
+  return kDashes[series % kLineStyles];
 }
 
 Chart LineChart(const LineInput& input) {

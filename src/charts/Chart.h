@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace scorvane::charts {
@@ -120,6 +121,11 @@ Chart ShiftChart(const ShiftInput& input);
 const Value* ValueAt(const Chart& chart, Point point, double reach);
 // A value as one would say it: "1. Daytona, Jeff Gordon: 175".
 std::string Describe(const Chart& chart, const Value& value);
+
+// Lines are told apart without colour, too: the lengths of a series' dashes and gaps between blanks, in the
+// chart's units; empty for one without gaps. After kLineStyles series they begin again.
+inline constexpr std::size_t kLineStyles = 10;
+std::string_view DashPattern(std::size_t series);
 
 // Round steps that cover the numbers from `low` to `high`, at most `most` of them, ascending.
 std::vector<double> Ticks(double low, double high, int most);

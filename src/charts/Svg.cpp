@@ -7,11 +7,6 @@
 namespace scorvane::charts {
 namespace {
 
-constexpr std::size_t kStyles = 10;
-// Told apart without colour: a dash pattern each.
-constexpr std::array<std::string_view, kStyles> kDashes = {"",     "8 4", "2 3",          "10 3 2 3", "5 2",
-                                                           "14 4", "3 5", "10 3 2 3 2 3", "1 2",      "6 6"};
-
 // What a page may hold: markup escaped, and no character that is none there.
 std::string Escaped(std::string_view text) {
   std::string escaped;
@@ -79,12 +74,12 @@ std::string_view AnchorName(Anchor anchor) {
 }
 
 void PutDash(std::string& svg, std::size_t series) {
-  const std::string_view dash = kDashes[series % kStyles];
+  const std::string_view dash = DashPattern(series);
   if (!dash.empty()) Put(svg, " stroke-dasharray=\"", dash, "\"");
 }
 
 void PutLine(std::string& svg, std::size_t series) {
-  Put(svg, "<path class=\"line s", static_cast<double>(series % kStyles), "\"");
+  Put(svg, "<path class=\"line s", static_cast<double>(series % kLineStyles), "\"");
   PutDash(svg, series);
   Put(svg, " d=\"");
 }

@@ -1,16 +1,30 @@
 #include "forms/SavePage.h"
 
+#include "championship/Reports.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "forms/widgets/Guard.h"
+#include "sheets/SeasonSheets.h"
 
 namespace scorvane::forms {
 namespace {
 
-// "daytona" becomes "daytona.htm": a page without the extension opens in no browser.
+// "daytona" becomes "daytona.htm": a page without the extension opens in no browser. What names a spreadsheet
+// stays.
 std::string WithPageExtension(const std::string& path) {
+  if (sheets::KindOf(path) != sheets::FileKind::None) return path;
   const std::string extension = common::LowerCase(common::GetExtension(common::GetFileTitle(path)));
   return extension == "htm" || extension == "html" ? path : path + ".htm";
+}
+
+// What the command line writes under the same name; the texts above the table belong to pages.
+void SaveSheet(FormContext& context, const reports::PageSubject& subject, const std::string& path) {
+  engine::Database& league = context.session.League();
+  if (subject.kind == reports::PageSubject::kRace)
+    return sheets::WriteRace(league, context.state, subject.id, path);
+  for (const reports::ReportInfo& report : championship::ListReports(league, context.templateDb))
+    if (report.id == subject.id)
+      return sheets::WriteReport(league, context.templateDb, context.state, report, path);
 }
 
 }  // namespace
@@ -26,6 +40,7 @@ void SavePage(FormContext& context, const reports::PageSubject& subject, const r
     return;
   engine::Database& league = context.session.League();
   const WaitCursor wait;
+  if (sheets::KindOf(path) != sheets::FileKind::None) return SaveSheet(context, subject, path);
   if (!reports::WritePage(league, context.templateDb, context.state, subject, texts,
                           reports::ReadPageLook(league), reports::StandingsFooter(), path)) {
     context.ui.ShowMessage(

@@ -7,7 +7,9 @@
 
 namespace scorvane::forms {
 
-// Asks for the file and, when it exists, whether it may go; says so when the page cannot be written.
+// Asks for the file and, when it exists, whether it may go; says so when the page cannot be written. A name
+// that ends in .xlsx or .csv becomes a spreadsheet. Throws common::RuleError when that cannot be written, and
+// EngineError.
 void SavePage(FormContext& context, const reports::PageSubject& subject, const reports::PageTexts& texts,
               const common::FileRequest& request);
 

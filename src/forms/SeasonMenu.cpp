@@ -15,6 +15,8 @@
 #include "forms/frmHistory.h"
 #include "forms/frmPenalties.h"
 #include "forms/frmPlayoff.h"
+#include "forms/frmPublish.h"
+#include "forms/frmSeasonView.h"
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
 #include "forms/widgets/Guard.h"
@@ -67,6 +69,10 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   teams_ = add(tr("&Teams..."), {}, &SeasonMenu::ShowForm<frmTeams>);
   playoff_ = add(tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
   whatIf_ = add(tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
+  menu->addSeparator();
+  index = 15;
+  season_ = add(tr("Season &View"), {Qt::Key_F5}, &SeasonMenu::ShowSeason);
+  publish_ = add(tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
 
@@ -78,6 +84,8 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   window->statusBar()->addWidget(lblStatus_, 1);
   UpdateItems();
 }
+
+SeasonMenu::~SeasonMenu() = default;
 
 void SeasonMenu::Say(const QString& text) {
   QStringList lines = {text, Q(context_.session.TakeBackupFault())};
@@ -110,7 +118,7 @@ void SeasonMenu::UpdateItems() {
   backUp_->setEnabled(open);
   bool races = false;
   if (open) Guarded(context_.ui, [&] { races = app::CountRaces(context_.session.League()) > 0; });
-  for (QAction* item : {teams_, playoff_}) item->setEnabled(open);
+  for (QAction* item : {teams_, playoff_, season_, publish_}) item->setEnabled(open);
   for (QAction* item : {penalties_, whatIf_}) item->setEnabled(races);
 }
 
@@ -119,16 +127,19 @@ void SeasonMenu::LeagueChanged() {
   told_ = nextUndo_;
   context_.session.TakeBackupFault();  // of the league that was open before
   Say({});
+  RefreshSeason();
 }
 
 void SeasonMenu::OthersChanged() {
   UpdateItems();
   told_ = nextUndo_;
   Say(tr("Another program has changed this league; what it holds now is shown."));
+  RefreshSeason();
 }
 
 void SeasonMenu::AfterCommand() {
   UpdateItems();
+  RefreshSeason();
   const std::int64_t before = std::exchange(told_, nextUndo_);
   if (nextUndo_ <= before) return;
   Guarded(context_.ui, [&] {
@@ -158,6 +169,7 @@ void SeasonMenu::Step(Direction direction) {
     const auto label = TakeStep(context_, direction);
     host_.show();
     UpdateItems();
+    RefreshSeason();
     told_ = nextUndo_;
     if (!label) return;
     const QString what = Shortened(*label, kLineCharacters);
@@ -174,6 +186,7 @@ void SeasonMenu::ShowHistory() {
         [&] {
           walked = true;
           host_.show();
+          RefreshSeason();
         },
         window_);
     dialog.exec();
@@ -182,6 +195,25 @@ void SeasonMenu::ShowHistory() {
     if (!walked) return;
     Say(nextRedo_ != 0 ? tr("What was taken back, Ctrl+Y does again, one by one.") : QString());
   });
+}
+
+void SeasonMenu::ShowSeason() {
+  Guarded(context_.ui, [&] {
+    if (view_ == nullptr) {
+      // Without a parent it may stand behind the main window, too; it goes with that all the same.
+      view_ = std::make_unique<frmSeasonView>(context_);
+      view_->setAttribute(Qt::WA_QuitOnClose, false);
+    } else {
+      view_->Refresh();
+    }
+    view_->show();
+    view_->raise();
+    view_->activateWindow();
+  });
+}
+
+void SeasonMenu::RefreshSeason() {
+  if (view_ != nullptr && view_->isVisible()) view_->Refresh();
 }
 
 // ---- copies

@@ -10,12 +10,15 @@
 #include <QObject>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "forms/FormContext.h"
 #include "forms/Undoing.h"
 
 namespace scorvane::forms {
+
+class frmSeasonView;
 
 class SeasonMenu : public QObject {
  public:
@@ -27,6 +30,8 @@ class SeasonMenu : public QObject {
   };
   // Adds its entries to the menu and the line to the window, which owns this object.
   SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, Host host);
+
+  ~SeasonMenu() override;
 
   // To be called when another league, or none, is open: nothing has been done to it yet.
   void LeagueChanged();
@@ -41,6 +46,8 @@ class SeasonMenu : public QObject {
   void Say(const QString& text);
   void Step(Direction direction);
   void ShowHistory();
+  void ShowSeason();
+  void RefreshSeason();
   // Any other window of the season, and what it changed.
   template <typename Form>
   void ShowForm();
@@ -65,6 +72,9 @@ class SeasonMenu : public QObject {
   QAction* teams_;
   QAction* playoff_;
   QAction* whatIf_;
+  QAction* season_;
+  QAction* publish_;
+  std::unique_ptr<frmSeasonView> view_;  // made when it is first asked for
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing
   std::int64_t nextRedo_ = 0;

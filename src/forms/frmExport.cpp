@@ -85,6 +85,8 @@ frmExport::frmExport(FormContext& context, reports::PageSubject subject, QWidget
   const auto buttons = AddButtons(layout, this, {{0, tr("&Export")}, {1, tr("Cancel")}});
   static_cast<QHBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, preview);
   buttons.at(0)->setDefault(true);
+  buttons.at(0)->setToolTip(
+      tr("A file name that ends in .xlsx or .csv makes a spreadsheet instead of a page."));
   connect(preview, &QPushButton::clicked, this, &frmExport::Preview);
   connect(buttons.at(0), &QPushButton::clicked, this, &frmExport::Export);
   connect(buttons.at(1), &QPushButton::clicked, this, &QDialog::reject);

@@ -7,6 +7,7 @@
 
 #include "charts/Chart.h"
 #include "site/Pages.h"
+#include "site/SeasonCharts.h"
 
 namespace scorvane::site {
 
@@ -38,11 +39,8 @@ View Pages::DriverResult(const SiteResult& result) const {
   row["racename"] = RaceName(race);
   row["racepath"] = fmt::format("{}#driver-{}", Up(RacePath(race)), model_.drivers[result.driver].id);
   if (result.dropped) row["dropped"] = true;
-  const auto moment = std::lower_bound(
-      model_.moments.begin(), model_.moments.end(), result.race + 1,
-      [](const SiteMoment& candidate, std::size_t races) { return candidate.races < races; });
-  if (moment != model_.moments.end() && moment->races == result.race + 1 &&
-      moment->position[result.driver] > 0) {
+  const SiteMoment* moment = model_.MomentAfter(result.race);
+  if (moment != nullptr && moment->position[result.driver] > 0) {
     View after;
     after["afterposition"] = std::to_string(moment->position[result.driver]);
     after["afterpoints"] = std::to_string(*moment->points[result.driver]);
@@ -75,20 +73,11 @@ std::string Pages::Driver(std::size_t index) {
   const std::size_t shown = std::min(driver.results.size(), kDriverRaces);
   const std::size_t first = driver.results.size() - shown;
   View rows = ViewList();
-  charts::PlaceInput places;
-  places.title = "Finishes";
-  places.description =
-      fmt::format("The finish of {} in each race; the longer the bar, the better.", driver.name);
-  places.entryHeading = "Race";
   bool dropped = false;
   for (std::size_t i = first; i < driver.results.size(); ++i) {
     const SiteResult& result = model_.results[driver.results[i]];
     Append(rows, DriverResult(result));
     dropped = dropped || result.dropped;
-    places.entries.push_back(RaceName(model_.races[result.race]));
-    places.entryNumbers.push_back(static_cast<int>(result.race + 1));
-    places.places.emplace_back();
-    if (result.finish && *result.finish > 0) places.places.back() = *result.finish;
   }
   page["driverresults"] = std::move(rows);
   page["hasdropped"] = dropped;
@@ -96,7 +85,10 @@ std::string Pages::Driver(std::size_t index) {
   page["onlylast"] =
       first == 0 ? View(false) : View(fmt::format("The last {} of {} races.", shown, driver.results.size()));
   page["finishchart"] = false;
-  if (shown > 0) Show(page, "finishchart", charts::PlaceChart(places), "finish-chart", "races");
+  if (shown > 0)
+    Show(page, "finishchart",
+         charts::PlaceChart(FinishesOf(model_, static_cast<std::uint32_t>(index), shown)), "finish-chart",
+         "races");
   ShowPoints(page, driver, static_cast<std::uint32_t>(index));
   ShowTracks(page, driver);
   return theme_.Render("driver", page);

@@ -1,5 +1,7 @@
 #include "site/Model.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <tuple>
 #include <unordered_map>
@@ -205,6 +207,17 @@ const SiteResult* SiteModel::Winner(const SiteRace& race) const {
 bool SiteModel::HasAverageSpeeds() const {
   const bool fromPages = simType >= common::kNascarRacing4 && simType <= common::kNascarRacing2003;
   return !fromPages && leagueType != common::kOnline;
+}
+
+const SiteMoment* SiteModel::MomentAfter(std::size_t race) const {
+  const auto moment = std::lower_bound(
+      moments.begin(), moments.end(), race + 1,
+      [](const SiteMoment& candidate, std::size_t wanted) { return candidate.races < wanted; });
+  return moment != moments.end() && moment->races == race + 1 ? &*moment : nullptr;
+}
+
+std::string RaceName(const SiteRace& race) {
+  return race.name.empty() ? fmt::format("Race {}", race.id) : race.name;
 }
 
 SiteModel ReadModel(engine::Database& league, const common::ProcessState& state) {

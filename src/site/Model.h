@@ -112,7 +112,12 @@ struct SiteModel {
   const SiteResult* Winner(const SiteRace& race) const;
   // Whether results say an average speed of their own.
   bool HasAverageSpeeds() const;
+  // The championship after a race; null when none was kept for it.
+  const SiteMoment* MomentAfter(std::size_t race) const;
 };
+
+// What a race is called: its number where the file has no name.
+std::string RaceName(const SiteRace& race);
 
 inline constexpr std::size_t kMostMoments = 60;
 

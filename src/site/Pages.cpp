@@ -9,6 +9,7 @@
 #include "common/Formats.h"
 #include "engine/Format.h"
 #include "reports/PageLook.h"
+#include "site/SeasonCharts.h"
 
 namespace scorvane::site {
 namespace {
@@ -158,10 +159,6 @@ void Pages::Show(View& page, const char* name, const charts::Chart& chart, const
 
 std::string Pages::Number(double number, int digits) const {
   return common::LocalizeDecimal(fmt::format("{:.{}f}", number, digits), model_.decimal);
-}
-
-std::string Pages::RaceName(const SiteRace& race) {
-  return race.name.empty() ? fmt::format("Race {}", race.id) : race.name;
 }
 
 View Pages::DriverLink(std::uint32_t driver) const {
@@ -418,27 +415,13 @@ std::string Pages::Report(const SiteReport& report, std::size_t page,
 
 void Pages::ShowPointsChart(View& page) {
   if (model_.moments.empty() || model_.standings.empty()) return;
-  charts::LineInput input;
-  input.title = "Points race by race";
-  input.entryHeading = "After";
   const std::size_t shown = std::min(kChartedDrivers, model_.standings.size());
   const SiteDriver& leader = model_.drivers[model_.standings.front()];
+  charts::LineInput input = PointsByRace(
+      model_, {model_.standings.begin(), model_.standings.begin() + static_cast<std::ptrdiff_t>(shown)});
   input.description =
       fmt::format("The points of the first {} of the championship after each race. {} leads with {}.", shown,
                   leader.name, leader.Points());
-  for (const SiteMoment& moment : model_.moments) {
-    input.entries.push_back(RaceName(model_.races[moment.races - 1]));
-    input.entryNumbers.push_back(static_cast<int>(moment.races));
-  }
-  for (std::size_t i = 0; i < shown; ++i) {
-    const std::uint32_t driver = model_.standings[i];
-    charts::Series series{model_.drivers[driver].name, {}};
-    for (const SiteMoment& moment : model_.moments) {
-      series.values.emplace_back();
-      if (const auto& points = moment.points[driver]) series.values.back() = static_cast<double>(*points);
-    }
-    input.series.push_back(std::move(series));
-  }
   Show(page, "pointschart", charts::LineChart(input), "points-chart");
 }
 

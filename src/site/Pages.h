@@ -88,8 +88,6 @@ class Pages {
   std::string Up(const std::string& path) const { return up_ + path; }  // from the page that is being made
   std::string Number(double number, int digits) const;
   std::string Qualifying(const SiteResult& result, const SiteRace& race) const;
-  // The position of a race in the season, from 1.
-  static std::string RaceName(const SiteRace& race);
   View DriverLink(std::uint32_t driver) const;
   View TotalsView(const SiteDriver& driver) const;
   View RaceRow(std::size_t race) const;

@@ -8,6 +8,7 @@
 #include "charts/Chart.h"
 #include "common/Formats.h"
 #include "site/Pages.h"
+#include "site/SeasonCharts.h"
 
 namespace scorvane::site {
 namespace {
@@ -136,10 +137,6 @@ std::string Pages::Race(std::size_t index) {
 
   bool prizes = false;
   View rows = ViewList();
-  charts::ShiftInput shifts{
-      "Places gained and lost",
-      fmt::format("For each driver of the race at {} the places between start and finish.", name),
-      {}};
   View bonuses = ViewList();
   std::set<std::uint32_t> seen;
   for (std::uint32_t i = race.first; i < race.end; ++i) {
@@ -155,7 +152,6 @@ std::string Pages::Race(std::size_t index) {
     row["anchor"] = first ? fmt::format("driver-{}", driver.id) : fmt::format("result-{}", result.id);
     Append(rows, std::move(row));
     prizes = prizes || result.prizeMoney.value_or(0) != 0;
-    if (result.Gained()) shifts.rows.push_back({driver.name, *result.start, *result.finish});
     if (result.bonus.value_or(0) != 0) {
       View bonus = DriverLink(result.driver);
       bonus["bonuspoints"] = Signed(*result.bonus);
@@ -171,6 +167,7 @@ std::string Pages::Race(std::size_t index) {
   page["bonuses"] = std::move(bonuses);
   page["datapath"] = Up(DataPath(race));
   page["shiftchart"] = false;
+  const charts::ShiftInput shifts = PlacesGained(model_, index);
   if (!shifts.rows.empty()) Show(page, "shiftchart", charts::ShiftChart(shifts), "places-chart", "results");
   return theme_.Render("race", page);
 }

@@ -30,7 +30,9 @@
 #include "forms/frmPickDrivers.h"
 #include "forms/frmPlayoff.h"
 #include "forms/frmPointSystem.h"
+#include "forms/frmPublish.h"
 #include "forms/frmRaces.h"
+#include "forms/frmSeasonView.h"
 #include "forms/frmStats.h"
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
@@ -86,6 +88,13 @@ class EveryWindow : public FormFixture {
     show(whatIf);
     Find<QTabWidget>(whatIf, "ts").setCurrentIndex(1);
     show(whatIf);
+    frmSeasonView season(context_, nullptr);
+    for (int tab = 0; tab < 4; ++tab) {
+      Find<QTabWidget>(season, "ts").setCurrentIndex(tab);
+      show(season);
+    }
+    frmPublish publish(context_, nullptr);
+    show(publish);
     frmHistory history(context_, {}, nullptr);
     show(history);
     frmPointSystem points(context_, nullptr);

@@ -264,6 +264,20 @@ TEST_F(StandingsView, TheButtonsEditAndExportTheShownReport) {
   EXPECT_NE(page.find("Results after 33 events"), std::string::npos);
   EXPECT_EQ(page.find("Jeff Gordon"), std::string::npos) << "a column that is hidden";
   EXPECT_NE(page.find("5328"), std::string::npos);
+
+  // A spreadsheet by its name; one that cannot be written is said.
+  ui_.filesToSave = {folder_.File("standings.CSV"), folder_.File("none/standings.xlsx")};
+  for (int i = 0; i < 2; ++i) {
+    OnModal([](QWidget& dialog) { Click(dialog, 0); });
+    Click(view, 0);
+    EXPECT_EQ(ui_.messages.size(), 2U + static_cast<std::size_t>(i));
+  }
+  std::ifstream sheet(folder_.File("standings.CSV"));
+  std::string line;
+  std::getline(sheet, line);
+  EXPECT_EQ(line.substr(0, 11), "Pos,Points,");
+  std::getline(sheet, line);
+  EXPECT_EQ(line.substr(0, 7), "1,5328,");
 }
 
 }  // namespace
