@@ -3,8 +3,11 @@
 
 #include <QHeaderView>
 #include <QMenu>
+#include <QScreen>
 
+#include "common/SettingsStore.h"
 #include "forms/FormFixture.h"
+#include "forms/WindowMemory.h"
 #include "forms/frmDriverList.h"
 #include "forms/frmHistory.h"
 #include "forms/frmRaces.h"
@@ -119,6 +122,37 @@ TEST_F(Grid, TheHistoryGoesBackToTheChangeThatIsSeen) {
   Click(history, 0);
   ASSERT_EQ(ui_.messages.size(), 1U);
   EXPECT_NE(ui_.messages[0].text.find(chosen), std::string::npos) << ui_.messages[0].text;
+}
+
+TEST_F(Grid, WindowsAndColumnsComeUpAsTheyWereLeft) {
+  OpenLeague(common::kNascarRacing3);
+  const WindowMemory memory(*template_);
+  {
+    frmDriverList drivers(context_);
+    Show(drivers);
+    drivers.setGeometry(90, 80, 700, 500);
+    auto& grid = Find<SelectionGrid>(drivers, "fgDList");
+    const QHeaderView* header = grid.horizontalHeader();
+    const QPoint edge(header->sectionViewportPosition(1) - 1, header->height() / 2);
+    QTest::mousePress(header->viewport(), Qt::LeftButton, {}, edge);
+    QTest::mouseMove(header->viewport(), edge + QPoint(20, 0));
+    QTest::mouseMove(header->viewport(), edge + QPoint(60, 0));
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, {}, edge + QPoint(60, 0));
+    drivers.close();
+  }
+  frmDriverList drivers(context_);
+  const int given = Find<SelectionGrid>(drivers, "fgDList").columnWidth(0);
+  Show(drivers);
+  EXPECT_EQ(drivers.size(), QSize(700, 500));
+  EXPECT_EQ(Find<SelectionGrid>(drivers, "fgDList").columnWidth(0), given + 60);
+  drivers.close();
+
+  // What is not to be read, or lies outside the screen, leaves the window where it can be seen.
+  common::SaveSettingValue(*template_, common::kWindowPlaces,
+                           R"({"frmDriverList":{"place":"AAAA","fgDList":7}})");
+  frmDriverList again(context_);
+  Show(again);
+  EXPECT_TRUE(again.screen()->geometry().intersects(again.geometry()));
 }
 
 TEST(Contrast, MutedTextCanBeReadInEveryTheme) {
