@@ -23,6 +23,7 @@ enum TemplateSetting : int {
   kShowImportAlerts = 18,
   kBackupFolder = 20,
   kBackupDays = 21,
+  kWindowPlaces = 22,
 };
 
 // Settings of a league file.

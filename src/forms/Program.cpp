@@ -7,6 +7,7 @@
 #include "app/LeagueSession.h"
 #include "common/Paths.h"
 #include "forms/FormContext.h"
+#include "forms/WindowMemory.h"
 #include "forms/frmSplash.h"
 #include "forms/widgets/QtUserInterface.h"
 #include "platform/Platform.h"
@@ -33,6 +34,7 @@ int RunProgram(const QApplication& application, const std::function<void(frmRace
         common::JoinPath(platform::ApplicationFolder(), "Kirrelon.dat"));
     app::LeagueSession session(engine, *templateDb, state, ui);
     FormContext context{engine, *templateDb, state, ui, session};
+    const WindowMemory memory(*templateDb);
     frmRaces window(context);
     session.SetSimFolderPrompt([&window] { window.ShowOptions(); });
     window.show();

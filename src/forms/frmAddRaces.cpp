@@ -1,16 +1,19 @@
 #include "forms/frmAddRaces.h"
 
+#include <QDragEnterEvent>
 #include <QEventLoop>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyledItemDelegate>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "app/Commands.h"
 #include "common/Paths.h"
+#include "forms/Drops.h"
 #include "forms/frmEditRace.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
@@ -82,6 +85,7 @@ frmAddRaces::frmAddRaces(FormContext& context, QWidget* parent)
     : QDialog(parent), context_(context), showAlerts_(import::ShowsImportAlerts(context.templateDb)) {
   setObjectName(QStringLiteral("frmAddRaces"));
   setWindowTitle(tr("Import"));
+  setAcceptDrops(true);
   app::PrepareImport(context.session.League(), context.templateDb, context.state);
   auto* layout = new QGridLayout(this);
   layout->addWidget(BuildList(), 0, 0);
@@ -185,12 +189,16 @@ QLayout* frmAddRaces::BuildButtons() {
   return layout;
 }
 
-// Enter in the list opens the file that the keyboard is at.
+// Enter in the list opens the file that the keyboard is at; Insert and Delete are Add and Remove.
 bool frmAddRaces::eventFilter(QObject* watched, QEvent* event) {
   if (watched == lstRaces_ && event->type() == QEvent::KeyPress) {
     const int key = static_cast<QKeyEvent*>(event)->key();
     if (key == Qt::Key_Return || key == Qt::Key_Enter) {
       EditFile();
+      return true;
+    }
+    if (key == Qt::Key_Insert || key == Qt::Key_Delete) {
+      buttons_[key == Qt::Key_Insert ? kAdd : kRemove]->click();
       return true;
     }
   }
@@ -215,7 +223,37 @@ void frmAddRaces::AddFiles() {
     defaultFolder_ = request.folder;
     if (!chosen.empty()) ReadFiles(chosen);
   });
+  SelectFirst();
+}
+
+void frmAddRaces::AddPaths(const std::vector<std::string>& paths) {
+  Guarded(context_.ui, [&] {
+    const std::vector<std::string> files = app::ExpandFolders(paths, context_.state.simType);
+    if (defaultFolder_.empty()) defaultFolder_ = app::ResultFolder(context_.state);
+    if (!files.empty()) {
+      ReadFiles(files);
+      return;
+    }
+    context_.ui.ShowMessage({"There are no result files of the league's simulation in what was dropped.",
+                             "Import", common::MessageIcon::Information});
+  });
+  SelectFirst();
+}
+
+void frmAddRaces::SelectFirst() {
   if (lstRaces_->count() > 0 && lstRaces_->selectedItems().isEmpty()) lstRaces_->setCurrentRow(0);
+}
+
+void frmAddRaces::dragEnterEvent(QDragEnterEvent* event) {
+  if (!DraggedResults(event->mimeData()).empty()) event->acceptProposedAction();
+}
+
+void frmAddRaces::dropEvent(QDropEvent* event) {
+  const std::vector<std::string> paths = DraggedResults(event->mimeData());
+  if (paths.empty()) return;
+  event->acceptProposedAction();
+  // Later, so that the program they come from does not wait until they are read.
+  QTimer::singleShot(0, this, [this, paths] { AddPaths(paths); });
 }
 
 void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
@@ -253,6 +291,7 @@ void frmAddRaces::RemoveFiles() {
       ids.push_back(lstRaces_->item(row)->data(Qt::UserRole).toInt());
     }
     app::RemoveStagedRaces(context_.session.League(), ids);
+    for (const std::int32_t id : ids) edited_.erase(id);
     for (const int row : rows) delete lstRaces_->takeItem(row);
   });
   // The neighbour of a removed file is not meant, though the keyboard is there now.
@@ -263,9 +302,25 @@ void frmAddRaces::EditFile() {
   const QListWidgetItem* current = lstRaces_->currentItem();
   if (current == nullptr) return;
   Guarded(context_.ui, [&] {
-    frmEditRace editor(context_, {current->data(Qt::UserRole).toInt(), true}, this);
+    const int staged = current->data(Qt::UserRole).toInt();
+    frmEditRace editor(context_, {staged, true}, this);
     editor.exec();
+    if (editor.Edited()) edited_.insert(staged);
   });
+}
+
+bool frmAddRaces::MeansToLoseEdits() {
+  if (edited_.empty()) return true;
+  const common::Message question{
+      "Results of this list were edited and are not imported yet.\r\nDo you want to lose these changes?",
+      "Import", common::MessageIcon::Exclamation};
+  return context_.ui.Ask(question, common::Buttons::YesNo) == common::Answer::Yes;
+}
+
+// Esc is pressed by mistake more easily than Cancel.
+void frmAddRaces::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape && !MeansToLoseEdits()) return;
+  QDialog::keyPressEvent(event);
 }
 
 // What seems to be in the league already is asked about once, before anything is done.

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <array>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,14 @@ class frmAddRaces : public QDialog {
   // loop: an answer does.
   int exec() override;
 
+  // Reads files into the list, and of folders the result files in them, as Add does.
+  void AddPaths(const std::vector<std::string>& paths);
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   enum Button { kAdd, kRemove, kEdit, kImport, kCancel, kButtons };
@@ -39,13 +46,16 @@ class frmAddRaces : public QDialog {
   void ListFile(const app::StagedFile& file);
   void RemoveFiles();
   void EditFile();
+  bool MeansToLoseEdits();
   bool MeansDuplicates();
   void Import();
   void SelectionChanged();
+  void SelectFirst();
   void ShowAgain();
 
   FormContext& context_;
   bool showAlerts_;
+  std::set<int> edited_;       // the staged races that were edited here
   std::string defaultFolder_;  // files that lie in it are listed without their folder
   QListWidget* lstRaces_ = nullptr;
   QComboBox* cboLRM_ = nullptr;

@@ -42,6 +42,7 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   grid_->setAccessibleName(tr("Drivers of the league"));
   grid_->SetColumns({{tr("Driver"), 3130, Qt::AlignLeft}, {tr("Excluded?"), 1150, Qt::AlignHCenter}});
   grid_->horizontalHeader()->setSectionsClickable(true);
+  grid_->SetFilterable();
   grid_->setMinimumWidth(grid_->columnWidth(0) + grid_->columnWidth(1) + 40);
   grid_->setMinimumHeight(grid_->fontMetrics().height() * 18);
 
@@ -90,6 +91,8 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   connect(buttons_[kExclude], &QPushButton::clicked, this, [this] { SetExclude(true); });
   connect(buttons_[kRemoveResults], &QPushButton::clicked, this, &frmDriverList::RemoveExcludedResults);
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
+  grid_->SetMenu(
+      {buttons_[kEdit], buttons_[kAdd], buttons_[kRemove], nullptr, buttons_[kInclude], buttons_[kExclude]});
   LoadDrivers();
   new DialogUndo(context_, this, [this] { ShowAgain(); });
   grid_->setFocus();
@@ -109,7 +112,7 @@ void frmDriverList::LoadDrivers() {
 void frmDriverList::UpdateButtons() {
   for (const int index : {kRemove, kInclude, kExclude}) buttons_[index]->setEnabled(HasDrivers());
   buttons_[kEdit]->setEnabled(HasDrivers() && grid_->OneRowSelected());
-  lblNumDrivers_->setText(QString::number(HasDrivers() ? grid_->RowCount() : 0));
+  lblNumDrivers_->setText(QString::number(HasDrivers() ? grid_->AllRows() : 0));
 }
 
 // What the league holds now, in the order and with the selection that were there.
@@ -137,6 +140,9 @@ void frmDriverList::SortRows() {
     const QString second = (ascending ? b : a).cells.value(sortedBy_);
     return SortsBefore(Utf8(first), Utf8(second), context_.state.decimalSeparator);
   });
+  grid_->horizontalHeader()->setSortIndicatorShown(true);
+  grid_->horizontalHeader()->setSortIndicator(sortedBy_,
+                                              ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
 }
 
 void frmDriverList::SetExclude(bool exclude) {
@@ -166,7 +172,7 @@ void frmDriverList::RemoveDrivers() {
 void frmDriverList::RemoveSelectedRows() {
   const int first = grid_->FirstSelected();
   for (int row = grid_->LastSelected(); row >= first; --row) {
-    if (grid_->RowCount() > 1) {
+    if (grid_->AllRows() > 1) {
       grid_->RemoveRow(row);
     } else {
       grid_->SetRow(row, {});

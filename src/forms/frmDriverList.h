@@ -32,7 +32,7 @@ class frmDriverList : public QDialog {
   void RemoveExcludedResults();
   void UpdateButtons();
   // An empty list shows one empty row.
-  bool HasDrivers() const { return grid_->RowData(0) != 0; }
+  bool HasDrivers() const { return grid_->HighestData() != 0; }
 
   FormContext& context_;
   SelectionGrid* grid_;

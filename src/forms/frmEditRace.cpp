@@ -63,6 +63,7 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
        {averageSpeed_ ? tr("Avg Speed") : QString(), averageSpeed_ ? 1200 : 0, Qt::AlignHCenter},
        {tr("Qualify"), 1000, Qt::AlignHCenter},
        {tr("Reason Out"), 1400, Qt::AlignLeft}});
+  grid_->SetArrangeable();
   int width = 40;
   for (int c = 0; c < kColumns; ++c) width += grid_->isColumnHidden(c) ? 0 : grid_->columnWidth(c);
   resize(width, grid_->fontMetrics().height() * 36);
@@ -95,6 +96,8 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
     if (grid_->OneRowSelected()) EditResult(grid_->CurrentRow());
   });
   connect(grid_, &SelectionGrid::RowDoubleClicked, this, &frmEditRace::EditResult);
+  grid_->SetMenu(
+      {buttons_[kEdit], buttons_[kAdd], buttons_[kRemove], nullptr, buttons_[kRecalc], cmdPenalty_});
   FillGrid();
   // What is staged is no part of the league yet, and in no history.
   if (!race_.staged) new DialogUndo(context_, this, [this] { ShowAgain(); });
@@ -200,9 +203,7 @@ void frmEditRace::SelectionChanged() {
 
 void frmEditRace::ShowOutcome() {
   if (race_.staged || !scoring::HasPenalties(context_.session.League(), race_.id)) return;
-  const int row = grid_->FirstSelected();
-  FillGrid();
-  grid_->SelectRows(row, row);
+  ShowAgain();
 }
 
 void frmEditRace::GivePenalty() {
@@ -246,6 +247,7 @@ void frmEditRace::AddResult() {
   });
   dialog.exec();
   if (dialog.Cancelled()) return;
+  edited_ = true;
   Guarded(context_.ui, [&] {
     // The new result stands at the end until the race is opened again or recalculated.
     SelectionGrid::Row row = RowOf(scoring::ReadRaceResult(context_.session.League(), race_, added));
@@ -272,6 +274,7 @@ void frmEditRace::EditResult(int row) {
     });
     dialog.exec();
     if (dialog.Cancelled()) return;
+    edited_ = true;
     grid_->SetRow(row, RowOf(scoring::ReadRaceResult(league, race_, id)));
     ShowOutcome();
   });
@@ -284,8 +287,9 @@ void frmEditRace::RemoveResults() {
     std::vector<std::int32_t> ids;
     for (int row = grid_->LastSelected(); row >= first; --row) ids.push_back(grid_->RowData(row));
     app::RemoveResults(context_.session, race_, ids);
+    edited_ = true;
     for (int row = grid_->LastSelected(); row >= first; --row) {
-      if (grid_->RowCount() > 1) {
+      if (grid_->AllRows() > 1) {
         grid_->RemoveRow(row);
         continue;
       }
@@ -314,6 +318,7 @@ void frmEditRace::Recalculate() {
       } else {
         app::Recalculate(context_.session, context_.ui, {race_.id});
       }
+      edited_ = true;
     }
     FillGrid();
   });

@@ -18,6 +18,9 @@ class frmEditRace : public QDialog {
  public:
   frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* parent = nullptr);
 
+  // Whether anything was edited since the dialog opened.
+  bool Edited() const { return edited_; }
+
  private:
   void ShowHeader(QGridLayout* layout);
   void FillGrid();
@@ -32,13 +35,14 @@ class frmEditRace : public QDialog {
   void GivePenalty();
   // Where the race has penalties an edit of one result may change others.
   void ShowOutcome();
-  bool HasResults() const { return grid_->RowData(0) != 0; }
+  bool HasResults() const { return grid_->HighestData() != 0; }
   QString Speed(const engine::Value& speed) const;
 
   FormContext& context_;
   scoring::RaceKey race_;
   scoring::RaceHeader header_;
   bool averageSpeed_;
+  bool edited_ = false;
   SelectionGrid* grid_;
   std::map<int, QPushButton*> buttons_;
   QPushButton* cmdPenalty_ = nullptr;              // none in a race that is being imported

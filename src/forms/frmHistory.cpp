@@ -34,6 +34,7 @@ frmHistory::frmHistory(FormContext& context, std::function<void()> changed, QWid
                      {tr("Touched"), 2800, Qt::AlignLeft},
                      {tr("State"), 900, Qt::AlignLeft}});
   grid_->horizontalHeader()->setStretchLastSection(true);
+  grid_->SetArrangeable();
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(grid_, 1);
   buttons_ =
@@ -54,6 +55,7 @@ frmHistory::frmHistory(FormContext& context, std::function<void()> changed, QWid
   add(Qt::CTRL | Qt::Key_Z, Direction::Undo);
   add(Qt::CTRL | Qt::Key_Y, Direction::Redo);
   add(Qt::CTRL | Qt::SHIFT | Qt::Key_Z, Direction::Redo);
+  grid_->SetMenu({buttons_[kGoBack]});
   Load();
   int width = 60;
   for (int column = 0; column < grid_->ColumnCount(); ++column) width += grid_->columnWidth(column);
@@ -86,8 +88,10 @@ void frmHistory::Load() {
 
 const engine::LoggedChange* frmHistory::Chosen() const {
   if (!grid_->OneRowSelected()) return nullptr;
-  const engine::LoggedChange& change = changes_[static_cast<std::size_t>(grid_->CurrentRow())];
-  return change.undone ? nullptr : &change;
+  const int id = grid_->RowData(grid_->CurrentRow());
+  const auto change = std::find_if(changes_.begin(), changes_.end(),
+                                   [id](const engine::LoggedChange& one) { return one.id == id; });
+  return change == changes_.end() || change->undone ? nullptr : &*change;
 }
 
 void frmHistory::UpdateButtons() {

@@ -30,7 +30,7 @@ class frmHistory : public QDialog {
 
   FormContext& context_;
   std::function<void()> changed_;
-  std::vector<engine::LoggedChange> changes_;  // as the rows of the grid
+  std::vector<engine::LoggedChange> changes_;  // newest first
   SelectionGrid* grid_;
   std::map<int, QPushButton*> buttons_;
 };

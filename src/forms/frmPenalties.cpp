@@ -30,6 +30,7 @@ frmPenalties::frmPenalties(FormContext& context, QWidget* parent) : QDialog(pare
                      {tr("Reason"), 3000, Qt::AlignLeft},
                      {tr("Given"), 1600, Qt::AlignLeft}});
   grid_->horizontalHeader()->setStretchLastSection(true);
+  grid_->SetArrangeable();
   layout->addWidget(grid_, 1);
   buttons_ = AddButtons(layout, this,
                         {{kRemove, tr("&Remove"), tr("Take the selected penalties back")},
@@ -37,6 +38,7 @@ frmPenalties::frmPenalties(FormContext& context, QWidget* parent) : QDialog(pare
   connect(buttons_[kRemove], &QPushButton::clicked, this, &frmPenalties::RemovePenalties);
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::accept);
   connect(grid_, &SelectionGrid::DeletePressed, this, &frmPenalties::RemovePenalties);
+  grid_->SetMenu({buttons_[kRemove]});
   FillGrid();
   int width = 40;
   for (int c = 0; c < grid_->ColumnCount(); ++c) width += grid_->columnWidth(c);

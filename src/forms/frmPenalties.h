@@ -18,7 +18,7 @@ class frmPenalties : public QDialog {
  private:
   void FillGrid();
   void RemovePenalties();
-  bool HasPenalties() const { return grid_->RowData(0) != 0; }
+  bool HasPenalties() const { return grid_->HighestData() != 0; }
 
   FormContext& context_;
   SelectionGrid* grid_;

@@ -145,6 +145,7 @@ void frmPlayoff::BuildGrids() {
   fgOutlook_ = new SelectionGrid(QStringLiteral("fgOutlook"), this);
   fgOutlook_->setAccessibleName(tr("Who is in the playoff"));
   ShowPlaces(*fgOutlook_);
+  fgOutlook_->SetArrangeable();
   lblOutlook_->setBuddy(fgOutlook_);
   box->addWidget(fgOutlook_, 3);
 }

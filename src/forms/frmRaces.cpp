@@ -6,11 +6,11 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "app/Commands.h"
 #include "app/LeagueSession.h"
@@ -19,6 +19,8 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "forms/Drops.h"
+#include "forms/Help.h"
 #include "forms/SavePage.h"
 #include "forms/frmAddRaces.h"
 #include "forms/frmDriverList.h"
@@ -35,18 +37,6 @@
 #include "platform/Platform.h"
 
 namespace scorvane::forms {
-namespace {
-
-// The league file that is dragged over the window; empty when it is something else, or several files.
-std::string DraggedLeague(const QMimeData* data) {
-  const QList<QUrl> urls = data->urls();
-  if (urls.size() != 1 || !urls.constFirst().isLocalFile()) return {};
-  const std::string path = PathUtf8(urls.constFirst().toLocalFile());
-  return common::LowerCase(common::GetExtension(path)) == app::kLeagueExtension ? path : std::string();
-}
-
-}  // namespace
-
 frmRaces::frmRaces(FormContext& context) : context_(context) {
   setObjectName(QStringLiteral("frmRaces"));
   setWindowTitle(Q(common::kApplicationTitle));
@@ -79,6 +69,7 @@ void frmRaces::BuildGrid(QWidget* parent) {
                      {tr("Miles"), 800, Qt::AlignHCenter},
                      {tr("Standings File"), 2500, Qt::AlignLeft}});
   grid_->horizontalHeader()->setStretchLastSection(true);
+  grid_->SetArrangeable();
   connect(grid_, &SelectionGrid::SelectionChanged, this, &frmRaces::UpdateCommands);
   connect(grid_, &SelectionGrid::InsertPressed, this, [this] {
     if (context_.session.IsOpen()) Run(&frmRaces::Import);
@@ -150,6 +141,7 @@ QLayout* frmRaces::BuildRaceMenu(QWidget* parent) {
   QAction* html =
       AddItem(race, "mnuRace", 6, tr("&HTML"), Qt::CTRL | Qt::Key_H, &frmRaces::ExportRace, Needs::OneRace);
 
+  grid_->SetMenu({edit, remove, html, nullptr, import, calculate});
   auto* row = new QHBoxLayout;
   int index = 0;
   auto addButton = [&](const QString& caption, QAction* item, const QString& toolTip = {}) {
@@ -282,6 +274,7 @@ void frmRaces::OpenLeagueFile(const std::string& path) {
     if (!opened) return;
     setWindowTitle(Q(common::GetFileTitle(path, true)) + QStringLiteral(" - ") +
                    Q(common::kApplicationTitle));
+    grid_->RestoreOrder();
     FillRaceGrid();
     recent_.Add(context_.session.League().Name());
     ShowRecentFiles();
@@ -350,15 +343,22 @@ bool frmRaces::event(QEvent* event) {
 }
 
 void frmRaces::dragEnterEvent(QDragEnterEvent* event) {
-  if (!DraggedLeague(event->mimeData()).empty()) event->acceptProposedAction();
+  if (!DraggedLeague(event->mimeData()).empty() ||
+      (context_.session.IsOpen() && !DraggedResults(event->mimeData()).empty()))
+    event->acceptProposedAction();
 }
 
 void frmRaces::dropEvent(QDropEvent* event) {
   const std::string path = DraggedLeague(event->mimeData());
-  if (path.empty()) return;
+  const std::vector<std::string> results = DraggedResults(event->mimeData());
+  if (path.empty() && (results.empty() || !context_.session.IsOpen())) return;
   event->acceptProposedAction();
   // Later, so that the program it comes from does not wait for what opening may ask.
-  QTimer::singleShot(0, this, [this, path] { OpenLeagueFile(path); });
+  QTimer::singleShot(0, this, [this, path, results] {
+    if (!path.empty()) return OpenLeagueFile(path);
+    dropped_ = results;
+    Run(&frmRaces::Import);
+  });
 }
 
 void frmRaces::closeEvent(QCloseEvent* event) {
@@ -399,15 +399,23 @@ void frmRaces::ShowProperties() {
   });
 }
 
+// With what was dropped on the window, if anything was, in the list.
 void frmRaces::Import() {
+  const std::vector<std::string> dropped = std::exchange(dropped_, {});
+  const int before = grid_->HighestData();
   Guarded(context_.ui, [&] {
     frmAddRaces dialog(context_, this);
+    if (!dropped.empty()) QTimer::singleShot(0, &dialog, [&] { dialog.AddPaths(dropped); });
     dialog.exec();
   });
-  if (context_.session.IsOpen()) Guarded(context_.ui, [&] { FillRaceGrid(); });
+  if (!context_.session.IsOpen()) return;
+  Guarded(context_.ui, [&] { FillRaceGrid(); });
+  const int newest = grid_->HighestData();
+  if (newest > before) grid_->ShowData(newest);
 }
 
 void frmRaces::RemoveRaces() {
+  if (HasRaces() && grid_->FirstSelected() < 0) return;
   const common::Message question{
       "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?",
       "Confirmation", common::MessageIcon::None};
@@ -439,11 +447,7 @@ void frmRaces::ShowOptions() {
 }
 
 void frmRaces::ViewReadMe() {
-  std::string path = common::JoinPath(platform::ApplicationFolder(), "ReadMe.htm");
-  if (!common::FileExists(path)) path = common::JoinPath(platform::InstalledFolder(), "ReadMe.htm");
-  if (!common::FileExists(path) || !context_.ui.ShellOpen(path)) {
-    context_.ui.ShowMessage({"The ReadMe.htm file is missing.", "Error", common::MessageIcon::Exclamation});
-  }
+  ShowReadMe(context_.ui);
 }
 
 void frmRaces::About() {

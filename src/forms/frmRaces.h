@@ -57,7 +57,7 @@ class frmRaces : public QMainWindow {
   void UpdateCommands();
   bool IsMet(Needs needs) const;
   QString Hint() const;
-  bool HasRaces() const { return grid_->RowData(0) != 0; }
+  bool HasRaces() const { return grid_->HighestData() != 0; }
   // What the open league holds now; the chosen race stays chosen while it is there.
   void ShowLeagueAgain();
   void ShowOthersChanges();
@@ -78,6 +78,7 @@ class frmRaces : public QMainWindow {
 
   FormContext& context_;
   app::RecentFiles recent_;
+  std::vector<std::string> dropped_;  // to be imported
   SelectionGrid* grid_ = nullptr;
   QMenu* mnuSeason_ = nullptr;
   SeasonMenu* season_ = nullptr;

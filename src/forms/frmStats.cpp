@@ -66,6 +66,8 @@ frmStats::frmStats(FormContext& context, QWidget* parent)
   layout->addWidget(caption_, 2, 0);
   fgCalcs_->setAccessibleName(tr("Report"));
   ShowPlaces(*fgCalcs_);
+  fgCalcs_->SetArrangeable();
+  fgCalcs_->SetMenu({buttons_[kHtmlButton], buttons_[kColumnsButton]});
   layout->addWidget(fgCalcs_, 3, 0);
   layout->setRowStretch(3, 1);
   layout->setColumnStretch(0, 1);

@@ -59,6 +59,8 @@ frmTeams::frmTeams(FormContext& context, QWidget* parent)
     const Group* chosen = Chosen();
     Load(chosen == nullptr ? 0 : chosen->id);
   });
+  fgGroups_->SetMenu({buttons_[kRename], buttons_[kRemove]});
+  fgMembers_->SetMenu({buttons_[kJoin], buttons_[kLeave]});
   ShowKind();
   resize(fontMetrics().averageCharWidth() * 125, fontMetrics().height() * 26);
   fgGroups_->setFocus();

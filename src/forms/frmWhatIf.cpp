@@ -79,6 +79,7 @@ frmWhatIf::frmWhatIf(FormContext& context, QWidget* parent)
   fgTable_ = new SelectionGrid(QStringLiteral("fgTable"), tabs_);
   fgTable_->setAccessibleName(tr("Standings under these rules beside the present ones"));
   ShowPlaces(*fgTable_);
+  fgTable_->SetArrangeable();
   tabs_->addTab(fgTable_, tr("&Standings"));
   tabs_->addTab(BuildTitle(), tr("&Title"));
   halves->addWidget(tabs_, 5);
@@ -172,6 +173,7 @@ QWidget* frmWhatIf::BuildTitle() {
   fgTitle_ = new SelectionGrid(QStringLiteral("fgTitle"), page);
   fgTitle_->setAccessibleName(tr("Who can still win the title"));
   ShowPlaces(*fgTitle_);
+  fgTitle_->SetArrangeable();
   auto* row = new QHBoxLayout;
   row->addWidget(label);
   row->addWidget(spnRemaining_);

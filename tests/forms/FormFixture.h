@@ -3,12 +3,15 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDragEnterEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QUrl>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -64,6 +67,21 @@ class FormFixture : public test::LeagueFixture {
   static void PressMnemonic(QWidget& form, Qt::Key key) {
     QTest::keyClick(&form, key, Qt::AltModifier);
     QTest::qWait(150);
+  }
+
+  // Files and folders dropped on a window, as the desktop does it; whether it would have them.
+  static bool Drop(QWidget& window, const std::vector<std::string>& paths) {
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string& path : paths) urls << QUrl::fromLocalFile(Q(path));
+    data.setUrls(urls);
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    QApplication::processEvents();
+    return true;
   }
 
   // Works the modal dialog that the next step opens. A dialog that is never answered is closed, and the test

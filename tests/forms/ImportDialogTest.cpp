@@ -4,6 +4,7 @@
 #include "common/SettingsStore.h"
 #include "forms/FormFixture.h"
 #include "forms/frmAddRaces.h"
+#include "forms/widgets/SelectionGrid.h"
 #include "scoring/PointSystem.h"
 
 namespace scorvane::forms {
@@ -238,6 +239,42 @@ TEST_F(ImportDialog, ImportBringsTheListIntoTheLeague) {
             (Strings{"06-bristol.stn", "06-bristol.stn"}));
   EXPECT_EQ(Count("Stats"), Count("STNStats"));
   EXPECT_EQ(DoneChanges(), Strings{"Import 2 files"});
+}
+
+TEST_F(ImportDialog, FilesAreDroppedRemovedByKeysAndEditsAreNotLostByEsc) {
+  OpenLeague(common::kNascarRacing3);
+  frmAddRaces dialog(context_);
+  Show(dialog);
+  std::filesystem::create_directories(folder_.File("é <b> empty"));
+  ASSERT_TRUE(Drop(dialog, {folder_.File("é <b> empty")}));
+  ASSERT_EQ(ui_.messages.size(), 1U);
+  std::filesystem::copy(kSeason + "06-bristol.stn", folder_.File("é <b> empty/6 \"b\".stn"));
+  EXPECT_FALSE(Drop(dialog, {folder_.File("a.txt")}));
+  ASSERT_TRUE(Drop(dialog, {folder_.File("é <b> empty"), kSeason + "08-martinsville.stn"}));
+  EXPECT_EQ(Items(dialog).size(), 2U);
+  EXPECT_EQ(Items(dialog)[0].substr(0, 9), "6 \"b\".stn");
+  EXPECT_EQ(Enabled(dialog), "AREIC");
+
+  const auto editFirst = [&] {
+    List(dialog).setCurrentRow(0);
+    OnModal([](QWidget& editor) {
+      QTest::keyClick(&Find<SelectionGrid>(editor, "fgDrivers"), Qt::Key_Delete);
+      editor.close();
+    });
+    QTest::keyClick(&List(dialog), Qt::Key_Return);
+  };
+  editFirst();
+  ui_.answers = {common::Answer::No};
+  QTest::keyClick(&List(dialog), Qt::Key_Escape);
+  EXPECT_TRUE(dialog.isVisible());
+  // What was edited is gone from the list: nothing is asked.
+  QTest::keyClick(&List(dialog), Qt::Key_Delete);
+  EXPECT_EQ(Items(dialog).size(), 1U);
+  ui_.filesToOpen = {{}};
+  QTest::keyClick(&List(dialog), Qt::Key_Insert);
+  QTest::keyClick(&List(dialog), Qt::Key_Escape);
+  EXPECT_FALSE(dialog.isVisible());
+  EXPECT_EQ(Count("Race"), "0");
 }
 
 TEST_F(ImportDialog, AnOfflineLeagueGetsOneEvent) {

@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
-#include <QDragEnterEvent>
 #include <QMenuBar>
-#include <QMimeData>
 
 #include "app/RaceList.h"
 #include "app/RecentFiles.h"
@@ -48,19 +46,6 @@ class MainWindow : public FormFixture {
     EXPECT_EQ(Grid()->accessibleDescription(), label.text());
     return label.isHidden() ? std::string() : Utf8(label.text());
   }
-  void Drop(const std::vector<std::string>& paths) {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const std::string& path : paths) urls << QUrl::fromLocalFile(Q(path));
-    data.setUrls(urls);
-    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window_, &enter);
-    if (!enter.isAccepted()) return;
-    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window_, &drop);
-    QApplication::processEvents();
-  }
-
   frmRaces window_;
 };
 
@@ -193,14 +178,32 @@ TEST_F(MainWindow, AnEmptyWindowSaysHowToGoOn) {
 
 TEST_F(MainWindow, ALeagueFileIsDroppedToOpenIt) {
   const std::string one = League("o'né.LGX", 1);
-  Drop({folder_.File("text.txt")});
-  Drop({one, one});
+  Drop(window_, {folder_.File("text.txt")});
+  Drop(window_, {one, one});
   EXPECT_FALSE(session_.IsOpen());
-  Drop({one});
+  Drop(window_, {one});
   EXPECT_EQ(Title(), "o'né - Scorvane");
-  Drop({folder_.File("gone.lgx")});
+  Drop(window_, {folder_.File("gone.lgx")});
   EXPECT_EQ(ui_.messages.size(), 1U);
   EXPECT_TRUE(session_.IsOpen());
+}
+
+TEST_F(MainWindow, ResultFilesAreDroppedToImportThem) {
+  const std::string season = SCORVANE_SOURCE_DIR "/share/samples/season-1998";
+  EXPECT_FALSE(Drop(window_, {season})) << "no league is open";
+  window_.OpenLeagueFile(League("dropped.lgx", 3));
+  EXPECT_FALSE(Drop(window_, {folder_.File("text.txt")}));
+  QTimer::singleShot(300, &window_, [] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(Find<QListWidget>(*dialog, "lstRaces").count(), 33);
+    Click(*dialog, 3);
+  });
+  window_.show();
+  Drop(window_, {season});
+  EXPECT_EQ(Grid()->RowCount(), 36);
+  EXPECT_TRUE(Grid()->viewport()->rect().intersects(Grid()->visualRect(Grid()->model()->index(35, 0))));
+  EXPECT_EQ(Utf8(Find<QLabel>(window_, "lblStatus").text()), "Imported 33 files. Ctrl+Z takes it back.");
 }
 
 TEST_F(MainWindow, TheMenusStandAsTheyAreAndNoneIsEmpty) {

@@ -65,6 +65,26 @@ TEST_F(MessageBoxes, EveryButtonIsHeardForWhatItSays) {
   }
 }
 
+TEST_F(MessageBoxes, EnterLosesNothing) {
+  const auto enter = [](QWidget& box) { QTest::keyClick(&box, Qt::Key_Return); };
+  OnModal(enter);
+  EXPECT_EQ(real_.Ask({"Remove?"}, Buttons::YesNo), Answer::No);
+  OnModal(enter);
+  EXPECT_EQ(real_.Ask({"Save?"}, Buttons::YesNoCancel), Answer::Yes);
+}
+
+TEST_F(MessageBoxes, SavingAddsTheSuffixOfTheFilter) {
+  const QString page = QStringLiteral("HTML File (*.htm *.HTM)");
+  const auto with = [](const char* path, const QString& filter) {
+    return Utf8(WithSuffix(QString::fromUtf8(path), filter));
+  };
+  EXPECT_EQ(with("/a.b/race", page), "/a.b/race.htm");
+  EXPECT_EQ(with("/race 3.5", page), "/race 3.5.htm");
+  EXPECT_EQ(with("/été.HTM", page), "/été.HTM");
+  EXPECT_EQ(with("/race.html", page), "/race.html");
+  EXPECT_EQ(with("/race", QtFilter("All Files (*.*)|*.*")), "/race");
+}
+
 TEST_F(MessageBoxes, UnsavedChangesAreSavedDroppedOrKept) {
   engine::Database& league = OpenLeague(common::kNascarRacing3, common::kOffline);
   const std::string points = "SELECT Points FROM PointSystem WHERE Position=2";

@@ -75,6 +75,8 @@ QMessageBox::StandardButton ShowBox(const common::Message& message, QMessageBox:
   box.setObjectName(QStringLiteral("MessageBox"));
   box.setTextFormat(Qt::PlainText);
   box.setEscapeButton(escape);
+  // Enter does not lose what cannot be had again; of a question with Cancel, its first button keeps all.
+  if (escape == QMessageBox::No) box.setDefaultButton(QMessageBox::No);
   return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -125,6 +127,20 @@ QString QtFilter(const std::string& filter) {
   return entries.join(QStringLiteral(";;"));
 }
 
+QString WithSuffix(const QString& path, const QString& nameFilter) {
+  const QString patterns = nameFilter.section(QLatin1Char('('), -1).section(QLatin1Char(')'), 0, 0);
+  QString wanted;
+  for (const QString& pattern : patterns.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+    if (!pattern.startsWith(QLatin1String("*."))) return path;
+    const QString suffix = pattern.mid(1);
+    if (path.endsWith(suffix, Qt::CaseInsensitive) ||
+        path.endsWith(suffix + QLatin1Char('l'), Qt::CaseInsensitive))
+      return path;
+    if (wanted.isEmpty()) wanted = suffix;
+  }
+  return path + wanted;
+}
+
 void QtUserInterface::ShowMessage(const common::Message& message) {
   ShowBox(message, QMessageBox::Ok, QMessageBox::Ok);
 }
@@ -166,7 +182,7 @@ std::string QtUserInterface::SaveFile(const common::FileRequest& request) {
   Prepare(dialog, request, folder_);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
   folder_ = QFileInfo(dialog.selectedFiles().value(0)).absolutePath();
-  return PathUtf8(dialog.selectedFiles().constFirst());
+  return PathUtf8(WithSuffix(dialog.selectedFiles().constFirst(), dialog.selectedNameFilter()));
 }
 
 std::string QtUserInterface::PickFolder(const std::string& title, const std::string& folder) {

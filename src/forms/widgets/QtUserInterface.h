@@ -26,4 +26,8 @@ class QtUserInterface : public common::UserInterface {
 // "Standings File (*.stn)|*.stn" as Qt writes filters; patterns match in either letter case.
 QString QtFilter(const std::string& filter);
 
+// A path to save at with the suffix of the chosen filter, "HTML File (*.htm *.HTM)", unless it has one of the
+// filter's or its long form (.html). A filter of all files adds none.
+QString WithSuffix(const QString& path, const QString& nameFilter);
+
 }  // namespace scorvane::forms

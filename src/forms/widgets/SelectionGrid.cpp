@@ -1,19 +1,19 @@
 #include "forms/widgets/SelectionGrid.h"
 
-#include <QAbstractTableModel>
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QSet>
-#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
 #include <utility>
 
+#include "forms/widgets/GridModel.h"
 #include "forms/widgets/Twips.h"
 
 namespace scorvane::forms {
@@ -23,6 +23,7 @@ constexpr int kWidestCharacters = 40;  // of a cell; what is longer is elided un
 constexpr int kFittingMargin = 14;
 constexpr qsizetype kMeasuredTexts = 50;
 constexpr int kHintMargin = 24;
+constexpr int kFilterCharacters = 24;
 
 // Whole rows are selected, so no cell of them wears a frame.
 class RowDelegate : public QStyledItemDelegate {
@@ -38,110 +39,11 @@ class RowDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
-// The rows as they were handed over. What a cell looks like is worked out when it is painted.
-class GridModel : public QAbstractTableModel {
- public:
-  using QAbstractTableModel::QAbstractTableModel;
-
-  int rowCount(const QModelIndex& parent = {}) const override {
-    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
-  }
-  int columnCount(const QModelIndex& parent = {}) const override {
-    return parent.isValid() ? 0 : static_cast<int>(columns_.size());
-  }
-
-  QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-    if (orientation == Qt::Vertical || section < 0 || section >= columnCount())
-      return QAbstractTableModel::headerData(section, orientation, role);
-    const SelectionGrid::Column& column = ColumnAt(section);
-    if (role == Qt::DisplayRole) return column.header;
-    if (role == Qt::TextAlignmentRole) return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
-    return {};
-  }
-
-  QVariant data(const QModelIndex& index, int role) const override {
-    if (!Has(index.row()) || index.column() >= columnCount()) return {};
-    const SelectionGrid::Row& row = RowAt(index.row());
-    const SelectionGrid::Column& column = ColumnAt(index.column());
-    switch (role) {
-      case Qt::DisplayRole:
-        return row.cells.value(index.column());
-      case Qt::TextAlignmentRole: {
-        const bool right = column.standsRight && column.standsRight(row.cells.value(index.column()));
-        return QVariant::fromValue((right ? Qt::AlignRight : column.alignment) | Qt::AlignVCenter);
-      }
-      case Qt::ForegroundRole:
-        if (row.muted) return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
-        return {};
-      case Qt::DecorationRole:
-        if (column.showsNotes && !row.note.isEmpty())
-          return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
-        return {};
-      case Qt::AccessibleDescriptionRole:
-        return row.note;
-      default:
-        return {};
-    }
-  }
-
-  void SetColumns(std::vector<SelectionGrid::Column> columns) {
-    beginResetModel();
-    rows_.clear();
-    columns_ = std::move(columns);
-    endResetModel();
-  }
-
-  void SetRows(std::vector<SelectionGrid::Row> rows) {
-    if (!rows_.empty()) {
-      beginRemoveRows({}, 0, rowCount() - 1);
-      rows_.clear();
-      endRemoveRows();
-    }
-    if (rows.empty()) return;
-    beginInsertRows({}, 0, static_cast<int>(rows.size()) - 1);
-    rows_ = std::move(rows);
-    endInsertRows();
-  }
-
-  void AddRow(SelectionGrid::Row row) {
-    beginInsertRows({}, rowCount(), rowCount());
-    rows_.push_back(std::move(row));
-    endInsertRows();
-  }
-
-  void RemoveRow(int row) {
-    if (!Has(row)) return;
-    beginRemoveRows({}, row, row);
-    rows_.erase(rows_.begin() + row);
-    endRemoveRows();
-  }
-
-  void SortRows(const std::function<bool(const SelectionGrid::Row&, const SelectionGrid::Row&)>& before) {
-    std::stable_sort(rows_.begin(), rows_.end(), before);
-    if (!rows_.empty()) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
-  }
-
-  bool Has(int row) const { return row >= 0 && row < rowCount(); }
-  const SelectionGrid::Row& RowAt(int row) const { return rows_[static_cast<std::size_t>(row)]; }
-  const SelectionGrid::Column& ColumnAt(int column) const {
-    return columns_[static_cast<std::size_t>(column)];
-  }
-
-  // Changes a row and has it painted anew.
-  template <typename Change>
-  void ChangeRow(int row, const Change& change) {
-    if (!Has(row)) return;
-    change(rows_[static_cast<std::size_t>(row)]);
-    emit dataChanged(index(row, 0), index(row, columnCount() - 1));
-  }
-
- private:
-  std::vector<SelectionGrid::Column> columns_;
-  std::vector<SelectionGrid::Row> rows_;
-};
-
 SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
-    : QTableView(parent), model_(new GridModel(this)), lblHint_(new QLabel(this)) {
+    : QTableView(parent),
+      model_(new GridModel(this)),
+      lblHint_(new QLabel(this)),
+      txtFilter_(new QLineEdit(this)) {
   setModel(model_);
   setItemDelegate(new RowDelegate(this));
   setObjectName(name);
@@ -166,6 +68,15 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
   lblHint_->setForegroundRole(QPalette::Text);
   lblHint_->setAttribute(Qt::WA_TransparentForMouseEvents);
   lblHint_->hide();
+  BuildFilter();
+  // What the user drags, not what the program sets.
+  connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column, int, int width) {
+    const QHeaderView* header = horizontalHeader();
+    const bool stretched =
+        header->sectionResizeMode(column) != QHeaderView::Interactive ||
+        (header->stretchLastSection() && header->visualIndex(column) == header->count() - 1);
+    if (!stretched && QApplication::mouseButtons().testFlag(Qt::LeftButton)) widths_[Header(column)] = width;
+  });
   connect(this, &QTableView::doubleClicked, this,
           [this](const QModelIndex& cell) { emit RowDoubleClicked(cell.row()); });
 }
@@ -176,6 +87,16 @@ void SelectionGrid::SetColumns(std::vector<Column> columns) {
     const int twips = model_->ColumnAt(i).twips;
     setColumnHidden(i, twips == 0);
     if (twips > 0) setColumnWidth(i, TwipsToPixels(twips, this));
+  }
+  SetWidths(widths_);
+  ShowArrangement();
+}
+
+void SelectionGrid::SetWidths(const std::map<QString, int>& widths) {
+  widths_ = widths;
+  for (int column = 0; column < ColumnCount(); ++column) {
+    const auto width = widths_.find(Header(column));
+    if (width != widths_.end() && !isColumnHidden(column)) setColumnWidth(column, width->second);
   }
 }
 
@@ -197,10 +118,15 @@ void SelectionGrid::updateGeometries() {
   if (lblHint_ != nullptr)
     lblHint_->setGeometry(viewport()->geometry().adjusted(kHintMargin, verticalHeader()->defaultSectionSize(),
                                                           -kHintMargin, 0));
+  if (txtFilter_ == nullptr) return;
+  const QRect room = viewport()->geometry();
+  const QSize size(std::min(room.width(), fontMetrics().averageCharWidth() * kFilterCharacters),
+                   txtFilter_->sizeHint().height());
+  txtFilter_->setGeometry(QRect(room.bottomRight() - QPoint(size.width() - 1, size.height() - 1), size));
 }
 
 void SelectionGrid::FitColumn(int column) {
-  if (isColumnHidden(column)) return;
+  if (isColumnHidden(column) || widths_.contains(Header(column))) return;
   const QFontMetrics metrics = fontMetrics();
   // Only the longest texts are measured: hundreds of them are nearly as wide as the widest.
   QSet<QString> different;
@@ -304,6 +230,26 @@ std::vector<int> SelectionGrid::SelectedData() const {
   return found;
 }
 
+int SelectionGrid::AllRows() const {
+  return static_cast<int>(model_->Stored().size());
+}
+
+int SelectionGrid::HighestData() const {
+  int highest = 0;
+  for (const Row& row : model_->Stored()) highest = std::max(highest, row.data);
+  return highest;
+}
+
+void SelectionGrid::ShowData(int rowData) {
+  const auto row = [&] {
+    for (int at = 0; at < RowCount(); ++at)
+      if (RowData(at) == rowData) return at;
+    return -1;
+  };
+  if (row() < 0) RestoreOrder();
+  if (row() >= 0) scrollTo(model_->index(row(), currentIndex().column()));
+}
+
 void SelectionGrid::SelectData(const std::vector<int>& wanted, int otherwise) {
   int first = -1;
   int last = -1;
@@ -337,7 +283,7 @@ void SelectionGrid::CopySelected() const {
   };
   add(QString(), QStringLiteral("th"), [this](int column) { return Header(column); });
   for (int row = FirstSelected(); row <= LastSelected(); ++row)
-    add(QString::number(row + 1), QStringLiteral("td"),
+    add(QString::number(model_->StoredRow(row) + 1), QStringLiteral("td"),
         [this, row](int column) { return Cell(row, column); });
   auto* copied = new QMimeData;
   copied->setText(lines);
@@ -389,6 +335,10 @@ void SelectionGrid::keyPressEvent(QKeyEvent* event) {
       if (!event->modifiers().testFlag(Qt::ControlModifier)) break;
       CopySelected();
       return;
+    case Qt::Key_F:
+      if (event->modifiers() != Qt::ControlModifier || !filters_) break;
+      AskFilter();
+      return;
     case Qt::Key_Insert:
       emit InsertPressed();
       return;
@@ -402,10 +352,8 @@ void SelectionGrid::keyPressEvent(QKeyEvent* event) {
     default:
       break;
   }
-  // Letters are the menus' and buttons', not a search in the grid.
-  if (!event->text().isEmpty() && event->text().at(0).isPrint() && event->modifiers() == Qt::NoModifier &&
-      event->key() != Qt::Key_Space) {
-    event->ignore();
+  if (IsTyping(*event)) {
+    GoTo(event->text());
     return;
   }
   QTableView::keyPressEvent(event);

@@ -1,11 +1,17 @@
 // The grid of every fg* control: whole rows are selected as one block, which has a current row and another
-// end.
+// end. The user may sort and filter what is looked at; rows are counted as they are shown, so a row's key is
+// asked of the row (RowData), never worked out from its number.
 #pragma once
 
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QTableView>
 #include <functional>
+#include <map>
+#include <utility>
 #include <vector>
+
+class QLineEdit;
 
 namespace scorvane::forms {
 
@@ -39,12 +45,28 @@ class SelectionGrid : public QTableView {
   void SetHint(const QString& text);
   // Widens a column until its heading and what stands below it have room, within reason. It never narrows it.
   void FitColumn(int column);
+  // Lets the user sort by a click on a heading (a third one restores the order) and filter with Ctrl+F. For
+  // grids whose rows are known by their data, or by nothing.
+  void SetArrangeable();
+  // The same for a grid that has its own way to sort: it is only filtered.
+  void SetFilterable() { filters_ = true; }
+  // As the rows were handed over, all of them.
+  void RestoreOrder();
+  // What the context menu offers above Copy: actions and buttons; null for a line between them.
+  void SetMenu(std::vector<QObject*> commands) { commands_ = std::move(commands); }
+  // Widths by heading, which the user gave their columns; they stay when the grid is filled anew.
+  void SetWidths(const std::map<QString, int>& widths);
+  const std::map<QString, int>& Widths() const { return widths_; }
   void AddRow(Row row);
   void RemoveRow(int row);
   void ClearRows() { SetRows({}); }
   // Rows that are alike keep their order.
   void SortRows(const std::function<bool(const Row&, const Row&)>& before);
   int RowCount() const;
+  // With those that the filter hides.
+  int AllRows() const;
+  // The highest of all rows' data; 0 where none has any.
+  int HighestData() const;
   int ColumnCount() const;
   QString Header(int column) const;
 
@@ -65,6 +87,8 @@ class SelectionGrid : public QTableView {
   // What the selected rows are, and the selection of the rows that are the same after the grid was filled
   // anew; where none of them is left, of the row at `otherwise`.
   std::vector<int> SelectedData() const;
+  // Brings the row with this data into sight, out of a filter if need be.
+  void ShowData(int rowData);
   void SelectData(const std::vector<int>& wanted, int otherwise);
 
   // Puts the selected rows with their headings, as they are shown, into the clipboard: as lines of cells
@@ -82,6 +106,8 @@ class SelectionGrid : public QTableView {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
   QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                        const QEvent* event) const override;
@@ -89,8 +115,27 @@ class SelectionGrid : public QTableView {
   void updateGeometries() override;
 
  private:
+  void BuildFilter();
+  void AskFilter();
+  void LeaveFilter();
+  void SortBy(int column);
+  void Arrange(int column, Qt::SortOrder order, const QString& filter);
+  void ShowArrangement();
+  // Goes to the row that begins with what was typed, in the column that it is sorted by or in the first
+  // column that has one.
+  bool IsTyping(const QKeyEvent& event) const;
+  void GoTo(const QString& typed);
+  int FindTyped(const QString& folded, int from) const;
+
   GridModel* model_;
   QLabel* lblHint_;
+  QLineEdit* txtFilter_ = nullptr;
+  bool sorts_ = false;
+  bool filters_ = false;
+  std::vector<QObject*> commands_;
+  std::map<QString, int> widths_;
+  QString typed_;
+  QElapsedTimer sinceTyped_;
 };
 
 }  // namespace scorvane::forms
