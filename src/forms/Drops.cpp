@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 3> kResultExtensions = {"stn", "html", "h
 std::string DraggedLeague(const QMimeData* data) {
   const QList<QUrl> urls = data->urls();
   if (urls.size() != 1 || !urls.constFirst().isLocalFile()) return {};
-  const std::string path = Utf8(urls.constFirst().toLocalFile());
+  const std::string path = PathUtf8(urls.constFirst().toLocalFile());
   return common::LowerCase(common::GetExtension(path)) == app::kLeagueExtension ? path : std::string();
 }
 
@@ -30,7 +30,7 @@ std::vector<std::string> DraggedResults(const QMimeData* data) {
   std::vector<std::string> paths;
   for (const QUrl& url : data->urls()) {
     if (!url.isLocalFile()) continue;
-    const std::string path = Utf8(url.toLocalFile());
+    const std::string path = PathUtf8(url.toLocalFile());
     const std::string extension = common::LowerCase(common::GetExtension(path));
     if (std::find(kResultExtensions.begin(), kResultExtensions.end(), extension) != kResultExtensions.end() ||
         QFileInfo(url.toLocalFile()).isDir())
