@@ -109,16 +109,22 @@ TEST_F(Platform, ALockedFileCanBeReadAndAFolderIsLockedToo) {
   EXPECT_TRUE(FileLock::TryLock(folder_.string()));
 }
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kRoom = 1 << 26;  // the sanitizer lays claim to terabytes of addresses
+#else
+constexpr int kRoom = 1024;
+#endif
+
 // Runs the test's own program as its child; without a reader's arguments it prints its tests and ends.
 TEST_F(Platform, AChildIsHeardAndStopped) {
   const std::string program = PathText(SystemPath(ProgramFolder()) / "scorvane_platform_tests");
   int lines = 0;
   const auto count = [&lines](std::string_view line) { return line.find("Platform") == 0 || ++lines > 0; };
-  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {}, count), ChildEnd::Done);
+  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {60, kRoom}, count), ChildEnd::Done);
   EXPECT_GT(lines, 4);
-  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {}, [](std::string_view) { return false; }),
+  EXPECT_EQ(RunChild(program, {"--gtest_list_tests"}, {60, kRoom}, [](std::string_view) { return false; }),
             ChildEnd::Failed);
-  EXPECT_EQ(RunChild(program, {"--gtest_filter=none", "--gtest_repeat=-1"}, {1, 1024},
+  EXPECT_EQ(RunChild(program, {"--gtest_filter=none", "--gtest_repeat=-1"}, {1, kRoom},
                      [](std::string_view) { return true; }),
             ChildEnd::TimedOut);
   EXPECT_EQ(RunChild(program + " none", {}, {}, count), ChildEnd::NotStarted);
