@@ -205,6 +205,8 @@ class SeasonTest(unittest.TestCase):
             self.run_in("windows", "driver", "Liga.lgx", "add", f"Fahrer {number}")
             left = [name for name in os.listdir(os.path.dirname(league)) if name != "Liga.lgx"]
             self.assertEqual(left, [])
+        if KILLS >= 10:
+            self.assertGreater(counts[3], 0, "none was stopped before its end")
         print(f"\n{KILLS} imports stopped: {counts[3]} taken back, {counts[33]} complete", flush=True)
 
 
