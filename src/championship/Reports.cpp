@@ -11,6 +11,7 @@
 #include "championship/Standings.h"
 #include "championship/TeamStandings.h"
 #include "championship/Teams.h"
+#include "common/Markup.h"
 #include "common/RuleError.h"
 #include "engine/Names.h"
 
@@ -136,29 +137,6 @@ bool IsPointStandings(engine::Database& templateDb, std::int32_t reportId) {
   return !rows.AtEnd() && engine::SameName(rows.At(0).Text(), kPointStandings);
 }
 
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
-}
-
 }  // namespace
 
 std::vector<reports::ReportInfo> ListReports(engine::Database& league, engine::Database& templateDb) {
@@ -250,7 +228,7 @@ std::string ReportCaption(engine::Database& league, std::int32_t reportId,
 ReportTable ForPage(ReportTable table) {
   for (std::size_t c = 0; c < table.columns.size(); ++c) {
     if (table.columns[c].field != kGroupField && table.columns[c].field != kPlayoffField) continue;
-    for (auto& row : table.rows) row[c] = Value(Escaped(row[c].Text()));
+    for (auto& row : table.rows) row[c] = Value(common::EscapeMarkup(row[c].Text()));
   }
   return table;
 }

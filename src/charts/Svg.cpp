@@ -4,41 +4,10 @@
 #include <charconv>
 #include <cmath>
 
+#include "common/Markup.h"
+
 namespace scorvane::charts {
 namespace {
-
-// What a page may hold: markup escaped, and no character that is none there.
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    const auto byte = static_cast<unsigned char>(c);
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
-          escaped += "\xEF\xBF\xBD";  // one of the second set of control characters
-          ++i;
-        } else if (byte < ' ' || byte == 0x7F) {
-          escaped += c == '\t' || c == '\n' ? " " : "\xEF\xBF\xBD";
-        } else {
-          escaped += c;
-        }
-    }
-  }
-  return escaped;
-}
 
 // Pieces of text, and numbers to a tenth: nobody sees less. A season's site has thousands of bars.
 void Append(std::string& svg, std::string_view text) {
@@ -90,7 +59,8 @@ std::string WriteSvg(const Chart& chart, std::string_view id) {
   std::string svg;
   Put(svg, "<svg class=\"chart\" viewBox=\"0 0 ", chart.width, " ", chart.height,
       "\" role=\"img\" aria-labelledby=\"", id, "-title ", id, "-text\"><title id=\"", id, "-title\">",
-      Escaped(chart.title), "</title><desc id=\"", id, "-text\">", Escaped(chart.description), "</desc>\n");
+      common::EscapeLine(chart.title), "</title><desc id=\"", id, "-text\">",
+      common::EscapeLine(chart.description), "</desc>\n");
   svg += "<g class=\"grid\">";
   for (const Rule& rule : chart.rules)
     Put(svg, rule.axis ? "<path class=\"axis\" d=\"M" : "<path d=\"M", rule.from.x, " ", rule.from.y, "L",
@@ -99,7 +69,7 @@ std::string WriteSvg(const Chart& chart, std::string_view id) {
   for (const Bar& bar : chart.bars)
     Put(svg, bar.stressed ? "<rect class=\"bar good\" x=\"" : "<rect class=\"bar\" x=\"", bar.at.x, "\" y=\"",
         bar.at.y, "\" width=\"", bar.width, "\" height=\"", bar.height, "\"><title>",
-        Escaped(Describe(chart, bar.value)), "</title></rect>\n");
+        common::EscapeLine(Describe(chart, bar.value)), "</title></rect>\n");
   for (const Curve& curve : chart.curves) {
     PutLine(svg, curve.series);
     for (std::size_t i = 0; i < curve.points.size(); ++i)
@@ -113,7 +83,7 @@ std::string WriteSvg(const Chart& chart, std::string_view id) {
       Put(svg, "M", label.at.x - 24, " ", label.at.y - 4, "h20\"/>\n");
     }
     Put(svg, "<text x=\"", label.at.x, "\" y=\"", label.at.y, "\" text-anchor=\"", AnchorName(label.anchor),
-        "\">", Escaped(label.text), "</text>\n");
+        "\">", common::EscapeLine(label.text), "</text>\n");
   }
   svg += "</svg>";
   return svg;

@@ -14,6 +14,7 @@
 
 #include "common/Encoding.h"
 #include "common/Formats.h"
+#include "common/NewFile.h"
 #include "common/Paths.h"
 #include "engine/Format.h"
 #include "platform/Platform.h"
@@ -89,50 +90,34 @@ bool IsNoText(const std::string& path) {
          std::string_view::npos;
 }
 
-// A page on its way to its place: written beside the file that is there, which it replaces in one step. What
-// is no file, as a printer's port or a pipe, takes the page as it comes.
+// A page on its way to its place. What is no file, as a printer's port or a pipe, takes it as it comes.
 class PageFile {
  public:
-  explicit PageFile(std::string path) : path_(std::move(path)) {
+  explicit PageFile(const std::string& path) {
     std::error_code error;
-    if (IsNoText(path_)) return;
-    const auto status = std::filesystem::status(common::SystemPath(path_), error);
-    inPlace_ = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
-    target_ = inPlace_ ? path_ : platform::TemporaryBeside(path_);
-    stream_.open(common::SystemPath(target_), std::ios::binary | std::ios::trunc);
-  }
-  PageFile(const PageFile&) = delete;
-  PageFile& operator=(const PageFile&) = delete;
-  ~PageFile() {
-    if (target_.empty() || inPlace_ || done_) return;
-    stream_.close();
-    std::error_code error;
-    std::filesystem::remove(common::SystemPath(target_), error);
-  }
-
-  bool Write(std::string_view bytes) {
-    stream_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return stream_.good();
-  }
-  bool Finish() {
-    stream_.close();
-    if (!stream_.good()) return false;
-    if (inPlace_) return done_ = true;
-    try {
+    const auto status = std::filesystem::status(common::SystemPath(path), error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+      device_.emplace(common::SystemPath(path), std::ios::binary);
+    } else if (!IsNoText(path)) {
       // A page can be written again: nobody waits for the disk.
-      platform::ReplaceFile(target_, path_, platform::Flush::No);
-      return done_ = true;
-    } catch (const std::system_error&) {
-      return false;
+      file_.emplace(path, platform::Flush::No);
     }
   }
 
+  bool Write(std::string_view bytes) {
+    if (file_) return file_->Write(bytes);
+    return device_ && device_->write(bytes.data(), static_cast<std::streamsize>(bytes.size())).good();
+  }
+  bool Finish() {
+    if (file_) return file_->Finish();
+    if (!device_) return false;
+    device_->close();
+    return device_->good();
+  }
+
  private:
-  const std::string path_;
-  std::string target_;
-  std::ofstream stream_;
-  bool inPlace_ = false;
-  bool done_ = false;
+  std::optional<common::NewFile> file_;
+  std::optional<std::ofstream> device_;
 };
 
 }  // namespace

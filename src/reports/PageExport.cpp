@@ -1,7 +1,11 @@
 #include "reports/PageExport.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include <fmt/format.h>
 
+#include "common/Paths.h"
 #include "common/SettingsStore.h"
 
 namespace scorvane::reports {
@@ -60,6 +64,17 @@ bool WritePage(engine::Database& league, engine::Database& templateDb, const com
                const PageSubject& subject, const PageTexts& texts, const PageLook& look,
                const std::string& footer, const std::string& path) {
   return TryWritePage(league, templateDb, state, subject, texts, look, footer, path) == PageResult::Written;
+}
+
+std::string WhyNoPage(const std::string& output) {
+  namespace fs = std::filesystem;
+  const fs::path path = common::SystemPath(output);
+  std::error_code error;
+  if (fs::is_directory(path, error)) return "it is a folder";
+  const fs::path folder = path.parent_path();
+  if (!folder.empty() && !fs::is_directory(folder, error)) return "there is no such folder";
+  if (fs::exists(path, error)) return "what is there is no page or may not be changed, or the disk is full";
+  return "the folder may not be written to, the disk is full, or the race has no results";
 }
 
 }  // namespace scorvane::reports

@@ -46,4 +46,7 @@ bool WritePage(engine::Database& league, engine::Database& templateDb, const com
                const PageSubject& subject, const PageTexts& texts, const PageLook& look,
                const std::string& footer, const std::string& path);
 
+// Why a page could not be written to a path, as the end of a sentence.
+std::string WhyNoPage(const std::string& path);
+
 }  // namespace scorvane::reports

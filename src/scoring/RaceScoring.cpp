@@ -42,7 +42,7 @@ void ApplyBonusPoints(engine::Database& league, const common::ProcessState& stat
       const engine::Value& value = rules["Points"];
       const std::string points = value.IsNull() ? "0" : value.ToText();
       try {
-        engine::sql::CheckExpression(condition);
+        engine::sql::CheckBrackets(condition);
         ExecuteFor(
             league,
             fmt::format(

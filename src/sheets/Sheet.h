@@ -40,6 +40,8 @@ FileKind KindOf(std::string_view path);
 // common::RuleError with the reason; what was there is then as it was.
 void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets,
                const std::function<void()>& step = {});
+// The same for what could not be written: the reason as RuleError.
+[[noreturn]] void Refuse(const std::string& path);
 // A .csv file takes one sheet: UTF-8, a full stop as the decimal separator.
 void WriteCsv(const std::string& path, const Sheet& sheet);
 

@@ -1,6 +1,5 @@
 // Workbooks of spreadsheets, through the library that knows their format.
 #include "common/RuleError.h"
-#include "sheets/NewFile.h"
 #include "sheets/Sheet.h"
 
 #ifndef SCORVANE_XLSX
@@ -26,6 +25,8 @@ void WriteXlsx(const std::string& path, const std::vector<Sheet>&, const std::fu
 #include <utility>
 
 #include "common/Formats.h"
+#include "common/NewFile.h"
+#include "platform/Platform.h"
 
 namespace scorvane::sheets {
 namespace {
@@ -171,14 +172,14 @@ class Workbook {
 }  // namespace
 
 void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets, const std::function<void()>& step) {
-  NewFile file(path);
-  Workbook book(file.Name());
+  platform::RemoveTemporariesBeside(path);
+  common::NewFile file(path);
+  Workbook book(file.Temporary());
   for (const Sheet& sheet : sheets) {
     book.Add(sheet);
     if (step) step();
   }
-  if (!book.Close()) file.Refused();
-  file.Finish();
+  if (!book.Close() || !file.Finish()) Refuse(path);
 }
 
 }  // namespace scorvane::sheets

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "common/Csv.h"
+#include "common/Markup.h"
 #include "reports/PageLook.h"
 #include "site/Names.h"
 #include "site/Records.h"
@@ -152,27 +153,6 @@ std::string ResultLine(const SiteModel& model, const SiteResult& result) {
       Quoted(model.Status(result)), Plain(result.prizeMoney));
 }
 
-std::string ForXml(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '&') {
-      escaped += "&amp;";
-    } else if (c == '<') {
-      escaped += "&lt;";
-    } else if (c == '>') {
-      escaped += "&gt;";
-    } else if (c == '"') {
-      escaped += "&quot;";
-    } else if (byte < ' ') {
-      escaped += c == '\t' || c == '\n' ? " " : "\xEF\xBF\xBD";
-    } else {
-      escaped += c;
-    }
-  }
-  return escaped;
-}
-
 std::string Time(std::int64_t seconds) {
   return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
 }
@@ -293,20 +273,20 @@ std::string Feed(const SiteModel& model, const SiteSettings& settings, std::int6
     entries += fmt::format(
         "<entry>\n<id>{}:race:{}</id>\n<title>{}</title>\n<updated>{}</updated>\n"
         "<link rel=\"alternate\" type=\"text/html\" href=\"{}\"/>\n<summary>{}</summary>\n</entry>\n",
-        name, race.id, ForXml(race.name.empty() ? fmt::format("Race {}", race.id) : race.name), Time(time),
-        ForXml(settings.baseUrl + Pages::RacePath(race)),
-        ForXml(podium.empty() ? "No results." : podium + "."));
+        name, race.id, common::EscapeLine(race.name.empty() ? fmt::format("Race {}", race.id) : race.name),
+        Time(time), common::EscapeLine(settings.baseUrl + Pages::RacePath(race)),
+        common::EscapeLine(podium.empty() ? "No results." : podium + "."));
   }
   std::string feed =
       "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<feed xmlns=\"http://www.w3.org/2005/Atom\">\n";
   feed +=
       fmt::format("<id>{}</id>\n<title>{}</title>\n<updated>{}</updated>\n<author><name>{}</name></author>\n",
-                  name, ForXml(model.heading), Time(latest), ForXml(model.heading));
+                  name, common::EscapeLine(model.heading), Time(latest), common::EscapeLine(model.heading));
   feed += fmt::format("<link rel=\"alternate\" type=\"text/html\" href=\"{}\"/>\n",
-                      ForXml(settings.baseUrl.empty() ? "index.html" : settings.baseUrl));
+                      common::EscapeLine(settings.baseUrl.empty() ? "index.html" : settings.baseUrl));
   if (!settings.baseUrl.empty())
     feed += fmt::format("<link rel=\"self\" type=\"application/atom+xml\" href=\"{}feed.xml\"/>\n",
-                        ForXml(settings.baseUrl));
+                        common::EscapeLine(settings.baseUrl));
   return feed + "<generator>Scorvane</generator>\n" + entries + "</feed>\n";
 }
 
@@ -317,7 +297,7 @@ std::string Sitemap(const SiteSettings& settings, const std::vector<std::string>
   for (const std::string& path : paths) {
     if (path.ends_with(".html"))
       map += fmt::format("<url><loc>{}</loc></url>\n",
-                         ForXml(settings.baseUrl + (path == "index.html" ? "" : path)));
+                         common::EscapeLine(settings.baseUrl + (path == "index.html" ? "" : path)));
   }
   return map + "</urlset>\n";
 }

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "common/NewFile.h"
 #include "common/Paths.h"
 #include "common/RuleError.h"
 #include "site/Hash.h"
@@ -159,23 +160,10 @@ void SiteFolder::MakeFoldersFor(const std::string& path) {
 
 void SiteFolder::Replace(const std::string& path, std::string_view content) {
   const std::string target = FullPath(path);
-  const std::string temporary = platform::TemporaryBeside(target);
-  std::ofstream stream(SystemPath(temporary), std::ios::binary | std::ios::trunc);
-  stream.write(content.data(), static_cast<std::streamsize>(content.size()));
-  stream.close();
-  std::error_code error;
-  if (!stream.good()) {
-    fs::remove(SystemPath(temporary), error);
-    throw RuleError(fmt::format(
-        "'{}' could not be written: the disk is full, or the folder may not be written to.", target));
-  }
-  try {
-    // A page can be written again: nobody waits for the disk.
-    platform::ReplaceFile(temporary, target, platform::Flush::No);
-  } catch (const std::system_error& fault) {
-    fs::remove(SystemPath(temporary), error);
-    throw RuleError(fmt::format("'{}' could not be written: {}.", target, fault.code().message()));
-  }
+  // A page can be written again: nobody waits for the disk.
+  common::NewFile file(target, platform::Flush::No);
+  if (!file.Write(content) || !file.Finish())
+    throw RuleError(fmt::format("'{}' could not be written: {}.", target, common::WhyNotWritten(target)));
 }
 
 void SiteFolder::Write(const std::string& path, std::string_view content) {

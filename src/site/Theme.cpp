@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "common/Formats.h"
+#include "common/Markup.h"
 #include "common/Paths.h"
 #include "common/RuleError.h"
 #include "platform/Platform.h"
@@ -57,32 +58,13 @@ std::vector<std::string> FileNames(const std::string& folder) {
   return names;
 }
 
-// Without characters that a page may not hold; most texts have none.
-std::string Clean(const std::string& text) {
-  const auto bad = [&](std::size_t i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if (byte < ' ') return byte != '\t' && byte != '\n';
-    if (byte == 0x7F) return true;
-    return byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-  };
-  std::string clean;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!bad(i)) {
-      clean += text[i];
-      continue;
-    }
-    clean += "\xEF\xBF\xBD";
-    if (static_cast<unsigned char>(text[i]) == 0xC2) ++i;
-  }
-  return clean;
-}
-
+// Most texts need nothing.
 std::string EscapedForPage(const std::string& text) {
   const bool plain = std::all_of(text.begin(), text.end(), [](char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte >= ' ' && byte < 0x7F && c != '&' && c != '<' && c != '>' && c != '"' && c != '\'';
   });
-  return plain ? text : kainjow::mustache::html_escape(Clean(text));
+  return plain ? text : kainjow::mustache::html_escape(common::WithoutControls(text));
 }
 
 // The league's page colours for one scheme, each as it can be read there.

@@ -328,10 +328,15 @@ Statement ParseText(std::string_view sql) {
   return Parse(lexed);
 }
 
-void CheckExpression(std::string_view text) {
-  // What closes a bracket that it has not opened is a fault here, and a list or a clause is one in brackets.
-  ParseText(fmt::format("SELECT ({})", text));
-  ParseText(fmt::format("SELECT {}", text));
+void CheckBrackets(std::string_view text) {
+  Lexed lexed;
+  Lex(text, lexed);
+  int open = 0;
+  for (const Token& token : lexed.tokens) {
+    if (token.kind != TokenKind::Symbol) continue;
+    open += token.text == "(" ? 1 : token.text == ")" ? -1 : 0;
+    if (open < 0) throw EngineError(kSyntaxError, fmt::format("at character {}", token.position), text);
+  }
 }
 
 }  // namespace scorvane::engine::sql

@@ -12,7 +12,8 @@ Statement Parse(const Lexed& lexed);
 // A text as a whole statement, for callers that have no tokens yet.
 Statement ParseText(std::string_view sql);
 
-// Throws 3075 unless the text is one expression that is whole by itself, and so stays one within brackets.
-void CheckExpression(std::string_view text);
+// Throws 3075 where the text closes a bracket that it has not opened, and so would leave those that it is to
+// stand in.
+void CheckBrackets(std::string_view text);
 
 }  // namespace scorvane::engine::sql

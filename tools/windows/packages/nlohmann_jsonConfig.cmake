@@ -2,7 +2,6 @@
 if(NOT TARGET nlohmann_json::nlohmann_json)
   file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/headers)
   file(CREATE_LINK /usr/include/nlohmann ${CMAKE_BINARY_DIR}/headers/nlohmann SYMBOLIC)
-  file(CREATE_LINK /usr/include/kainjow ${CMAKE_BINARY_DIR}/headers/kainjow SYMBOLIC)
   add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
   set_target_properties(nlohmann_json::nlohmann_json PROPERTIES INTERFACE_INCLUDE_DIRECTORIES ${CMAKE_BINARY_DIR}/headers)
 endif()
