@@ -8,8 +8,12 @@ packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev 
   libkainjow-mustache-dev libxlsxwriter-dev libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev
   fonts-dejavu-core procps python3)
 [ "${1:-}" = "--package" ] && packages+=(debhelper lintian dpkg-dev fakeroot)
-[ "${1:-}" = "--checks" ] && packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev ccache
-  chromium default-jre-headless nodejs npm)
+if [ "${1:-}" = "--checks" ]; then
+  packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev ccache chromium)
+  # These two often come from elsewhere than Debian, whose packages then conflict with what is there.
+  command -v java >/dev/null || packages+=(default-jre-headless)
+  { command -v node && command -v npm; } >/dev/null || packages+=(nodejs npm)
+fi
 
 missing=()
 for package in "${packages[@]}"; do
