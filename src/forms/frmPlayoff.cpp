@@ -150,10 +150,10 @@ void frmPlayoff::BuildGrids() {
   box->addWidget(fgOutlook_, 3);
 }
 
-void frmPlayoff::AddEntry(Entry entry) {
+void frmPlayoff::AddEntry(const Entry& entry) {
   const QSignalBlocker quiet(cboFormat_);
   cboFormat_->addItem(entry.text);
-  entries_.push_back(std::move(entry));
+  entries_.push_back(entry);
 }
 
 void frmPlayoff::Load() {
@@ -169,7 +169,7 @@ void frmPlayoff::Load() {
     } else if (stored_) {
       entry.format->late = stored_->late;  // that is how it was, whatever the format
     }
-    AddEntry(std::move(entry));
+    AddEntry(entry);
   }
   if (stored_ && chosen == 0) {
     chosen = static_cast<int>(entries_.size());

@@ -31,7 +31,7 @@ class frmPlayoff : public QDialog {
   void BuildControls();
   void BuildGrids();
   void Load();
-  void AddEntry(Entry entry);
+  void AddEntry(const Entry& entry);
   // The chosen format as it is to be stored.
   std::optional<championship::PlayoffFormat> Chosen() const;
   void ShowEntry();

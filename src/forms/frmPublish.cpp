@@ -64,7 +64,7 @@ frmPublish::frmPublish(FormContext& context, QWidget* parent) : QDialog(parent),
                          {kClose, tr("Close"), tr("Close this dialog")}});
   buttons_[kPublish]->setDefault(true);
   connect(buttons_[kPublish], &QPushButton::clicked, this, &frmPublish::Publish);
-  connect(buttons_[kOpen], &QPushButton::clicked, this, &frmPublish::Open);
+  connect(buttons_[kOpen], &QPushButton::clicked, this, &frmPublish::OpenSite);
   connect(buttons_[kClose], &QPushButton::clicked, this, &QDialog::reject);
   Load();
 }
@@ -254,7 +254,7 @@ void frmPublish::Publish() {
   if (!lblOutcome_->text().isEmpty()) buttons_[kOpen]->setFocus();
 }
 
-void frmPublish::Open() {
+void frmPublish::OpenSite() {
   if (!context_.ui.ShellOpen(front_))
     context_.ui.ShowMessage({"\"" + front_ + "\" cannot be opened in a browser.", "Publish Site",
                              common::MessageIcon::Exclamation});

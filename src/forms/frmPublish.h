@@ -33,7 +33,7 @@ class frmPublish : public QDialog {
   void UpdateButtons();
   site::SiteSettings Settings() const;
   void Publish();
-  void Open();
+  void OpenSite();
 
   FormContext& context_;
   std::string logo_;   // the picture's bytes

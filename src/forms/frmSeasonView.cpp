@@ -366,8 +366,9 @@ void frmSeasonView::FillResults(const site::SiteDriver& driver, std::uint32_t in
     row.data = result.id;
     const site::SiteMoment* moment = season_.MomentAfter(result.race);
     if (moment != nullptr && moment->position[index] > 0) {
-      const std::int64_t behind = moment->leader - *moment->points[index];
-      row.cells << QString::number(moment->position[index]) << QString::number(*moment->points[index])
+      const std::int64_t points = moment->points[index].value_or(0);
+      const std::int64_t behind = moment->leader - points;
+      row.cells << QString::number(moment->position[index]) << QString::number(points)
                 << (behind == 0 ? QStringLiteral("--") : QString::number(behind));
     }
     rows.push_back(std::move(row));

@@ -192,7 +192,7 @@ std::string SeasonData(const SiteModel& model, const std::vector<SiteReport>& re
   for (const SiteMoment& moment : model.moments) {
     Json points = Json::object();
     for (const std::uint32_t driver : model.standings)
-      if (moment.points[driver]) points[std::to_string(model.drivers[driver].id)] = *moment.points[driver];
+      if (const auto& held = moment.points[driver]) points[std::to_string(model.drivers[driver].id)] = *held;
     history.push_back({{"races", moment.races}, {"points", std::move(points)}});
   }
   json["history"] = std::move(history);
