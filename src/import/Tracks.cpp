@@ -93,7 +93,7 @@ void ReadTrackIni(CTracks& tracks, const std::string& path) {
 void BuildTrackCatalogue(common::ProcessState& state) {
   const bool newer = state.simType >= common::kNascarRacing4 && state.simType <= common::kNascarRacing2003;
   const auto index = common::SimFolderIndex(newer ? state.simType : std::int16_t{common::kNascarRacing4});
-  BuildTrackCatalogue(state, state.simFolders[*index]);
+  BuildTrackCatalogue(state, index ? state.simFolders[*index] : std::string());
 }
 
 void BuildTrackCatalogue(common::ProcessState& state, const std::string& simulationFolder) {
