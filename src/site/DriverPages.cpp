@@ -43,8 +43,9 @@ View Pages::DriverResult(const SiteResult& result) const {
   if (moment != nullptr && moment->position[result.driver] > 0) {
     View after;
     after["afterposition"] = std::to_string(moment->position[result.driver]);
-    after["afterpoints"] = std::to_string(*moment->points[result.driver]);
-    const std::int64_t behind = moment->leader - *moment->points[result.driver];
+    const std::int64_t points = moment->points[result.driver].value_or(0);
+    after["afterpoints"] = std::to_string(points);
+    const std::int64_t behind = moment->leader - points;
     after["afterbehind"] = behind == 0 ? std::string("--") : std::to_string(behind);
     row["after"] = std::move(after);
   }
@@ -109,7 +110,7 @@ void Pages::ShowPoints(View& page, const SiteDriver& driver, std::uint32_t index
     input.entryNumbers.push_back(static_cast<int>(moment.races));
     leader.values.emplace_back(static_cast<double>(moment.leader));
     own.values.emplace_back();
-    if (moment.points[index]) own.values.back() = static_cast<double>(*moment.points[index]);
+    if (const auto& held = moment.points[index]) own.values.back() = static_cast<double>(*held);
   }
   input.series = {std::move(leader), std::move(own)};
   Show(page, "gapchart", charts::LineChart(input), "gap-chart");
