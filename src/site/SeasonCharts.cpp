@@ -19,7 +19,7 @@ charts::LineInput PointsByRace(const SiteModel& model, const std::vector<std::ui
     charts::Series series{model.drivers[driver].name, {}};
     for (const SiteMoment& moment : model.moments) {
       series.values.emplace_back();
-      if (moment.points[driver]) series.values.back() = static_cast<double>(*moment.points[driver]);
+      if (const auto& held = moment.points[driver]) series.values.back() = static_cast<double>(*held);
     }
     input.series.push_back(std::move(series));
   }
@@ -53,7 +53,8 @@ charts::ShiftInput PlacesGained(const SiteModel& model, std::size_t race) {
   for (std::uint32_t i = model.races[race].first; i < model.races[race].end; ++i) {
     const SiteResult& result = model.results[i];
     if (result.Gained())
-      input.rows.push_back({model.drivers[result.driver].name, *result.start, *result.finish});
+      input.rows.push_back(
+          {model.drivers[result.driver].name, result.start.value_or(0), result.finish.value_or(0)});
   }
   return input;
 }
