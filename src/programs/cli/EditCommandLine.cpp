@@ -39,7 +39,7 @@ void CommandLine::AddLeagueCommands() {
       ->add_option(
           "FILE", import_.files,
           "Result files that the simulation wrote, standings files (*.stn) or exported pages (*.html), or "
-          "folders with such files")
+          "folders with such files; - is a file that comes through standard input")
       ->required();
   AddChoice(
       import, "--qualifying", import_.qualifying, kLapMethods,
@@ -108,7 +108,9 @@ void CommandLine::AddEditCommands() {
     Points(common_, points_);
   });
   CLI::Option* league = points->add_option("LEAGUE", league_, "The league file");
-  CLI::Option* set = points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
+  CLI::Option* set = points
+                         ->add_option("--set", points_.file,
+                                      "A file of lines Position,Points,PrizeMoney; - for standard input")
                          ->type_name("FILE.csv");
   points
       ->add_option("--preset", points_.preset,
