@@ -115,7 +115,8 @@ class StoredRaces {
     for (auto rows = league.OpenRecordset("SELECT RaceID, Name, FileName, Laps FROM Race"); !rows.AtEnd();
          rows.MoveNext()) {
       StoredRace race{rows.At(0).ToLong(), rows.At(1).ToText(), rows.At(2).ToText()};
-      if (race.fileName != kMerged) byFile_.emplace(common::LowerCase(race.fileName), race);
+      if (race.fileName != kMerged && race.fileName != common::kStandardInput)
+        byFile_.emplace(common::LowerCase(race.fileName), race);
       const std::string key = Key(race.name, rows.At(3).ToText());
       byTrack_.emplace(key, std::move(race));
     }

@@ -28,7 +28,9 @@ std::string WholePath(const std::string& path) {
   std::error_code error;
   const fs::path whole = fs::absolute(common::SystemPath(path), error).lexically_normal();
   std::string text = error ? path : common::PathText(whole);
-  while (text.size() > 1 && text.back() == '/') text.pop_back();
+  const std::size_t root = error ? 1 : whole.root_path().native().size();
+  while (text.size() > root && (text.back() == '/' || text.back() == fs::path::preferred_separator))
+    text.pop_back();
   return text;
 }
 

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 
 #include "common/Formats.h"
@@ -21,9 +22,13 @@ constexpr std::size_t kMostPointBytes = 1 << 20;
 
 // At most one byte more than `most`, so that what reads it sees that it is too long.
 std::string ReadSmallFile(const std::string& path, std::size_t most) {
-  std::ifstream file(common::SystemPath(path), std::ios::binary);
+  std::ifstream disk;
+  const bool piped = path == common::kStandardInput;
+  if (!piped) disk.open(common::SystemPath(path), std::ios::binary);
+  std::istream& file = piped ? std::cin : disk;
   std::string text(most + 1, '\0');
-  if (std::error_code error; std::filesystem::is_directory(common::SystemPath(path), error) || !file)
+  if (std::error_code error;
+      !file || (!piped && std::filesystem::is_directory(common::SystemPath(path), error)))
     throw RuleError(fmt::format("'{}' cannot be read.", path));
   file.read(text.data(), static_cast<std::streamsize>(text.size()));
   if (file.bad()) throw RuleError(fmt::format("'{}' cannot be read.", path));

@@ -11,6 +11,9 @@ namespace scorvane::common {
 using platform::PathText;
 using platform::SystemPath;
 
+// The name by which the command line takes what comes through its standard input for a file.
+inline constexpr std::string_view kStandardInput = "-";
+
 // Up to and including the last separator; empty without one.
 std::string GetFolder(std::string_view path);
 // Behind the last separator; with `stripExtension` without what follows the last full stop, and without it.

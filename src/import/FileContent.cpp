@@ -17,12 +17,29 @@
 namespace scorvane::import {
 namespace {
 
+constexpr const char* kTooLarge = "The file is far too large for a standings file.";
+
 // A standings file has some thousand bytes, an exported page some ten thousand; nothing of this size is one.
 constexpr std::uintmax_t kLargestFile = 16U << 20U;
+
+std::string ReadToEnd(std::FILE* file) {
+  std::string content;
+  std::array<char, 16384> block;
+  do {
+    const std::size_t read = std::fread(block.data(), 1, block.size(), file);
+    content.append(block.data(), read);
+    if (content.size() > kLargestFile) throw FileFault(kTooLarge);
+  } while (std::feof(file) == 0 && std::ferror(file) == 0);
+  if (std::ferror(file) != 0)
+    throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
+  if (content.empty()) throw FileFault("The file is empty.");
+  return content;
+}
 
 }  // namespace
 
 std::string ReadFileContent(const std::string& path) {
+  if (path == common::kStandardInput) return ReadToEnd(stdin);
   std::error_code error;
   const auto status = std::filesystem::status(common::SystemPath(path), error);
   if (std::filesystem::is_directory(status)) throw FileFault("This is a folder, not a file.");
@@ -33,17 +50,8 @@ std::string ReadFileContent(const std::string& path) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(platform::OpenToRead(path), &std::fclose);
   if (!file) throw FileFault("The file cannot be opened: " + std::generic_category().message(errno) + ".");
   const std::uintmax_t size = std::filesystem::file_size(common::SystemPath(path), error);
-  if (!error && size > kLargestFile) throw FileFault("The file is far too large for a standings file.");
-  std::string content;
-  std::array<char, 16384> block;
-  do {
-    const std::size_t read = std::fread(block.data(), 1, block.size(), file.get());
-    content.append(block.data(), read);
-  } while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0);
-  if (std::ferror(file.get()) != 0)
-    throw FileFault("The file cannot be read: " + std::generic_category().message(errno) + ".");
-  if (content.empty()) throw FileFault("The file is empty.");
-  return content;
+  if (!error && size > kLargestFile) throw FileFault(kTooLarge);
+  return ReadToEnd(file.get());
 }
 
 std::string FileNameOfRace(std::string_view path) {

@@ -14,8 +14,8 @@ class FileFault : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The content of the result file at `path`. Throws FileFault when it cannot be read, is empty, or is so large
-// that it can be none.
+// The content of the result file at `path`, or of the standard input for kStandardInput. Throws FileFault
+// when it cannot be read, is empty, or is so large that it can be none.
 std::string ReadFileContent(const std::string& path);
 
 // The name of the file at `path` as a race keeps it: a name too long for its field loses the end of its stem.

@@ -358,6 +358,27 @@ class CliTest(unittest.TestCase):
             self.refused("export", self.league, *options, says=says)
         self.assertEqual([name for name in os.listdir(self.folder) if ".scorvane-" in name], [])
 
+    def test_standard_input(self):
+        def piped(content, *args, check=0):
+            result = subprocess.run([PROGRAM, *args], input=content, capture_output=True, timeout=120)
+            self.assertEqual(result.returncode, check, result.stderr)
+            return result.stderr.decode()
+
+        self.create()
+        for path in SEASON[:2]:
+            piped(self.content(path), "import", self.league, "-")
+        before = self.counts()
+        self.assertEqual(before[0], 2)
+        for content, says in ((self.content(SEASON[1]), "already"), (b"", "empty"), (b"\r\n\x1a\0", "'-'"),
+                              (bytes(17 << 20), "too large")):
+            self.assertIn(says, piped(content, "import", self.league, "-", check=1))
+        self.assertEqual(self.counts(), before)
+        piped(b"Position,Points\r\n1,77\r\n2,66\r\n", "points", self.league, "--set", "-")
+        self.assertIn("66", cli("points", self.league).stdout)
+        piped(b'{"name": "B\xc3\xb6", "stages": [{"after": 1, "drivers": 2}]}', "playoff", self.league, "set", "-")
+        self.assertIn("B\u00f6", cli("playoff", self.league, "show").stdout)
+        self.assertIn("JSON", piped(b"", "playoff", self.league, "set", "-", check=1))
+
     def test_pages(self):
         self.create()
         cli("import", self.league, *SEASON[:2])

@@ -110,7 +110,9 @@ class OldFileTest(unittest.TestCase):
         self.assertIn("already exists", cli("convert", old, self.new, check=1).stderr)
         self.assertIn("old format", cli("convert", self.new, self.new + "2", check=1).stderr)
         self.assertIn("does not exist", cli("convert", old + "x", self.new + "2", check=1).stderr)
-        # Without its reader: a program folder that lacks it.
+
+    def test_without_its_reader(self):
+        old = os.path.join(LEGACY, FILES[0])
         lonely = os.path.join(self.folder, "bin")
         os.mkdir(lonely)
         for name in ("scorvane-cli", "Kirrelon.dat"):

@@ -13,4 +13,5 @@ for case in (value for value in names.values() if isinstance(value, type) and is
     for test in unittest.defaultTestLoader.getTestCaseNames(case):
         if test not in SKIPPED:
             suite.addTest(case(test))
-sys.exit(not unittest.TextTestRunner(verbosity=1).run(suite).wasSuccessful())
+result = unittest.TextTestRunner(verbosity=1).run(suite)
+sys.exit(not result.wasSuccessful() or result.testsRun == 0)

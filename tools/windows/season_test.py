@@ -16,6 +16,7 @@ import sys
 import tempfile
 import time
 import unittest
+import zipfile
 
 WINDOWS, LINUX, SOURCE = map(os.path.abspath, sys.argv[1:4])
 WINE = os.path.join(SOURCE, "tools/windows/wine")
@@ -52,6 +53,12 @@ def content(path):
 def tree(folder):
     return {os.path.relpath(path, folder): content(path)
             for path in glob.glob(os.path.join(folder, "**"), recursive=True) if os.path.isfile(path)}
+
+
+def workbook(path):
+    # All of it but when it was made.
+    with zipfile.ZipFile(path) as book:
+        return {name: book.read(name) for name in book.namelist() if name != "docProps/core.xml"}
 
 
 class SeasonTest(unittest.TestCase):
@@ -99,6 +106,11 @@ class SeasonTest(unittest.TestCase):
         pages = [tree(os.path.join(self.folder, platform, "Seite Ж")) for platform in PLATFORMS]
         self.assertGreater(len(pages[0]), 39)
         self.assertEqual(pages[0], pages[1])
+        for platform in PLATFORMS:
+            self.run_in(platform, "export", league, "--season", "Сезон – 赛车.xlsx")
+        books = [workbook(os.path.join(self.folder, platform, "Сезон – 赛车.xlsx")) for platform in PLATFORMS]
+        self.assertGreater(len(books[0]), 36)
+        self.assertEqual(books[0], books[1])
         for platform in PLATFORMS:
             self.run_in(platform, "site", league, "Web Ж")
         # The feed and the list of files hold the moment at which they were written.

@@ -135,7 +135,8 @@ championship::PlayoffFormat NeedPlayoff(const std::string& name) {
   const auto presets = championship::ListPlayoffPresets();
   const bool known = std::any_of(presets.begin(), presets.end(),
                                  [&](const auto& preset) { return engine::SameName(preset.name, name); });
-  if (known || !common::FileExists(name)) return championship::PresetPlayoff(name);
+  if (known || (name != common::kStandardInput && !common::FileExists(name)))
+    return championship::PresetPlayoff(name);
   return championship::ReadPlayoffFile(name);
 }
 

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
 #include <utility>
 
 #include "championship/Title.h"
@@ -24,7 +25,7 @@ void CommandLine::AddLeagueCommands() {
   create
       ->add_option("--drop", create_.droppedRaces, "How many of a driver's worst races do not count, 0 to 10")
       ->check(CLI::Range(0, 10))
-      ->type_name("");
+      ->type_name("N");
   AddChoice(create, "--laps", create_.lapReportingMethod, kLapMethods, "Show qualifying as speed or time");
   create->add_option("--heading", create_.heading, "The league's name, as its pages are headed")
       ->type_name("TEXT");
@@ -39,7 +40,7 @@ void CommandLine::AddLeagueCommands() {
       ->add_option(
           "FILE", import_.files,
           "Result files that the simulation wrote, standings files (*.stn) or exported pages (*.html), or "
-          "folders with such files")
+          "folders with such files; - is a file that comes through standard input")
       ->required();
   AddChoice(
       import, "--qualifying", import_.qualifying, kLapMethods,
@@ -108,7 +109,9 @@ void CommandLine::AddEditCommands() {
     Points(common_, points_);
   });
   CLI::Option* league = points->add_option("LEAGUE", league_, "The league file");
-  CLI::Option* set = points->add_option("--set", points_.file, "A file of lines Position,Points,PrizeMoney")
+  CLI::Option* set = points
+                         ->add_option("--set", points_.file,
+                                      "A file of lines Position,Points,PrizeMoney; - for standard input")
                          ->type_name("FILE.csv");
   points
       ->add_option("--preset", points_.preset,
@@ -165,7 +168,7 @@ void CommandLine::AddEditCommands() {
     result
         ->add_option_function<std::string>(
             kFields[i], [this, i](const std::string& text) { result_.fields[i] = text; }, kHelp[i])
-        ->type_name("");
+        ->type_name(std::string_view(kFields[i]) == "--name" ? "TEXT" : "N");
   }
   result->add_option("--reason", result_.reason, "Reason out")->type_name("TEXT");
   result->add_flag("--yes", result_.yes, "remove: do not ask");

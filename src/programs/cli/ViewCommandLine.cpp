@@ -67,7 +67,8 @@ void CommandLine::AddChampionshipCommands() {
       ->required()
       ->check(CLI::IsMember({"set", "show", "clear", "preset"}))
       ->type_name("");
-  playoff->add_option("NAME", playoff_.name, "set: the file; preset: its name, without one they are listed");
+  playoff->add_option("NAME", playoff_.name,
+                      "set: the file, - for standard input; preset: its name, without one they are listed");
   playoff->add_option("--after", playoff_.after, "preset: after how many races it begins")
       ->check(CLI::Range(1, 10000))
       ->type_name("N");

@@ -42,7 +42,7 @@ std::vector<std::string> Parts(std::string_view text) {
 
 bool IsFile(const std::string& path) {
   std::error_code error;
-  return std::filesystem::is_regular_file(common::SystemPath(path), error);
+  return path == common::kStandardInput || std::filesystem::is_regular_file(common::SystemPath(path), error);
 }
 
 void TakePart(Context& context, const std::string& part, championship::WhatIf& whatIf) {

@@ -94,7 +94,8 @@ std::vector<std::uint32_t> JetFile::PagesOf(std::uint32_t usage) const {
       if ((bits[i / 8] >> (i % 8) & 1U) != 0) pages.push_back(static_cast<std::uint32_t>(first + i));
   };
   if (Number(map, 0, 1) == 0) {
-    addBits(map.substr(5), Number(map, 1, 4));
+    const std::size_t first = Number(map, 1, 4);
+    addBits(map.substr(5), first);
     return pages;
   }
   const std::size_t perPage = (pageSize_ - 4) * 8;
