@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Installs what the build and the tests need and this machine lacks. Sourced by ./run and ./test; Debian 12.
-#   tools/setup.sh [--checks|--package]     --checks: the clang-19 tools of ./.ci/run, too; --package: those that make
-#                                           Debian packages
+#   tools/setup.sh [--checks|--package|--accessibility]     --checks: the clang-19 tools of ./.ci/run, too; --package:
+#                       those that make Debian packages; --accessibility: a desktop and a screen reader's ears, for
+#                       tools/accessibility/run
 set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config libsqlite3-dev libicu-dev libfmt-dev libcli11-dev nlohmann-json3-dev
   libkainjow-mustache-dev libxlsxwriter-dev libgtest-dev libgmock-dev mdbtools mdbtools-dev qt6-base-dev libgl-dev
   fonts-dejavu-core procps python3)
 [ "${1:-}" = "--package" ] && packages+=(debhelper lintian dpkg-dev fakeroot)
+[ "${1:-}" = "--accessibility" ] && packages+=(at-spi2-core python3-pyatspi dbus libglib2.0-bin xvfb xauth openbox xdotool)
 if [ "${1:-}" = "--checks" ]; then
   packages+=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev ccache chromium)
   # These two often come from elsewhere than Debian, whose packages then conflict with what is there.

@@ -49,7 +49,9 @@ frmDriverList::frmDriverList(FormContext& context, QWidget* parent) : QDialog(pa
   lblNumDrivers_ = new QLabel(this);
   lblNumDrivers_->setObjectName(QStringLiteral("lblNumDrivers"));
   auto* countRow = new QHBoxLayout;
-  countRow->addWidget(new QLabel(tr("Count:"), this));
+  auto* count = new QLabel(tr("Count:"), this);
+  count->setBuddy(lblNumDrivers_);
+  countRow->addWidget(count);
   countRow->addWidget(lblNumDrivers_);
   countRow->addStretch();
 

@@ -64,6 +64,10 @@ frmEditDriver::frmEditDriver(FormContext& context, QWidget* parent) : QDialog(pa
     if (txtHandicap_->text().trimmed().isEmpty()) txtHandicap_->setText(QStringLiteral("0"));
   });
   save_->setEnabled(false);
+  setTabOrder(tabs, txtName_);
+  setTabOrder(txtName_, txtHandicap_);
+  setTabOrder(txtHandicap_, chkRookie_);
+  setTabOrder(chkRookie_, chkExcluded_);
   txtName_->setFocus();
 }
 

@@ -126,6 +126,7 @@ void frmEditRace::ShowHeader(QGridLayout* layout) {
     auto* value = new QLabel(this);
     value->setTextFormat(Qt::PlainText);
     value->setText(Q(text));
+    if (text.empty()) value->setAccessibleName(tr("none"));
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     if (place == kLines - 1) {
       // Which of the two it is decides how the column is read, so it stands out.
@@ -139,6 +140,7 @@ void frmEditRace::ShowHeader(QGridLayout* layout) {
       value->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     }
     auto* label = new QLabel(caption, this);
+    label->setBuddy(value);  // so that a screen reader says them together
     const int column = place / kLines * 2;
     layout->addWidget(label, place % kLines, column);
     layout->addWidget(value, place % kLines, column + 1);

@@ -131,8 +131,11 @@ QWidget* frmExport::BuildTextTab() {
     grid->addWidget(label, row++, 0, 1, 2);
     grid->addWidget(*line.box, row++, 0, 1, 2);
     auto* colors = new QHBoxLayout;
-    colors->addWidget(new QLabel(line.colorName, page));
-    colors->addWidget(Square(line.color, line.colorName));
+    auto* colorLabel = new QLabel(line.colorName, page);
+    ColorSquare* square = Square(line.color, line.colorName);
+    colorLabel->setBuddy(square);
+    colors->addWidget(colorLabel);
+    colors->addWidget(square);
     colors->addStretch();
     grid->addLayout(colors, row++, 0, 1, 2);
   }
@@ -174,6 +177,7 @@ QWidget* frmExport::BuildTableTab() {
       lblRowColors_[static_cast<std::size_t>(place)] = label;
       ColorSquare* square =
           Square(kFirstTableColor + place, check->text() + QLatin1Char(' ') + label->text());
+      label->setBuddy(square);
       grid->addWidget(label, k, 1 + 2 * side, Qt::AlignRight);
       grid->addWidget(square, k, 2 + 2 * side);
       if (kFirstTableColor + place == kUnusedColor) {
@@ -202,7 +206,9 @@ QWidget* frmExport::BuildPageTab() {
   for (int i = 0; i < 5; ++i) {
     ColorSquare* square = Square(i, toolTips[i]);
     square->setToolTip(toolTips[i]);
-    grid->addWidget(new QLabel(colors[i], options), i % 3, 2 * (i / 3), Qt::AlignRight);
+    auto* label = new QLabel(colors[i], options);
+    label->setBuddy(square);
+    grid->addWidget(label, i % 3, 2 * (i / 3), Qt::AlignRight);
     grid->addWidget(square, i % 3, 2 * (i / 3) + 1);
   }
   chkBGImage_ = new QCheckBox(tr("Background &Image"), options);

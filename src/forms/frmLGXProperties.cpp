@@ -1,5 +1,6 @@
 #include "forms/frmLGXProperties.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -11,6 +12,7 @@
 #include "app/Commands.h"
 #include "common/Formats.h"
 #include "forms/widgets/ButtonRow.h"
+#include "forms/widgets/Contrast.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "platform/Platform.h"
@@ -41,8 +43,11 @@ void NameControls(QFormLayout* form) {
 // As the window around it, for a control whose value is only shown.
 void ShowFixed(QWidget* control) {
   control->setEnabled(false);
-  QPalette colors = control->palette();
+  QPalette colors = QApplication::palette();
   colors.setBrush(QPalette::Base, colors.brush(QPalette::Button));
+  const QColor text = MutedText(colors, QPalette::Button);
+  for (const QPalette::ColorRole role : {QPalette::Text, QPalette::ButtonText, QPalette::WindowText})
+    colors.setColor(QPalette::Disabled, role, text);
   control->setPalette(colors);
 }
 

@@ -24,7 +24,8 @@ frmOfflineSettings::frmOfflineSettings(FormContext& context, QWidget* parent)
   note->setWordWrap(true);
   grid_ = new SelectionGrid(QStringLiteral("fgPriorities"), this);
   grid_->setAccessibleName(tr("Criteria in their order"));
-  grid_->SetColumns({{QString(), 450, Qt::AlignHCenter}, {QString(), 2900, Qt::AlignLeft}});
+  // The headings are hidden; a screen reader says them, and a copy has them.
+  grid_->SetColumns({{tr("Rank"), 450, Qt::AlignHCenter}, {tr("Criterion"), 2900, Qt::AlignLeft}});
   grid_->horizontalHeader()->hide();
   grid_->horizontalHeader()->setStretchLastSection(true);
   grid_->setMinimumHeight(grid_->fontMetrics().height() * 14);

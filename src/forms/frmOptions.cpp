@@ -129,7 +129,9 @@ QWidget* frmOptions::BuildHtmlTab() {
     lblColor_[i] = new ColorSquare(QStringLiteral("lblColor_%1").arg(i), toolTips[i], context_.ui, page);
     lblColor_[i]->setToolTip(toolTips[i]);
     const int line = static_cast<int>(i);
-    grid->addWidget(new QLabel(colors[i], page), line, 0);
+    auto* label = new QLabel(colors[i], page);
+    label->setBuddy(lblColor_[i]);
+    grid->addWidget(label, line, 0);
     grid->addWidget(lblColor_[i], line, 1);
   }
   grid->setColumnStretch(2, 1);

@@ -49,7 +49,10 @@ frmPointSystem::frmPointSystem(FormContext& context, QWidget* parent)
   const auto buttons = AddButtons(layout, this, {{1, tr("Save")}, {0, tr("Cancel")}});
   save_ = buttons.at(1);
   save_->setEnabled(false);
-  static_cast<QHBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, BuildPresets());
+  QPushButton* presets = BuildPresets();
+  static_cast<QHBoxLayout*>(layout->itemAt(layout->count() - 1)->layout())->insertWidget(0, presets);
+  setTabOrder(presets, save_);
+  setTabOrder(save_, buttons.at(0));
   connect(save_, &QPushButton::clicked, this, [this] {
     if (!Save()) return;
     accept();
@@ -106,6 +109,7 @@ QWidget* frmPointSystem::BuildPositions() {
     connect(optPoints_[i], &QRadioButton::clicked, this, &frmPointSystem::ColumnChosen);
   }
   optPoints_[0]->setChecked(true);
+  label->setBuddy(optPoints_[0]);
   tool->addLayout(options, line++, 1);
   auto* fill = new QPushButton(tr("Fill"), frame);
   fill->setObjectName(QStringLiteral("cmdFill"));
@@ -145,9 +149,11 @@ QWidget* frmPointSystem::BuildBonuses() {
     box->setMaxLength(kBonusCharacters);
     auto* label = new QLabel(pairs);
     label->setTextFormat(Qt::PlainText);
-    label->setText(Q(bonus.name) + QLatin1Char(':'));
+    // With a box of its own, an ampersand would be a mnemonic.
+    label->setText(Q(bonus.name).replace(QLatin1Char('&'), QStringLiteral("&&")) + QLatin1Char(':'));
+    label->setBuddy(box);
     label->setObjectName(QStringLiteral("lblBonus_%1").arg(bonus.id - 1));
-    box->setAccessibleName(label->text());
+    box->setAccessibleName(Q(bonus.name) + QLatin1Char(':'));
     const int column = place / std::max(lines, 1) * 2;
     grid->addWidget(label, place % std::max(lines, 1), column, Qt::AlignRight);
     grid->addWidget(box, place % std::max(lines, 1), column + 1);

@@ -120,7 +120,9 @@ QWidget* frmPublish::BuildFields() {
   picture->addStretch();
   picture->addWidget(logo);
   picture->addWidget(cmdNoLogo_);
-  form->addRow(tr("Logo:"), picture);
+  auto* lblCaption = new QLabel(tr("Logo:"), fields);
+  lblCaption->setBuddy(lblLogo_);
+  form->addRow(lblCaption, picture);
 
   connect(txtFolder_, &QLineEdit::textChanged, this, &frmPublish::UpdateButtons);
   connect(chkAccent_, &QCheckBox::toggled, lblAccent_, &QWidget::setEnabled);

@@ -65,6 +65,7 @@ frmStats::frmStats(FormContext& context, QWidget* parent)
   caption_->setWordWrap(true);
   layout->addWidget(caption_, 2, 0);
   fgCalcs_->setAccessibleName(tr("Report"));
+  caption_->setBuddy(fgCalcs_);
   ShowPlaces(*fgCalcs_);
   fgCalcs_->SetArrangeable();
   fgCalcs_->SetMenu({buttons_[kHtmlButton], buttons_[kColumnsButton]});

@@ -36,6 +36,7 @@
 #include "forms/frmStats.h"
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
+#include "forms/widgets/Contrast.h"
 
 namespace scorvane::forms {
 namespace {
@@ -182,6 +183,45 @@ TEST_F(EveryWindow, IsWalkedAsTheEyeWalksIt) {
       before = at;
     }
   });
+}
+
+// What one must read, in the themes that there are: hints, values that are only shown, rows that stand back,
+// the selection.
+TEST_F(EveryWindow, CanBeReadInEveryTheme) {
+  const QPalette before = QApplication::palette();
+  const auto theme = [](const QColor& paper, const QColor& text, const QColor& disabled) {
+    QPalette colors(text, paper, paper, paper, paper, text, paper);
+    for (const QPalette::ColorRole role : {QPalette::Text, QPalette::WindowText, QPalette::ButtonText})
+      colors.setColor(QPalette::Disabled, role, disabled);
+    colors.setColor(QPalette::PlaceholderText, disabled);
+    return colors;
+  };
+  const QPalette themes[] = {theme(Qt::white, Qt::black, QColor(190, 190, 190)),
+                             theme(QColor(30, 30, 32), QColor(225, 225, 225), QColor(90, 90, 90)),
+                             theme(Qt::black, Qt::yellow, QColor(0, 90, 0))};
+  for (const QPalette& colors : themes) {
+    QApplication::setPalette(colors);
+    frmLGXProperties properties(context_, nullptr);
+    properties.NewDialog(false);
+    frmOptions options(context_, nullptr);
+    Show(properties);
+    Find<QTabWidget>(options, "ts").setCurrentIndex(2);
+    Show(options);
+    QApplication::processEvents();
+    constexpr double kReadable = 4.5;
+    const QPalette box = Find<QLineEdit>(options, "txtBackupFolder").palette();
+    EXPECT_GE(ContrastOf(box.color(QPalette::PlaceholderText), box.color(QPalette::Base)), kReadable);
+    EXPECT_GE(ContrastOf(MutedText(colors), colors.color(QPalette::Base)), kReadable);
+    for (const char* name : {"txtFileName", "cboLeagueType"}) {
+      const QPalette fixed = properties.findChild<QWidget*>(QString::fromLatin1(name))->palette();
+      for (const QPalette::ColorRole role : {QPalette::Text, QPalette::ButtonText})
+        EXPECT_GE(ContrastOf(fixed.color(QPalette::Disabled, role),
+                             fixed.color(QPalette::Disabled, QPalette::Button)),
+                  kReadable)
+            << name;
+    }
+  }
+  QApplication::setPalette(before);
 }
 
 }  // namespace

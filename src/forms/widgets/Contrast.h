@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QPalette>
+#include <QWidget>
 #include <algorithm>
 #include <cmath>
 
@@ -22,10 +23,10 @@ inline double ContrastOf(const QColor& a, const QColor& b) {
 
 // The theme's colour of disabled text, brought nearer to that of other text until it can be read: text that
 // stands back, and is meant to be read all the same.
-inline QColor MutedText(const QPalette& palette) {
+inline QColor MutedText(const QPalette& palette, QPalette::ColorRole background = QPalette::Base) {
   constexpr double kReadable = 4.5;
   constexpr int kSteps = 20;
-  const QColor paper = palette.color(QPalette::Active, QPalette::Base);
+  const QColor paper = palette.color(QPalette::Active, background);
   const QColor strong = palette.color(QPalette::Active, QPalette::Text);
   const QColor weak = palette.color(QPalette::Disabled, QPalette::Text);
   for (int step = 0; step < kSteps; ++step) {
@@ -35,6 +36,15 @@ inline QColor MutedText(const QPalette& palette) {
     if (ContrastOf(color, paper) >= kReadable) return color;
   }
   return strong;
+}
+
+// What stands in an empty box as a hint can be read.
+inline void ShowHintReadably(QWidget& box) {
+  QPalette colors = box.palette();
+  const QColor hint = MutedText(colors);
+  if (colors.color(QPalette::Active, QPalette::PlaceholderText) == hint) return;
+  colors.setColor(QPalette::PlaceholderText, hint);
+  box.setPalette(colors);
 }
 
 }  // namespace scorvane::forms

@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <algorithm>
 
+#include "forms/widgets/Contrast.h"
+
 namespace scorvane::forms {
 
 EntryBox::EntryBox(const QString& name, QWidget* parent) : EntryBox(name, Filter(), parent) {}
@@ -31,6 +33,7 @@ bool EntryBox::event(QEvent* event) {
       return false;
     }
   }
+  if (event->type() == QEvent::Polish || event->type() == QEvent::PaletteChange) ShowHintReadably(*this);
   return QLineEdit::event(event);
 }
 

@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <algorithm>
 
+#include "forms/widgets/Contrast.h"
 #include "forms/widgets/GridModel.h"
 #include "forms/widgets/SelectionGrid.h"
 
@@ -86,6 +87,7 @@ void SelectionGrid::BuildFilter() {
 
 void SelectionGrid::AskFilter() {
   updateGeometries();
+  ShowHintReadably(*txtFilter_);
   txtFilter_->show();
   txtFilter_->raise();
   txtFilter_->setFocus(Qt::ShortcutFocusReason);
