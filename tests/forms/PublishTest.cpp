@@ -101,6 +101,46 @@ TEST_F(PublishWindow, WritesTheSiteAndTheLeagueRemembersWhatWasChosen) {
   EXPECT_THAT(ui_.messages.back().text, HasSubstr("cannot be opened"));
 }
 
+TEST_F(PublishWindow, TheSeasonIsSavedAsASpreadsheet) {
+  frmRaces window(context_);
+  window.FillRaceGrid();
+  Show(window);
+  const auto save = [&](const std::string& file) {
+    ui_.filesToSave = {file};
+    ui_.messages.clear();
+    window.findChild<QAction*>(QStringLiteral("mnuSeason_17"))->trigger();
+  };
+  const auto head = [&](const std::string& file) {
+    std::ifstream stream(folder_.File(file), std::ios::binary);
+    std::string bytes(15, ' ');
+    stream.read(bytes.data(), 15);
+    return bytes;
+  };
+  const std::string name = "Saison é & <b>";
+  save(folder_.File(name));
+  EXPECT_EQ(ui_.dialogs.back().name, "open.xlsx");
+  EXPECT_THAT(head(name + ".xlsx"), testing::StartsWith("PK"));
+  EXPECT_EQ(Utf8(Find<QLabel>(window, "lblStatus").text()),
+            "Wrote the season as " + folder_.File(name) + ".xlsx.");
+  EXPECT_TRUE(ui_.messages.empty());
+
+  // What is there is asked about; a league stays one under any name, and nothing is written half.
+  std::ofstream(folder_.File("there.xlsx")) << "others' work";
+  ui_.answers = {common::Answer::No};
+  save(folder_.File("there.xlsx"));
+  EXPECT_EQ(ui_.messages.back().title, "File Exists");
+  EXPECT_EQ(head("there.xlsx").substr(0, 12), "others' work");
+  std::filesystem::copy_file(folder_.File("open.lgx"), folder_.File("copy.xlsx"));
+  ui_.answers = {common::Answer::Yes};
+  save(folder_.File("copy.xlsx"));
+  EXPECT_THAT(ui_.messages.back().text, HasSubstr("is a league"));
+  EXPECT_EQ(head("copy.xlsx"), "SQLite format 3");
+  save(folder_.File("nowhere/season.xlsx"));
+  EXPECT_THAT(ui_.messages.back().text, HasSubstr("there is no such folder"));
+  save({});
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
 TEST_F(PublishWindow, WhatCannotBeIsSaid) {
   frmPublish dialog(context_);
   Show(dialog);
