@@ -194,8 +194,8 @@ int main(int argc, char** argv) {
     // A folder with results of which the league lacks some.
     const std::string folder = common::JoinPath(platform::ApplicationFolder(), "exports");
     std::filesystem::create_directories(folder);
-    for (const char* name : {"daytona-2.stn", "rockingham-2.stn"})
-      std::filesystem::copy_file(ui.files.front(), common::JoinPath(folder, name),
+    for (std::size_t i = 0; i < 2; ++i)
+      std::filesystem::copy_file(ui.files[i], common::JoinPath(folder, common::GetFileTitle(ui.files[i])),
                                  std::filesystem::copy_options::overwrite_existing);
     app::StoreWatchChoice(*templateDb, fresh, {folder, true});
     window.OpenLeagueFile(fresh);

@@ -93,8 +93,18 @@ TEST_F(PublishWindow, WritesTheSiteAndTheLeagueRemembersWhatWasChosen) {
   EXPECT_EQ(Find<ColorSquare>(again, "lblAccent").Color(), 0x2E10C8);
   Find<QCheckBox>(again, "chkAccent").setChecked(false);
   Press(again, "cmdNoLogo");
+  auto& chart = Find<QLabel>(again, "lblChart");
+  EXPECT_EQ(chart.text(), QStringLiteral("the first ten"));
+  OnModal([](QWidget& picker) {
+    Find<QListWidget>(picker, "lstDrivers").item(0)->setCheckState(Qt::Checked);
+    Click(picker, 0);
+  });
+  Press(again, "cmdChart");
+  EXPECT_EQ(Utf8(chart.text()), "<script>Zoë \"Z\" Ng");
   Press(again, "cmdButton_0");
-  EXPECT_EQ(Kept(), (site::SiteSettings{site, "paddock", "https://league.example/98/", "", ""}));
+  EXPECT_EQ(Kept(), (site::SiteSettings{site, "paddock", "https://league.example/98/", "", "", "1"}));
+  Press(again, "cmdFirstTen");
+  EXPECT_EQ(chart.text(), QStringLiteral("the first ten"));
   EXPECT_FALSE(std::filesystem::exists(site + "/assets/logo.png"));
   ui_.shellOpens = false;
   Press(again, "cmdButton_1");
