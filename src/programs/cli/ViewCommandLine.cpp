@@ -191,11 +191,10 @@ void CommandLine::AddSiteCommand() {
                    "Whose points are drawn race by race, at most 20 (default: the first ten)")
       ->type_name("DRIVER");
   site->add_flag("--show", site_.show, "List what the league remembers of its site; write nothing");
-  site->footer(
-      std::string("What differs is written, what is there stays. Folder, theme, address, colour, logo and\n"
-                  "chart are kept in the league; \"\" takes one of them back. Files of others in the folder "
-                  "are left alone.\n") +
-      kCommonOptions);
+  site->footer(std::string("What differs is written, what is there stays. Files of others in the folder are\n"
+                           "left alone. Folder, theme, address, colour, logo and chart are kept in the\n"
+                           "league; \"\" takes one of them back.\n") +
+               kCommonOptions);
 }
 
 }  // namespace scorvane::cli
