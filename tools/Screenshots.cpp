@@ -191,6 +191,22 @@ int main(int argc, char** argv) {
   window.OpenLeagueFile(arguments[3].toStdString());
   photographer.Take(window, "main", {760, 480});
   {
+    // A folder with results of which the league lacks some.
+    const std::string folder = common::JoinPath(platform::ApplicationFolder(), "exports");
+    std::filesystem::create_directories(folder);
+    for (std::size_t i = 0; i < 2; ++i)
+      std::filesystem::copy_file(ui.files[i], common::JoinPath(folder, common::GetFileTitle(ui.files[i])),
+                                 std::filesystem::copy_options::overwrite_existing);
+    app::StoreWatchChoice(*templateDb, fresh, {folder, true});
+    window.OpenLeagueFile(fresh);
+    QEventLoop waiting;
+    QTimer::singleShot(2500, &waiting, &QEventLoop::quit);
+    waiting.exec();
+    photographer.Take(window, "main-watch", {760, 480});
+    app::StoreWatchChoice(*templateDb, fresh, {});
+    window.OpenLeagueFile(arguments[3].toStdString());
+  }
+  {
     const std::int64_t first = DoSomething(session);
     window.OpenLeagueFile(arguments[3].toStdString());
     auto* season = window.findChild<QMenu*>(QStringLiteral("mnuSeason"));
@@ -242,6 +258,8 @@ int main(int argc, char** argv) {
     photographer.Take(dialog, "options-html");
     dialog.findChild<QTabWidget*>()->setCurrentIndex(2);
     photographer.Take(dialog, "options-backups");
+    dialog.findChild<QTabWidget*>()->setCurrentIndex(3);
+    photographer.Take(dialog, "options-watch");
   }
   {
     forms::frmDriverList dialog(context, &window);

@@ -37,34 +37,6 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Numbers within names compare by their value.
-bool NaturallyBefore(const std::string& a, const std::string& b) {
-  const std::string left = common::LowerCase(a);
-  const std::string right = common::LowerCase(b);
-  std::size_t i = 0;
-  std::size_t j = 0;
-  while (i < left.size() && j < right.size()) {
-    if (IsDigit(left[i]) && IsDigit(right[j])) {
-      const auto number = [](const std::string& text, std::size_t& at) {
-        while (at < text.size() && text[at] == '0') ++at;
-        const std::size_t from = at;
-        while (at < text.size() && IsDigit(text[at])) ++at;
-        return text.substr(from, at - from);
-      };
-      const std::string first = number(left, i);
-      const std::string second = number(right, j);
-      if (first.size() != second.size()) return first.size() < second.size();
-      if (first != second) return first < second;
-    } else {
-      if (left[i] != right[j]) return left[i] < right[j];
-      ++i;
-      ++j;
-    }
-  }
-  if (i == left.size() && j == right.size()) return a < b;
-  return i == left.size();
-}
-
 void ShowHeld(common::UserInterface& ui, const std::vector<common::Message>& held) {
   for (std::size_t i = 0; i < std::min(held.size(), kMostMessages); ++i) ui.ShowMessage(held[i]);
   if (held.size() > kMostMessages) {
@@ -222,6 +194,33 @@ void NoteFewerMembers(engine::Database& league, std::int32_t before, std::int32_
 }
 
 }  // namespace
+
+bool NaturallyBefore(const std::string& a, const std::string& b) {
+  const std::string left = common::LowerCase(a);
+  const std::string right = common::LowerCase(b);
+  std::size_t i = 0;
+  std::size_t j = 0;
+  while (i < left.size() && j < right.size()) {
+    if (IsDigit(left[i]) && IsDigit(right[j])) {
+      const auto number = [](const std::string& text, std::size_t& at) {
+        while (at < text.size() && text[at] == '0') ++at;
+        const std::size_t from = at;
+        while (at < text.size() && IsDigit(text[at])) ++at;
+        return text.substr(from, at - from);
+      };
+      const std::string first = number(left, i);
+      const std::string second = number(right, j);
+      if (first.size() != second.size()) return first.size() < second.size();
+      if (first != second) return first < second;
+    } else {
+      if (left[i] != right[j]) return left[i] < right[j];
+      ++i;
+      ++j;
+    }
+  }
+  if (i == left.size() && j == right.size()) return a < b;
+  return i == left.size();
+}
 
 std::string ResultFileFilter(std::int16_t simType) {
   return simType <= common::kNascarRacing2 ? "Standings File (*.stn)|*.stn"

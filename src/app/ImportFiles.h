@@ -19,8 +19,11 @@ std::string ResultFileFilter(std::int16_t simType);
 // when it is not known.
 std::string ResultFolder(const common::ProcessState& state);
 
-// The paths with each folder among them in turn replaced by the result files in it, in natural order: race2
-// before race10.
+// Whether a name stands before the other where numbers within names count by their value: race2 before
+// race10.
+bool NaturallyBefore(const std::string& a, const std::string& b);
+
+// The paths with each folder among them in turn replaced by the result files in it, by NaturallyBefore.
 std::vector<std::string> ExpandFolders(const std::vector<std::string>& paths, std::int16_t simType);
 
 // Before files are staged: clears what an earlier import left, loads the points to score with and the tracks.

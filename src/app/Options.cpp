@@ -26,7 +26,8 @@ std::string CompleteFolder(const std::string& typed) {
 
 }  // namespace
 
-Options ReadOptions(engine::Database& templateDb, const common::ProcessState& state) {
+Options ReadOptions(engine::Database& templateDb, const common::ProcessState& state,
+                    const std::string& watchedLeague) {
   Options options;
   options.simFolders = state.simFolders;
   options.useBackgroundImage = Flag(templateDb, common::kUseBackgroundImage);
@@ -40,6 +41,8 @@ Options ReadOptions(engine::Database& templateDb, const common::ProcessState& st
   options.openPreviousFile = Flag(templateDb, common::kOpenPreviousFile);
   options.showImportAlerts = import::ShowsImportAlerts(templateDb);
   options.backups = ReadBackupOptions(templateDb);
+  options.watchedLeague = watchedLeague;
+  if (!watchedLeague.empty()) options.watch = ReadWatchChoice(templateDb, watchedLeague);
   return options;
 }
 
@@ -57,6 +60,7 @@ void SaveOptions(engine::Database& templateDb, common::ProcessState& state, cons
   store(common::kOpenPreviousFile, FlagText(options.openPreviousFile));
   store(common::kShowImportAlerts, FlagText(options.showImportAlerts));
   SaveBackupOptions(templateDb, {CompleteFolder(options.backups.folder), options.backups.days});
+  if (!options.watchedLeague.empty()) StoreWatchChoice(templateDb, options.watchedLeague, options.watch);
   unit.Commit();
   state.simFolders = options.simFolders;
 }

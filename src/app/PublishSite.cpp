@@ -64,6 +64,7 @@ site::SiteSettings WithChoices(site::SiteSettings settings, const SiteChoices& c
   }
   if (choices.baseUrl) settings.baseUrl = site::CleanBaseUrl(*choices.baseUrl);
   if (choices.accent) settings.accent = site::CleanAccent(*choices.accent);
+  if (choices.chart) settings.chart = site::ChartText(*choices.chart);
   if (choices.logo) settings.logo = ReadLogo(*choices.logo);
   return settings;
 }

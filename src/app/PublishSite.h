@@ -1,8 +1,10 @@
 // Publishing a league's season as a site: what the window and the command line do with what was chosen.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/LeagueSession.h"
 #include "common/UserInterface.h"
@@ -17,7 +19,8 @@ struct SiteChoices {
   std::optional<std::string> theme;  // one of the program's by its name, or a folder
   std::optional<std::string> baseUrl;
   std::optional<std::string> accent;
-  std::optional<std::string> logo;  // a file
+  std::optional<std::string> logo;                 // a file
+  std::optional<std::vector<std::int32_t>> chart;  // drivers' keys; none: the first ten
 };
 
 // The settings with the choices, as they are kept: paths are whole ones (a relative one is taken from the

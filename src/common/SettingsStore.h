@@ -24,6 +24,7 @@ enum TemplateSetting : int {
   kBackupFolder = 20,
   kBackupDays = 21,
   kWindowPlaces = 22,
+  kWatchedFolders = 23,
 };
 
 // Settings of a league file.

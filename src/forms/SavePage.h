@@ -1,6 +1,8 @@
 // The end of both page exports: where to, and writing the page with the look that the league has stored.
 #pragma once
 
+#include <string>
+
 #include "common/UserInterface.h"
 #include "forms/FormContext.h"
 #include "reports/PageExport.h"
@@ -12,5 +14,9 @@ namespace scorvane::forms {
 // EngineError.
 void SavePage(FormContext& context, const reports::PageSubject& subject, const reports::PageTexts& texts,
               const common::FileRequest& request);
+
+// Asks for a file of the whole season, named after the league and beside it at first, and writes it; yields
+// its path, empty when the user thinks better of it. Throws as sheets::WriteSeason does.
+std::string SaveSeason(FormContext& context);
 
 }  // namespace scorvane::forms

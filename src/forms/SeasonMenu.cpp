@@ -12,6 +12,7 @@
 #include "app/Backup.h"
 #include "app/Commands.h"
 #include "common/Paths.h"
+#include "forms/SavePage.h"
 #include "forms/frmHistory.h"
 #include "forms/frmPenalties.h"
 #include "forms/frmPlayoff.h"
@@ -73,6 +74,7 @@ SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, H
   index = 15;
   season_ = add(tr("Season &View"), {Qt::Key_F5}, &SeasonMenu::ShowSeason);
   publish_ = add(tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
+  spreadsheet_ = add(tr("Season &as Spreadsheet..."), {}, &SeasonMenu::SaveSpreadsheet);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
 
@@ -119,7 +121,7 @@ void SeasonMenu::UpdateItems() {
   bool races = false;
   if (open) Guarded(context_.ui, [&] { races = app::CountRaces(context_.session.League()) > 0; });
   for (QAction* item : {teams_, playoff_, season_, publish_}) item->setEnabled(open);
-  for (QAction* item : {penalties_, whatIf_}) item->setEnabled(races);
+  for (QAction* item : {penalties_, whatIf_, spreadsheet_}) item->setEnabled(races);
 }
 
 void SeasonMenu::LeagueChanged() {
@@ -214,6 +216,13 @@ void SeasonMenu::ShowSeason() {
 
 void SeasonMenu::RefreshSeason() {
   if (view_ != nullptr && view_->isVisible()) view_->Refresh();
+}
+
+void SeasonMenu::SaveSpreadsheet() {
+  Guarded(context_.ui, [&] {
+    const std::string path = SaveSeason(context_);
+    if (!path.empty()) Say(tr("Wrote the season as %1.").arg(Q(path)));
+  });
 }
 
 // ---- copies

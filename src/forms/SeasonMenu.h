@@ -51,6 +51,7 @@ class SeasonMenu : public QObject {
   // Any other window of the season, and what it changed.
   template <typename Form>
   void ShowForm();
+  void SaveSpreadsheet();
   void BackUp();
   void Restore();
   // Asks for the backup and for the league whose place it takes; empty paths when the user thinks better of
@@ -74,6 +75,7 @@ class SeasonMenu : public QObject {
   QAction* whatIf_;
   QAction* season_;
   QAction* publish_;
+  QAction* spreadsheet_;
   std::unique_ptr<frmSeasonView> view_;  // made when it is first asked for
   QLabel* lblStatus_;
   std::int64_t nextUndo_ = 0;  // what the entries name; 0: nothing

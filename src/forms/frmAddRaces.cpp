@@ -259,6 +259,11 @@ void frmAddRaces::dropEvent(QDropEvent* event) {
 void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   const bool several = paths.size() > 1;
   if (several) hide();
+  StageFiles(paths);
+  if (several) ShowAgain();
+}
+
+bool frmAddRaces::StageFiles(const std::vector<std::string>& paths) {
   app::StagedFiles staged;
   const bool done = Guarded(context_.ui, [&] {
     const WaitCursor wait;
@@ -269,7 +274,14 @@ void frmAddRaces::ReadFiles(const std::vector<std::string>& paths) {
   if (lstRaces_->count() > 0) buttons_[kImport]->setEnabled(true);
   if (done && !showAlerts_ && staged.failed > 0)
     context_.ui.ShowMessage(app::FailedFilesWarning(staged.failed));
-  if (several) ShowAgain();
+  return done && staged.failed == 0;
+}
+
+bool frmAddRaces::ImportPaths(const std::vector<std::string>& paths) {
+  defaultFolder_ = app::ResultFolder(context_.state);
+  const bool imported = StageFiles(paths) && MeansDuplicates() && ImportStaged();
+  SelectFirst();
+  return imported;
 }
 
 void frmAddRaces::ListFile(const app::StagedFile& file) {
@@ -343,6 +355,15 @@ bool frmAddRaces::MeansDuplicates() {
 void frmAddRaces::Import() {
   if (!MeansDuplicates()) return;
   hide();
+  // What failed left nothing in the league: the list stays, to be mended and imported again.
+  if (ImportStaged()) {
+    accept();
+  } else {
+    ShowAgain();
+  }
+}
+
+bool frmAddRaces::ImportStaged() {
   bool imported = false;
   Guarded(context_.ui, [&] {
     app::ImportOutcome outcome;
@@ -354,12 +375,7 @@ void frmAddRaces::Import() {
     for (const std::string& note : outcome.notes)
       context_.ui.ShowMessage({note, "Import", common::MessageIcon::Information});
   });
-  // What failed left nothing in the league: the list stays, to be mended and imported again.
-  if (imported) {
-    accept();
-  } else {
-    ShowAgain();
-  }
+  return imported;
 }
 
 int frmAddRaces::exec() {

@@ -29,6 +29,10 @@ class frmAddRaces : public QDialog {
   // Reads files into the list, and of folders the result files in them, as Add does.
   void AddPaths(const std::vector<std::string>& paths);
 
+  // As AddPaths and Import, but the dialog stays away: false when a file failed, an answer was No or nothing
+  // was imported; the files that can be are in the list then.
+  bool ImportPaths(const std::vector<std::string>& paths);
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
@@ -43,12 +47,15 @@ class frmAddRaces : public QDialog {
   QLayout* BuildButtons();
   void AddFiles();
   void ReadFiles(const std::vector<std::string>& paths);
+  // Whether all of them are in the list now.
+  bool StageFiles(const std::vector<std::string>& paths);
   void ListFile(const app::StagedFile& file);
   void RemoveFiles();
   void EditFile();
   bool MeansToLoseEdits();
   bool MeansDuplicates();
   void Import();
+  bool ImportStaged();
   void SelectionChanged();
   void SelectFirst();
   void ShowAgain();

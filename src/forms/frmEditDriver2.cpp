@@ -89,6 +89,7 @@ frmEditDriver2::frmEditDriver2(FormContext& context, QWidget* parent) : QDialog(
 }
 
 void frmEditDriver2::Entry(const ResultEntry& entry) {
+  before_ = entry;
   for (std::size_t i = 0; i < txtInfo_.size(); ++i) txtInfo_[i]->setText(Q(entry.fields[i]));
   cboReasonOut_->setCurrentText(Q(entry.reason));
 }
@@ -112,6 +113,12 @@ void frmEditDriver2::PickDriver() {
 void frmEditDriver2::Save() {
   for (std::size_t i = 0; i < txtInfo_.size(); ++i)
     txtInfo_[i]->setText(Q(scoring::LeftField(static_cast<int>(i), Utf8(txtInfo_[i]->text()))));
+  if (const auto fault = scoring::FindFault(Entry(), before_, context_.state.decimalSeparator)) {
+    context_.ui.ShowMessage({fault->sentence, common::kApplicationTitle, common::MessageIcon::Exclamation});
+    txtInfo_[fault->field]->setFocus();
+    txtInfo_[fault->field]->selectAll();
+    return;
+  }
   if (onSave_ && !onSave_(Entry())) return;
   cancelled_ = false;
   accept();

@@ -29,6 +29,7 @@ class frmEditDriver2 : public QDialog {
   void Save();
 
   FormContext& context_;
+  scoring::ResultEntry before_;  // as it was handed over
   std::array<EntryBox*, scoring::ResultEntry::kFields> txtInfo_{};
   QComboBox* cboReasonOut_ = nullptr;
   QPushButton* save_ = nullptr;

@@ -5,6 +5,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/Commands.h"
 #include "common/Formats.h"
@@ -68,6 +69,12 @@ frmEditRace::frmEditRace(FormContext& context, scoring::RaceKey race, QWidget* p
   for (int c = 0; c < kColumns; ++c) width += grid_->isColumnHidden(c) ? 0 : grid_->columnWidth(c);
   resize(width, grid_->fontMetrics().height() * 36);
   layout->addWidget(grid_, 1);
+  lblOrder_ = new QLabel(
+      tr("Not in the order of finish: a click on \"Finish\" sorts, Recalc puts the places in order."), this);
+  lblOrder_->setObjectName(QStringLiteral("lblOrder"));
+  lblOrder_->setWordWrap(true);
+  lblOrder_->hide();
+  layout->addWidget(lblOrder_);
   buttons_ = AddButtons(layout, this,
                         {{kEdit, tr("&Edit"), tr("Edit this driver's results")},
                          {kRemove, tr("&Remove"), tr("Remove this driver's results")},
@@ -187,6 +194,7 @@ void frmEditRace::FillGrid() {
   }
   grid_->SelectRows(0, 0);
   SelectionChanged();
+  ShowOrder();
 }
 
 // What the league holds now, with the selection that was there.
@@ -203,7 +211,17 @@ void frmEditRace::SelectionChanged() {
   if (cmdPenalty_ != nullptr) cmdPenalty_->setEnabled(HasResults() && grid_->OneRowSelected());
 }
 
+void frmEditRace::ShowOrder() {
+  const std::vector<SelectionGrid::Row>& rows = grid_->StoredRows();
+  const auto finish = [](const SelectionGrid::Row& row) { return row.cells.value(kFinish).toInt(); };
+  const bool inOrder = std::is_sorted(
+      rows.begin(), rows.end(),
+      [&](const SelectionGrid::Row& a, const SelectionGrid::Row& b) { return finish(a) < finish(b); });
+  lblOrder_->setVisible(!inOrder);
+}
+
 void frmEditRace::ShowOutcome() {
+  ShowOrder();
   if (race_.staged || !scoring::HasPenalties(context_.session.League(), race_.id)) return;
   ShowAgain();
 }

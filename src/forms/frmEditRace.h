@@ -3,6 +3,7 @@
 
 #include <QDialog>
 #include <QGridLayout>
+#include <QLabel>
 #include <map>
 #include <vector>
 
@@ -35,6 +36,8 @@ class frmEditRace : public QDialog {
   void GivePenalty();
   // Where the race has penalties an edit of one result may change others.
   void ShowOutcome();
+  // Says whether the rows, as they were handed over, are not in the order of finish any more.
+  void ShowOrder();
   bool HasResults() const { return grid_->HighestData() != 0; }
   QString Speed(const engine::Value& speed) const;
 
@@ -43,6 +46,7 @@ class frmEditRace : public QDialog {
   scoring::RaceHeader header_;
   bool averageSpeed_;
   bool edited_ = false;
+  QLabel* lblOrder_ = nullptr;
   SelectionGrid* grid_;
   std::map<int, QPushButton*> buttons_;
   QPushButton* cmdPenalty_ = nullptr;              // none in a race that is being imported

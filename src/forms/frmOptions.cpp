@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -9,6 +10,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "app/ImportFiles.h"
 #include "app/SimFolders.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
@@ -37,6 +39,7 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   tabs->addTab(BuildPathsTab(), tr("Paths"));
   tabs->addTab(BuildHtmlTab(), tr("HTML"));
   tabs->addTab(BuildBackupsTab(), tr("Backups"));
+  tabs->addTab(BuildWatchTab(), tr("Watch"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("OKButton"));
   buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("CancelButton"));
@@ -46,7 +49,9 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   layout->addWidget(tabs, 1);
   layout->addWidget(buttons);
 
-  const app::Options options = app::ReadOptions(context.templateDb, context.state);
+  const app::Options options =
+      app::ReadOptions(context.templateDb, context.state,
+                       context.session.IsOpen() ? context.session.League().Name() : std::string());
   chkLastFileFlag_->setChecked(options.openPreviousFile);
   chkImportAlerts_->setChecked(options.showImportAlerts);
   chkBGImage_->setChecked(options.useBackgroundImage);
@@ -54,6 +59,9 @@ frmOptions::frmOptions(FormContext& context, QWidget* parent) : QDialog(parent),
   for (std::size_t i = 0; i < lblColor_.size(); ++i) lblColor_[i]->SetColor(options.colors[i]);
   txtBackupFolder_->setText(Q(options.backups.folder));
   spnBackupDays_->setValue(options.backups.days);
+  chkWatch_->setChecked(options.watch.on);
+  txtWatchFolder_->setText(Q(options.watch.folder));
+  ShowWatched();
   txtBGImage_->setEnabled(options.useBackgroundImage);
   cmdBGImage_->setEnabled(options.useBackgroundImage);
 }
@@ -195,6 +203,58 @@ QWidget* frmOptions::BuildBackupsTab() {
   return page;
 }
 
+QWidget* frmOptions::BuildWatchTab() {
+  auto* page = new QWidget(this);
+  page->setObjectName(QStringLiteral("fraOptions_3"));
+  chkWatch_ = new QCheckBox(tr("&Watch for new result files of this league"), page);
+  chkWatch_->setObjectName(QStringLiteral("chkWatch"));
+  txtWatchFolder_ = new EntryBox(QStringLiteral("txtWatchFolder"), page);
+  auto* label = new QLabel(tr("&Folder that they appear in:"), page);
+  label->setBuddy(txtWatchFolder_);
+  txtWatchFolder_->setAccessibleName(tr("Folder that result files appear in"));
+  const auto add = [&](const char* name, const QString& caption, const QString& toolTip) {
+    auto* button = new QPushButton(caption, page);
+    button->setObjectName(QString::fromLatin1(name));
+    button->setToolTip(toolTip);
+    button->setAutoDefault(false);
+    return button;
+  };
+  auto* browse =
+      add("cmdWatchFolder", tr("Browse"), tr("Select the folder that the league's result files appear in"));
+  auto* clear = add("cmdWatchClear", tr("Clear"), tr("Watch no folder for this league"));
+  connect(browse, &QPushButton::clicked, this, &frmOptions::BrowseWatched);
+  connect(clear, &QPushButton::clicked, txtWatchFolder_, &QLineEdit::clear);
+  lblWatchState_ = new QLabel(page);
+  lblWatchState_->setObjectName(QStringLiteral("lblWatchState"));
+  lblWatchState_->setTextFormat(Qt::PlainText);
+  lblWatchState_->setWordWrap(true);
+  connect(txtWatchFolder_, &QLineEdit::textChanged, lblWatchState_, &QLabel::clear);
+  connect(txtWatchFolder_, &QLineEdit::editingFinished, this, &frmOptions::ShowWatched);
+  auto* note =
+      new QLabel(tr("Each league has its own folder on this computer.  While the league is open, a result "
+                    "file that appears there and is not in the league yet is offered above the races.  "
+                    "Nothing is imported unasked."),
+                 page);
+  note->setWordWrap(true);
+  auto* folder = new QHBoxLayout;
+  folder->addWidget(txtWatchFolder_, 1);
+  folder->addWidget(browse);
+  folder->addWidget(clear);
+  auto* layout = new QVBoxLayout(page);
+  layout->addWidget(chkWatch_);
+  layout->addWidget(label);
+  layout->addLayout(folder);
+  layout->addWidget(lblWatchState_);
+  layout->addStretch();
+  layout->addWidget(note);
+  const bool open = context_.session.IsOpen();
+  for (QWidget* part :
+       {static_cast<QWidget*>(chkWatch_), static_cast<QWidget*>(label),
+        static_cast<QWidget*>(txtWatchFolder_), static_cast<QWidget*>(browse), static_cast<QWidget*>(clear)})
+    part->setEnabled(open);
+  return page;
+}
+
 void frmOptions::SelectPath() {
   const int row = fgPaths_->CurrentRow();
   if (row < 0) return;
@@ -225,6 +285,28 @@ void frmOptions::BrowseBackups() {
   if (!folder.empty()) txtBackupFolder_->setText(Q(folder));
 }
 
+void frmOptions::BrowseWatched() {
+  const std::string typed = Utf8(txtWatchFolder_->text());
+  const std::string folder =
+      context_.ui.PickFolder("Select the folder that the result files appear in...",
+                             typed.empty() ? app::ResultFolder(context_.state) : typed);
+  if (folder.empty()) return;
+  txtWatchFolder_->setText(Q(folder));
+  chkWatch_->setChecked(true);
+  ShowWatched();
+}
+
+void frmOptions::ShowWatched() {
+  const QString folder = txtWatchFolder_->text().trimmed();
+  QString state;
+  if (!context_.session.IsOpen()) {
+    state = tr("Open a league first.");
+  } else if (!folder.isEmpty() && !QDir(folder).exists()) {
+    state = tr("There is no such folder now.  It is watched as soon as it is there.");
+  }
+  lblWatchState_->setText(state);
+}
+
 app::Options frmOptions::Chosen() const {
   app::Options options;
   for (int row = 0; row < app::kSimulations; ++row)
@@ -234,6 +316,9 @@ app::Options frmOptions::Chosen() const {
   for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();
   options.openPreviousFile = chkLastFileFlag_->isChecked();
   options.showImportAlerts = chkImportAlerts_->isChecked();
+  if (context_.session.IsOpen()) options.watchedLeague = context_.session.League().Name();
+  options.watch.folder = Utf8(txtWatchFolder_->text());
+  options.watch.on = chkWatch_->isChecked();
   options.backups = {Utf8(txtBackupFolder_->text()), spnBackupDays_->value()};
   return options;
 }

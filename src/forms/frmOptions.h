@@ -1,9 +1,10 @@
-// The options: simulation folders, start-up and import, the page defaults of new leagues, and backups. OK and
-// the close box store them in the template.
+// The options: simulation folders, start-up and import, the page defaults of new leagues, backups, and the
+// folder that is watched for the open league. OK and the close box store them in the template.
 #pragma once
 
 #include <QCheckBox>
 #include <QDialog>
+#include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
 #include <array>
@@ -31,10 +32,14 @@ class frmOptions : public QDialog {
   QWidget* BuildPathsTab();
   QWidget* BuildHtmlTab();
   QWidget* BuildBackupsTab();
+  QWidget* BuildWatchTab();
   void SelectPath();
   void ClearPaths();
   void BrowseImage();
   void BrowseBackups();
+  void BrowseWatched();
+  // Whether there is such a folder now; one that is not may come.
+  void ShowWatched();
   app::Options Chosen() const;
   void Confirm();
   bool Store();
@@ -50,6 +55,9 @@ class frmOptions : public QDialog {
   std::array<ColorSquare*, 5> lblColor_{};
   EntryBox* txtBackupFolder_ = nullptr;
   QSpinBox* spnBackupDays_ = nullptr;
+  QCheckBox* chkWatch_ = nullptr;
+  EntryBox* txtWatchFolder_ = nullptr;
+  QLabel* lblWatchState_ = nullptr;
   bool cancelled_ = false;
 };
 

@@ -37,6 +37,10 @@ QString CellText(const std::optional<std::int32_t>& value) {
   return value ? QString::number(*value) : QString();
 }
 
+bool IsFilled(const scoring::PositionPoints& position) {
+  return position.points || position.prizeMoney;
+}
+
 }  // namespace
 
 frmPointSystem::frmPointSystem(FormContext& context, QWidget* parent)
@@ -70,8 +74,9 @@ QWidget* frmPointSystem::BuildPositions() {
   fgPoints_ = new SelectionGrid(QStringLiteral("fgPoints"), frame);
   fgPoints_->setAccessibleName(tr("Points by position"));
   fgPoints_->SetColumns({{tr("Pos"), 600, Qt::AlignHCenter},
-                         {tr("Points"), 950, Qt::AlignHCenter},
-                         {tr("Prize Money"), 1450, Qt::AlignHCenter}});
+                         {tr("Points"), 950, Qt::AlignHCenter, {}, false, kPointDigits},
+                         {tr("Prize Money"), 1450, Qt::AlignHCenter, {}, false, kPrizeDigits}});
+  fgPoints_->setToolTip(tr("F2, a digit or a double click changes a cell"));
   fgPoints_->setMinimumWidth(fgPoints_->columnWidth(0) + fgPoints_->columnWidth(1) +
                              fgPoints_->columnWidth(2) + 36);
   fgPoints_->setMinimumHeight(fgPoints_->fontMetrics().height() * 12);
@@ -93,7 +98,17 @@ QWidget* frmPointSystem::BuildPositions() {
     txtPoints_[i] = box;
     positionControls_.insert(positionControls_.end(), {label, box});
     connect(box, &EntryBox::Left, this, [this, i] { LeaveBox(static_cast<Box>(i)); });
-    if (i == kTotal) tool->setRowMinimumHeight(line++, kTightSpacing);
+    if (i == kTotal) {
+      cmdBringBack_ = new QPushButton(frame);
+      cmdBringBack_->setObjectName(QStringLiteral("cmdBringBack"));
+      cmdBringBack_->setToolTip(tr("Show the positions again that a smaller total took away"));
+      cmdBringBack_->setAutoDefault(false);
+      cmdBringBack_->hide();
+      connect(cmdBringBack_, &QPushButton::clicked, this, &frmPointSystem::BringBack);
+      positionControls_.push_back(cmdBringBack_);
+      tool->setRowMinimumHeight(line, kTightSpacing);
+      tool->addWidget(cmdBringBack_, line++, 0, 1, 2);
+    }
   }
   connect(txtPoints_[kTotal], &QLineEdit::textEdited, this, &frmPointSystem::MarkDirty);
   auto* label = new QLabel(tr("Column to fill:"), frame);
@@ -125,6 +140,7 @@ QWidget* frmPointSystem::BuildPositions() {
   layout->addLayout(tool, 1, 1);
   layout->setColumnStretch(0, 1);
   connect(fgPoints_, &SelectionGrid::SelectionChanged, this, &frmPointSystem::SelectionChanged);
+  connect(fgPoints_, &SelectionGrid::CellEdited, this, &frmPointSystem::CellEdited);
   connect(chkUsePositions_, &QCheckBox::toggled, this, [this] {
     EnableFrames();
     MarkDirty();
@@ -200,6 +216,8 @@ void frmPointSystem::TakePreset(const championship::PointPreset& preset) {
     scoring::PointSystemEdit filled = edit_;
     championship::ApplyPreset(preset, filled);
     edit_ = std::move(filled);
+    lost_.clear();
+    ShowLost();
     Load();
     MarkDirty();
   });
@@ -233,6 +251,7 @@ void frmPointSystem::ShowPositions() {
 
 void frmPointSystem::EnableFrames() {
   for (QWidget* control : positionControls_) control->setEnabled(chkUsePositions_->isChecked());
+  fgPoints_->SetEditing(chkUsePositions_->isChecked());
   for (QWidget* control : bonusControls_) control->setEnabled(chkUseBonus_->isChecked());
 }
 
@@ -261,6 +280,7 @@ void frmPointSystem::SelectionChanged() {
 }
 
 void frmPointSystem::ColumnChosen() {
+  fgPoints_->SetEditColumn(FillsPrizeMoney() ? kPrizeColumn : kPointsColumn);
   SelectionChanged();
 }
 
@@ -277,9 +297,49 @@ void frmPointSystem::LeaveBox(Box box) {
   if (box == kTotal || box == kFrom || box == kThrough) value = std::clamp(value, 1, kMostPositions);
   txtPoints_[box]->setText(QString::number(value));
   if (box != kTotal) return;
-  edit_.positions.resize(static_cast<std::size_t>(value));
-  for (scoring::PositionPoints& position : edit_.positions) position.position = 0;
+  Resize(static_cast<std::size_t>(value));
+}
+
+void frmPointSystem::Resize(std::size_t count) {
+  std::vector<scoring::PositionPoints>& positions = edit_.positions;
+  if (lost_.size() < positions.size()) lost_.resize(positions.size());
+  for (std::size_t i = count; i < positions.size(); ++i)
+    if (IsFilled(positions[i])) lost_[i] = positions[i];
+  positions.resize(count);
+  for (scoring::PositionPoints& position : positions) position.position = 0;
   ShowPositions();
+  ShowLost();
+}
+
+void frmPointSystem::BringBack() {
+  const std::vector<scoring::PositionPoints> lost = std::exchange(lost_, {});
+  Resize(std::max(edit_.positions.size(), lost.size()));
+  for (std::size_t i = 0; i < lost.size(); ++i)
+    if (IsFilled(lost[i]) && !IsFilled(edit_.positions[i])) edit_.positions[i] = lost[i];
+  for (scoring::PositionPoints& position : edit_.positions) position.position = 0;
+  txtPoints_[kTotal]->setText(QString::number(edit_.positions.size()));
+  ShowPositions();
+  ShowLost();
+  MarkDirty();
+}
+
+void frmPointSystem::ShowLost() {
+  const auto count = std::count_if(lost_.begin(), lost_.end(), IsFilled);
+  // The keyboard is not left on a button that goes.
+  if (count == 0 && cmdBringBack_->hasFocus()) txtPoints_[kTotal]->setFocus();
+  cmdBringBack_->setText(count == 1 ? tr("Bring Back 1 Position") : tr("Bring Back %1 Positions").arg(count));
+  cmdBringBack_->setVisible(count > 0);
+}
+
+void frmPointSystem::CellEdited(int row, int column) {
+  const QString text = fgPoints_->Cell(row, column);
+  std::optional<std::int32_t> value;
+  if (!text.isEmpty()) value = static_cast<std::int32_t>(std::min(text.toDouble(), kMost));
+  scoring::PositionPoints& position = edit_.positions[static_cast<std::size_t>(row)];
+  (column == kPrizeColumn ? position.prizeMoney : position.points) = value;
+  fgPoints_->SetCell(row, column, CellText(value));
+  SelectionChanged();
+  MarkDirty();
 }
 
 void frmPointSystem::Fill() {
@@ -297,7 +357,8 @@ bool frmPointSystem::ReadBonuses(scoring::PointSystemEdit& edited) {
     double points = 0;
     if (!text.empty() && !engine::ParseNumber(text, context_.state.decimalSeparator, points)) {
       context_.ui.ShowMessage(
-          {"\"" + text + "\" is no number of points.", "Point System", common::MessageIcon::Exclamation});
+          {"\"" + text + "\" is no number of points for \"" + edited.bonuses[i].name + "\".", "Point System",
+           common::MessageIcon::Exclamation});
       txtBonus_[i]->setFocus();
       return false;
     }
@@ -323,6 +384,7 @@ bool frmPointSystem::Save() {
     const WaitCursor wait;
     app::SavePointSystem(context_.session, edited);
     dirty_ = false;
+    lost_.clear();
   });
 }
 

@@ -38,6 +38,11 @@ class frmPointSystem : public QDialog {
   void ColumnChosen();
   void LeaveBox(Box box);
   void Fill();
+  void CellEdited(int row, int column);
+  // Positions beyond `count` go; what stood in them can be brought back until the table is saved.
+  void Resize(std::size_t count);
+  void BringBack();
+  void ShowLost();
   void MarkDirty();
   void EnableFrames();
   // What the boxes and the grid hold; a box left empty counts as 0.
@@ -52,6 +57,7 @@ class frmPointSystem : public QDialog {
 
   FormContext& context_;
   scoring::PointSystemEdit edit_;
+  std::vector<scoring::PositionPoints> lost_;  // by their places; those that were not lost are empty
   bool loading_ = true;
   bool dirty_ = false;
   QCheckBox* chkUsePositions_ = nullptr;
@@ -62,6 +68,7 @@ class frmPointSystem : public QDialog {
   std::vector<EntryBox*> txtBonus_;
   std::vector<QWidget*> positionControls_;  // what "Use custom points for positions" switches
   std::vector<QWidget*> bonusControls_;
+  QPushButton* cmdBringBack_ = nullptr;
   QPushButton* save_ = nullptr;
 };
 

@@ -12,6 +12,9 @@
 #include "app/PublishSite.h"
 #include "common/Formats.h"
 #include "common/Paths.h"
+#include "drivers/Roster.h"
+#include "forms/Undoing.h"
+#include "forms/frmPickDrivers.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Filters.h"
 #include "forms/widgets/Guard.h"
@@ -123,6 +126,26 @@ QWidget* frmPublish::BuildFields() {
   auto* lblCaption = new QLabel(tr("Logo:"), fields);
   lblCaption->setBuddy(lblLogo_);
   form->addRow(lblCaption, picture);
+  auto* drivers = SmallButton("cmdChart", tr("&Drivers..."),
+                              tr("Choose whose points are drawn race by race, at most 20"), fields);
+  cmdFirstTen_ =
+      SmallButton("cmdFirstTen", tr("F&irst Ten"), tr("Draw the first ten of the championship"), fields);
+  lblChart_ = new QLabel(fields);
+  lblChart_->setObjectName(QStringLiteral("lblChart"));
+  lblChart_->setTextFormat(Qt::PlainText);
+  auto* chart = new QHBoxLayout;
+  chart->addWidget(lblChart_);
+  chart->addStretch();
+  chart->addWidget(drivers);
+  chart->addWidget(cmdFirstTen_);
+  auto* lblPointsChart = new QLabel(tr("Points chart:"), fields);
+  lblPointsChart->setBuddy(drivers);
+  form->addRow(lblPointsChart, chart);
+  connect(drivers, &QPushButton::clicked, this, &frmPublish::ChooseDrivers);
+  connect(cmdFirstTen_, &QPushButton::clicked, this, [this] {
+    chart_.clear();
+    ShowChart();
+  });
 
   connect(txtFolder_, &QLineEdit::textChanged, this, &frmPublish::UpdateButtons);
   connect(chkAccent_, &QCheckBox::toggled, lblAccent_, &QWidget::setEnabled);
@@ -152,6 +175,8 @@ void frmPublish::Load() {
   lblAccent_->SetColor(settings.accent.empty() ? kFirstAccent : ColorOf(settings.accent));
   logo_ = settings.logo;
   ShowLogo();
+  chart_ = site::ChartedDrivers(settings.chart);
+  ShowChart();
   UpdateButtons();
   txtFolder_->setFocus();
 }
@@ -215,6 +240,30 @@ void frmPublish::BrowseLogo() {
   });
 }
 
+void frmPublish::ChooseDrivers() {
+  Guarded(context_.ui, [&] {
+    std::map<std::int32_t, QString> now;
+    for (const std::int32_t driver : chart_) now[driver] = tr("drawn now");
+    frmPickDrivers picker(context_, tr("Drivers in the Chart"), now, this);
+    if (picker.exec() != QDialog::Accepted) return;
+    site::ChartText(picker.Ticked());  // too many are refused now
+    chart_ = picker.Ticked();
+    ShowChart();
+  });
+}
+
+void frmPublish::ShowChart() {
+  QStringList names;
+  for (const drivers::Driver& driver : drivers::ListDrivers(context_.session.League()))
+    if (std::find(chart_.begin(), chart_.end(), driver.id) != chart_.end()) names << Q(driver.name);
+  if (names.isEmpty() && cmdFirstTen_->hasFocus()) txtFolder_->setFocus();
+  cmdFirstTen_->setEnabled(!names.isEmpty());
+  lblChart_->setText(names.isEmpty()     ? tr("the first ten")
+                     : names.size() == 1 ? Shortened(Utf8(names.first()), kBoxCharacters)
+                                         : tr("%1 drivers").arg(names.size()));
+  lblChart_->setToolTip(ToolTipText(names.join(QLatin1Char('\n'))));
+}
+
 void frmPublish::UpdateButtons() {
   const std::string folder(common::TrimBlanks(Utf8(txtFolder_->text())));
   // A path that is no whole one lies beside the league: a window has no folder that one is in.
@@ -236,6 +285,7 @@ site::SiteSettings frmPublish::Settings() const {
   if (!before.theme.empty() || theme != site::kDefaultTheme) choices.theme = theme;
   choices.baseUrl = Utf8(txtBaseUrl_->text());
   choices.accent = chkAccent_->isChecked() ? AccentOf(lblAccent_->Color()) : std::string();
+  choices.chart = chart_;
   site::SiteSettings settings = app::WithChoices(std::move(before), choices);
   settings.logo = logo_;
   return settings;

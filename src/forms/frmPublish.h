@@ -7,8 +7,10 @@
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
+#include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "forms/FormContext.h"
 #include "forms/widgets/ColorSquare.h"
@@ -27,6 +29,8 @@ class frmPublish : public QDialog {
   void BrowseFolder();
   void BrowseTheme();
   void BrowseLogo();
+  void ChooseDrivers();
+  void ShowChart();
   void ShowTheme(const std::string& theme);
   void ShowLogo();
   // What can be pressed.
@@ -36,8 +40,9 @@ class frmPublish : public QDialog {
   void OpenSite();
 
   FormContext& context_;
-  std::string logo_;   // the picture's bytes
-  std::string front_;  // of the site in the folder; empty when there is none
+  std::string logo_;                 // the picture's bytes
+  std::vector<std::int32_t> chart_;  // whose points are drawn; empty: the first ten
+  std::string front_;                // of the site in the folder; empty when there is none
   EntryBox* txtFolder_ = nullptr;
   QComboBox* cboTheme_ = nullptr;
   EntryBox* txtBaseUrl_ = nullptr;
@@ -45,6 +50,8 @@ class frmPublish : public QDialog {
   ColorSquare* lblAccent_ = nullptr;
   QLabel* lblLogo_ = nullptr;
   QPushButton* cmdNoLogo_ = nullptr;
+  QLabel* lblChart_ = nullptr;
+  QPushButton* cmdFirstTen_ = nullptr;
   QLabel* lblOutcome_ = nullptr;
   std::map<int, QPushButton*> buttons_;
 };

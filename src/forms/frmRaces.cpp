@@ -12,7 +12,6 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "app/Commands.h"
 #include "app/LeagueSession.h"
 #include "app/RaceList.h"
 #include "app/SimFolders.h"
@@ -20,18 +19,6 @@
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
 #include "forms/Drops.h"
-#include "forms/Help.h"
-#include "forms/SavePage.h"
-#include "forms/frmAddRaces.h"
-#include "forms/frmDriverList.h"
-#include "forms/frmEditRace.h"
-#include "forms/frmExport.h"
-#include "forms/frmLGXProperties.h"
-#include "forms/frmOfflineSettings.h"
-#include "forms/frmOptions.h"
-#include "forms/frmPointSystem.h"
-#include "forms/frmSplash.h"
-#include "forms/frmStats.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "platform/Platform.h"
@@ -48,6 +35,9 @@ frmRaces::frmRaces(FormContext& context) : context_(context) {
 
   auto* center = new QWidget(this);
   auto* layout = new QVBoxLayout(center);
+  watch_ =
+      new WatchBar(context, [this](const std::vector<std::string>& paths) { ImportOffered(paths); }, center);
+  layout->addWidget(watch_);
   BuildGrid(center);
   layout->addWidget(grid_);
   BuildFileMenu();
@@ -279,6 +269,7 @@ void frmRaces::OpenLeagueFile(const std::string& path) {
     recent_.Add(context_.session.League().Name());
     ShowRecentFiles();
     season_->LeagueChanged();
+    watch_->LeagueOpened();
   });
   // A file that could not be opened, or not be read to its end, is not half open.
   if (!done) CloseLeagueFile();
@@ -295,6 +286,7 @@ void frmRaces::ShowNoRaces() {
   grid_->SelectRows(0, 0);
   UpdateCommands();
   season_->LeagueChanged();
+  watch_->LeagueOpened();
 }
 
 void frmRaces::FillRaceGrid() {
@@ -313,6 +305,10 @@ void frmRaces::FillRaceGrid() {
     grid_->setUpdatesEnabled(true);
   }
   UpdateCommands();
+  std::vector<std::int32_t> ids;
+  ids.reserve(races.size());
+  for (const app::ListedRace& race : races) ids.push_back(race.id);
+  watch_->ShowsRaces(ids);
 }
 
 void frmRaces::ShowLeagueAgain() {
@@ -366,135 +362,6 @@ void frmRaces::closeEvent(QCloseEvent* event) {
   recent_.Save(context_.templateDb);
   context_.state.tracks.reset();
   event->accept();
-}
-
-// ---- commands
-
-void frmRaces::NewLeagueFile() {
-  Guarded(context_.ui, [&] {
-    frmLGXProperties dialog(context_, this);
-    dialog.NewDialog(true);
-    dialog.setWindowTitle(tr("New Scorvane File"));
-    dialog.exec();
-    if (!context_.session.IsOpen()) ShowNoRaces();
-    if (dialog.Created()) OpenLeagueFile(dialog.FileName());
-  });
-}
-
-void frmRaces::OpenLeagueFileDialog() {
-  common::FileRequest request;
-  request.filter = "Scorvane File (*.lgx)|*.lgx";
-  request.folder = platform::ApplicationFolder();
-  const std::vector<std::string> chosen = context_.ui.OpenFiles(request);
-  if (!chosen.empty()) OpenLeagueFile(chosen.front());
-}
-
-void frmRaces::ShowProperties() {
-  Guarded(context_.ui, [&] {
-    frmLGXProperties dialog(context_, this);
-    dialog.NewDialog(false);
-    dialog.setWindowTitle(tr("Properties - ") +
-                          Q(common::GetFileTitle(context_.session.League().Name(), true)));
-    dialog.exec();
-  });
-}
-
-// With what was dropped on the window, if anything was, in the list.
-void frmRaces::Import() {
-  const std::vector<std::string> dropped = std::exchange(dropped_, {});
-  const int before = grid_->HighestData();
-  Guarded(context_.ui, [&] {
-    frmAddRaces dialog(context_, this);
-    if (!dropped.empty()) QTimer::singleShot(0, &dialog, [&] { dialog.AddPaths(dropped); });
-    dialog.exec();
-  });
-  if (!context_.session.IsOpen()) return;
-  Guarded(context_.ui, [&] { FillRaceGrid(); });
-  const int newest = grid_->HighestData();
-  if (newest > before) grid_->ShowData(newest);
-}
-
-void frmRaces::RemoveRaces() {
-  if (HasRaces() && grid_->FirstSelected() < 0) return;
-  const common::Message question{
-      "This will remove the results of this race and cannot be undone.\r\nDo you want to continue?",
-      "Confirmation", common::MessageIcon::None};
-  if (context_.ui.Ask(question, common::Buttons::YesNo) != common::Answer::Yes) return;
-  Guarded(context_.ui, [&] {
-    std::vector<std::int32_t> ids;
-    for (int row = grid_->LastSelected(); row >= grid_->FirstSelected() && HasRaces(); --row)
-      ids.push_back(grid_->RowData(row));
-    app::Remove(context_.session, ids);
-  });
-  const int row = grid_->FirstSelected();
-  Guarded(context_.ui, [&] { FillRaceGrid(); });
-  grid_->SelectRows(row, row);
-}
-
-void frmRaces::Calculate() {
-  Guarded(context_.ui, [&] {
-    frmStats dialog(context_, this);
-    dialog.exec();
-  });
-}
-
-void frmRaces::ShowOptions() {
-  Guarded(context_.ui, [&] {
-    const PlainCursor plain;
-    frmOptions dialog(context_, this);
-    dialog.exec();
-  });
-}
-
-void frmRaces::ViewReadMe() {
-  ShowReadMe(context_.ui);
-}
-
-void frmRaces::About() {
-  frmSplash about(this);
-  about.ShowAbout();
-}
-
-void frmRaces::EditRace() {
-  Guarded(context_.ui, [&] {
-    frmEditRace dialog(context_, {grid_->RowData(grid_->CurrentRow()), false}, this);
-    dialog.exec();
-  });
-}
-
-void frmRaces::ExportRace() {
-  Guarded(context_.ui, [&] {
-    engine::Database& league = context_.session.League();
-    const reports::PageSubject subject{reports::PageSubject::kRace, grid_->RowData(grid_->CurrentRow())};
-    const reports::PageTexts texts =
-        reports::RacePageTexts(league, subject.id, context_.state.decimalSeparator);
-    frmExport dialog(context_, subject, this);
-    dialog.setWindowTitle(tr("Export Race Results to HTML"));
-    dialog.Heading(texts.heading);
-    dialog.ReportName(texts.reportName);
-    dialog.Caption(texts.caption);
-    dialog.exec();
-    if (dialog.Cancelled()) return;
-    common::FileRequest request;
-    request.filter = "HTML File (*.htm)|*.htm";
-    request.name = "Race Result.htm";
-    SavePage(context_, subject, dialog.Texts(), request);
-  });
-}
-
-void frmRaces::DriverList() {
-  Guarded(context_.ui, [&] { frmDriverList(context_, this).exec(); });
-}
-
-void frmRaces::PointSystem() {
-  Guarded(context_.ui, [&] {
-    frmPointSystem(context_, this).exec();
-    app::ReadLeagueSettings(context_.session.League(), context_.state);
-  });
-}
-
-void frmRaces::OfflineSettings() {
-  Guarded(context_.ui, [&] { frmOfflineSettings(context_, this).exec(); });
 }
 
 }  // namespace scorvane::forms

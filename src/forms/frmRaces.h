@@ -4,14 +4,18 @@
 #include <QAction>
 #include <QMainWindow>
 #include <QMenu>
+#include <functional>
 #include <vector>
 
 #include "app/RecentFiles.h"
 #include "forms/FormContext.h"
 #include "forms/SeasonMenu.h"
+#include "forms/WatchBar.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
+
+class frmAddRaces;
 
 class frmRaces : public QMainWindow {
  public:
@@ -66,6 +70,9 @@ class frmRaces : public QMainWindow {
   void OpenLeagueFileDialog();
   void ShowProperties();
   void Import();
+  void ImportOffered(const std::vector<std::string>& paths);
+  // Shows what it brought.
+  void ImportBy(const std::function<void(frmAddRaces& dialog)>& import);
   void RemoveRaces();
   void EditRace();
   void Calculate();
@@ -79,6 +86,7 @@ class frmRaces : public QMainWindow {
   FormContext& context_;
   app::RecentFiles recent_;
   std::vector<std::string> dropped_;  // to be imported
+  WatchBar* watch_ = nullptr;
   SelectionGrid* grid_ = nullptr;
   QMenu* mnuSeason_ = nullptr;
   SeasonMenu* season_ = nullptr;

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -17,6 +20,7 @@
 #include "common/Paths.h"
 #include "forms/RaceChoice.h"
 #include "forms/widgets/ButtonRow.h"
+#include "forms/widgets/GridPicture.h"
 #include "forms/widgets/Guard.h"
 #include "forms/widgets/Text.h"
 #include "site/SeasonCharts.h"
@@ -140,6 +144,13 @@ QWidget* frmSeasonView::BuildMatrix() {
   fgMatrix_->verticalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   fgMatrix_->verticalHeader()->setTextElideMode(Qt::ElideRight);
   fgMatrix_->verticalHeader()->setMaximumWidth(metrics.averageCharWidth() * 34);
+  auto* copy = new QAction(tr("Copy as Picture"), fgMatrix_);
+  connect(copy, &QAction::triggered, this, [this] {
+    const QImage picture = PictureOf(*fgMatrix_);
+    if (!picture.isNull()) QApplication::clipboard()->setImage(picture);
+  });
+  fgMatrix_->addAction(copy);
+  fgMatrix_->setContextMenuPolicy(Qt::ActionsContextMenu);
   auto* layout = new QVBoxLayout(page);
   layout->addLayout(ChoiceRow(tr("&Show:"), cboCells_, page));
   layout->addWidget(fgMatrix_, 1);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "common/Formats.h"
@@ -263,6 +264,36 @@ bool AcceptsCharacter(int field, const std::string& text, char32_t character) {
 
 std::string LeftField(int field, const std::string& text) {
   return field >= ResultEntry::kLapsRun && common::TrimBlanks(text).empty() ? "0" : text;
+}
+
+std::optional<EntryFault> FindFault(const ResultEntry& entry, const ResultEntry& before, char decimal) {
+  struct Rule {
+    ResultEntry::Field field;
+    const char* name;
+    double most;  // 0: any number, with decimals, too
+  };
+  constexpr double kMostInteger = 32767;
+  constexpr double kMostLong = 2147483647;
+  static constexpr Rule kRules[] = {
+      {ResultEntry::kFinish, "Finish", kMostInteger},    {ResultEntry::kStart, "Start", kMostInteger},
+      {ResultEntry::kLapsRun, "Laps Run", kMostInteger}, {ResultEntry::kLapsLed, "Laps Led", kMostInteger},
+      {ResultEntry::kPoints, "Points", kMostLong},       {ResultEntry::kBonus, "Bonus", kMostLong},
+      {ResultEntry::kAvgSpeed, "Avg Speed", 0},          {ResultEntry::kQualifying, "Qualifying", 0},
+      {ResultEntry::kWinnings, "Winnings", kMostLong}};
+  for (const Rule& rule : kRules) {
+    const std::string text(common::TrimBlanks(entry.fields[rule.field]));
+    if (text.empty() || entry.fields[rule.field] == before.fields[rule.field]) continue;
+    double number = 0;
+    if (!ReadNumber(text, decimal, number))
+      return EntryFault{rule.field, fmt::format("{}: \"{}\" is no number.", rule.name, text)};
+    if (rule.most == 0) continue;
+    if (std::trunc(number) != number)
+      return EntryFault{rule.field, fmt::format("{}: \"{}\" is no whole number.", rule.name, text)};
+    if (std::abs(number) > rule.most)
+      return EntryFault{
+          rule.field, fmt::format("{}: {} is too large; it can be {} at most.", rule.name, text, rule.most)};
+  }
+  return std::nullopt;
 }
 
 bool IsComplete(const ResultEntry& entry) {

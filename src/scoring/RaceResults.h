@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,6 +99,13 @@ void RemoveResults(engine::Database& league, RaceKey race, const std::vector<std
 // field becomes when it is left.
 bool AcceptsCharacter(int field, const std::string& text, char32_t character);
 std::string LeftField(int field, const std::string& text);
+// The first field that is another than before and holds no number that can be stored, with a sentence that
+// names it; nothing when all can be.
+struct EntryFault {
+  ResultEntry::Field field = ResultEntry::kFinish;
+  std::string sentence;
+};
+std::optional<EntryFault> FindFault(const ResultEntry& entry, const ResultEntry& before, char decimal);
 // Finish, start and name are there.
 bool IsComplete(const ResultEntry& entry);
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <fstream>
+
 #include "common/Csv.h"
 #include "common/Formats.h"
 #include "common/NewFile.h"
@@ -20,7 +22,17 @@ void Refuse(const std::string& path) {
   throw common::RuleError(fmt::format("'{}' could not be written: {}.", path, common::WhyNotWritten(path)));
 }
 
+void RefuseDatabase(const std::string& path) {
+  using namespace std::string_view_literals;
+  std::ifstream file(common::SystemPath(path), std::ios::binary);
+  std::string start(19, ' ');
+  file.read(start.data(), static_cast<std::streamsize>(start.size()));
+  if (start.starts_with("SQLite format 3"sv) || start.starts_with("\0\1\0\0Standard Jet"sv))
+    throw common::RuleError(fmt::format("'{}' is a league or another database, and stays as it is.", path));
+}
+
 void WriteCsv(const std::string& path, const Sheet& sheet) {
+  RefuseDatabase(path);
   platform::RemoveTemporariesBeside(path);
   common::NewFile file(path);
   std::string text;

@@ -42,6 +42,8 @@ void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets,
                const std::function<void()>& step = {});
 // The same for what could not be written: the reason as RuleError.
 [[noreturn]] void Refuse(const std::string& path);
+// A database, of the present or the old kind, is a league whatever it is called: RuleError.
+void RefuseDatabase(const std::string& path);
 // A .csv file takes one sheet: UTF-8, a full stop as the decimal separator.
 void WriteCsv(const std::string& path, const Sheet& sheet);
 

@@ -172,6 +172,7 @@ class Workbook {
 }  // namespace
 
 void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets, const std::function<void()>& step) {
+  RefuseDatabase(path);
   platform::RemoveTemporariesBeside(path);
   common::NewFile file(path);
   Workbook book(file.Temporary());

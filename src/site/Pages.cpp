@@ -413,14 +413,30 @@ std::string Pages::Report(const SiteReport& report, std::size_t page,
   return theme_.Render("report", view);
 }
 
+// Those whom the league has chosen, as they stand in the championship; else its first ten.
+std::vector<std::uint32_t> Pages::DrawnDrivers() const {
+  const std::vector<std::int32_t> chosen = ChartedDrivers(settings_.chart);
+  std::vector<std::uint32_t> drawn;
+  for (const std::uint32_t driver : model_.standings)
+    if (std::find(chosen.begin(), chosen.end(), model_.drivers[driver].id) != chosen.end())
+      drawn.push_back(driver);
+  // Chosen ones may have gone since.
+  if (drawn.empty())
+    drawn.assign(model_.standings.begin(),
+                 model_.standings.begin() +
+                     static_cast<std::ptrdiff_t>(std::min(kChartedDrivers, model_.standings.size())));
+  return drawn;
+}
+
 void Pages::ShowPointsChart(View& page) {
   if (model_.moments.empty() || model_.standings.empty()) return;
-  const std::size_t shown = std::min(kChartedDrivers, model_.standings.size());
+  const std::vector<std::uint32_t> drawn = DrawnDrivers();
   const SiteDriver& leader = model_.drivers[model_.standings.front()];
-  charts::LineInput input = PointsByRace(
-      model_, {model_.standings.begin(), model_.standings.begin() + static_cast<std::ptrdiff_t>(shown)});
+  charts::LineInput input = PointsByRace(model_, drawn);
+  const bool first = std::equal(drawn.begin(), drawn.end(), model_.standings.begin());
   input.description =
-      fmt::format("The points of the first {} of the championship after each race. {} leads with {}.", shown,
+      fmt::format("The points of {} of the championship after each race. {} leads with {}.",
+                  first ? fmt::format("the first {}", drawn.size()) : fmt::format("{} drivers", drawn.size()),
                   leader.name, leader.Points());
   Show(page, "pointschart", charts::LineChart(input), "points-chart");
 }

@@ -24,8 +24,8 @@ inline constexpr std::size_t kKeptRows = 5000;  // of a report; a longer one is 
 inline constexpr std::size_t kMatrixRaces = 40;
 inline constexpr std::size_t kListedRaces = 500;
 inline constexpr std::size_t kListedDrivers = 1000;
-inline constexpr std::size_t kDriverRaces = 200;  // the last ones stand on his page
-inline constexpr std::size_t kChartedDrivers = 10;
+inline constexpr std::size_t kDriverRaces = 200;    // the last ones stand on his page
+inline constexpr std::size_t kChartedDrivers = 10;  // unless the league has chosen some
 
 // A report of the league as its site shows it.
 struct SiteReport {
@@ -96,6 +96,7 @@ class Pages {
   void ShowPlayoff(View& page) const;
   void ShowLastRace(View& page) const;
   void ShowLeaders(View& page) const;
+  std::vector<std::uint32_t> DrawnDrivers() const;
   void ShowPointsChart(View& page);
   void ShowPoints(View& page, const SiteDriver& driver, std::uint32_t index) const;
   void ShowTracks(View& page, const SiteDriver& driver) const;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 #include "common/Formats.h"
@@ -70,11 +72,10 @@ PictureSize JpegSize(std::string_view bytes) {
 }
 
 using Item = std::pair<const char*, std::string SiteSettings::*>;
-constexpr std::array<Item, 5> kItems = {Item{"Folder", &SiteSettings::folder},
-                                        {"Theme", &SiteSettings::theme},
-                                        {"BaseUrl", &SiteSettings::baseUrl},
-                                        {"Accent", &SiteSettings::accent},
-                                        {"Logo", &SiteSettings::logo}};
+constexpr std::array<Item, 6> kItems = {
+    Item{"Folder", &SiteSettings::folder}, {"Theme", &SiteSettings::theme},
+    {"BaseUrl", &SiteSettings::baseUrl},   {"Accent", &SiteSettings::accent},
+    {"Logo", &SiteSettings::logo},         {"Chart", &SiteSettings::chart}};
 
 }  // namespace
 
@@ -89,6 +90,7 @@ SiteSettings ReadSiteSettings(engine::Database& league) {
   settings.logo = FromText(settings.logo);
   // A file may come from anywhere: what could not have been set does not reach a page.
   if (LogoExtension(settings.logo).empty() || settings.logo.size() > kMostLogoBytes) settings.logo.clear();
+  settings.chart = ChartText(ChartedDrivers(settings.chart));
   for (const auto& [member, clean] :
        {std::pair(&SiteSettings::baseUrl, &CleanBaseUrl), std::pair(&SiteSettings::accent, &CleanAccent)}) {
     try {
@@ -155,6 +157,27 @@ std::string CleanAccent(std::string_view typed) {
   if (color.size() != 7 || color.find_first_not_of("0123456789abcdef", 1) != std::string::npos)
     throw common::RuleError("The colour is written as #RRGGBB, as in #c8102e.");
   return color;
+}
+
+std::string ChartText(const std::vector<std::int32_t>& drivers) {
+  if (drivers.size() > kMostCharted)
+    throw common::RuleError(fmt::format("The chart of points takes {} drivers at most.", kMostCharted));
+  std::string text;
+  for (const std::int32_t driver : drivers) text += (text.empty() ? "" : ",") + std::to_string(driver);
+  return text;
+}
+
+std::vector<std::int32_t> ChartedDrivers(std::string_view chart) {
+  std::vector<std::int32_t> drivers;
+  while (!chart.empty() && drivers.size() < kMostCharted) {
+    const std::size_t end = std::min(chart.find(','), chart.size());
+    std::int32_t driver = 0;
+    const auto read = std::from_chars(chart.data(), chart.data() + end, driver);
+    const bool known = std::find(drivers.begin(), drivers.end(), driver) != drivers.end();
+    if (read.ec == std::errc() && driver > 0 && !known) drivers.push_back(driver);
+    chart.remove_prefix(std::min(end + 1, chart.size()));
+  }
+  return drivers;
 }
 
 std::string_view LogoExtension(std::string_view bytes) {

@@ -264,7 +264,8 @@ TEST_F(Editing, PointSystemKeepsWhatItShows) {
   bonus.setText(QStringLiteral("ten"));
   Button(editor, 1).click();
   EXPECT_TRUE(editor.isVisible());
-  EXPECT_EQ(ui_.messages.back().text, "\"ten\" is no number of points.");
+  EXPECT_EQ(ui_.messages.back().text,
+            "\"ten\" is no number of points for \"" + Ask("SELECT Name FROM Bonus WHERE BonusID=3") + "\".");
   bonus.setText(QStringLiteral("10"));
   Button(editor, 1).click();
   EXPECT_FALSE(editor.isVisible());
@@ -280,6 +281,74 @@ TEST_F(Editing, PointSystemKeepsWhatItShows) {
   Button(again, 1).click();
   EXPECT_EQ(test::Rows(league, "SELECT Position, Points FROM PointSystem WHERE Position<4"),
             (std::vector<std::string>{"1|1750", "3|165"}));
+}
+
+TEST_F(Editing, PointCellsAreTypedIntoAndLostPositionsComeBack) {
+  engine::Database& league = OpenLeague(0);
+  frmPointSystem editor(context_);
+  Show(editor);
+  auto& grid = Find<SelectionGrid>(editor, "fgPoints");
+  const auto cell = [&] { return grid.findChild<QLineEdit*>(QStringLiteral("txtCell")); };
+  const auto type = [&](const char* keys, Qt::Key end) {
+    ASSERT_NE(cell(), nullptr);
+    QTest::keyClicks(cell(), QString::fromLatin1(keys));
+    QTest::keyClick(cell(), end);
+    QApplication::processEvents();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  };
+  grid.setFocus();
+  QTest::keyClick(&grid, Qt::Key_F2);
+  EXPECT_EQ(cell(), nullptr) << "custom points are off";
+  Find<QCheckBox>(editor, "chkUsePositions").click();
+  grid.setFocus();
+
+  // A digit begins anew, Enter goes down, F2 keeps what is there; Tab goes to the prize money.
+  QTest::keyClick(&grid, Qt::Key_2);
+  type("0x0", Qt::Key_Return);
+  EXPECT_EQ(Utf8(grid.Cell(0, 1)), "200");
+  EXPECT_EQ(grid.CurrentRow(), 1);
+  QTest::keyClick(&grid, Qt::Key_F2);
+  EXPECT_EQ(cell()->text(), QStringLiteral("170"));
+  type("190", Qt::Key_Tab);
+  EXPECT_EQ(Utf8(grid.Cell(1, 1)), "190");
+  type("50000", Qt::Key_Tab);
+  EXPECT_EQ(Utf8(grid.Cell(1, 2)), "50000");
+  EXPECT_EQ(grid.CurrentRow(), 2);
+  type("9", Qt::Key_Escape);
+  EXPECT_EQ(Utf8(grid.Cell(2, 1)), "165");
+  EXPECT_TRUE(editor.isVisible());
+  const QPoint prize = grid.visualRect(grid.model()->index(3, 2)).center();
+  QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, prize);
+  QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, prize);
+  ASSERT_NE(cell(), nullptr);
+  cell()->setText(QStringLiteral("1e3"));  // pasted
+  type("", Qt::Key_Return);
+  EXPECT_EQ(Utf8(grid.Cell(3, 2)), "") << "as it was";
+
+  // A total of 4 that was meant to be 40: what it took away comes back, and with it what was typed since.
+  auto& back = Find<QPushButton>(editor, "cmdBringBack");
+  const auto total = [&](const char* positions) {
+    Type(editor, "txtPoints_0", positions);
+    QTest::keyClick(&Find<QLineEdit>(editor, "txtPoints_0"), Qt::Key_Tab);
+  };
+  EXPECT_FALSE(back.isVisible());
+  total("4");
+  EXPECT_EQ(grid.RowCount(), 4);
+  EXPECT_EQ(back.text(), QStringLiteral("Bring Back 39 Positions"));
+  total("6");
+  EXPECT_EQ(grid.Cell(5, 1), QString()) << "more positions are empty";
+  grid.SelectRows(5, 5);
+  grid.setFocus();
+  QTest::keyClick(&grid, Qt::Key_7);
+  type("7", Qt::Key_Return);
+  back.click();
+  EXPECT_EQ(grid.RowCount(), 43);
+  EXPECT_EQ(TextOf(editor, "txtPoints_0"), "43");
+  EXPECT_FALSE(back.isVisible());
+  Button(editor, 1).click();
+  EXPECT_EQ(test::Rows(league,
+                       "SELECT Position, Points, PrizeMoney FROM PointSystem WHERE Position IN (1,2,5,6,43)"),
+            (std::vector<std::string>{"1|200|0", "2|190|50000", "5|155|0", "6|77|0", "43|34|0"}));
 }
 
 TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
@@ -320,12 +389,25 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
     EXPECT_EQ(TextOf(dialog, "txtInfo_5"), "125");
     EXPECT_EQ(TextOf(dialog, "txtInfo_8"), "30.00");
     Find<QComboBox>(dialog, "cboReasonOut").setCurrentText(QStringLiteral("won't run"));
+    // What is pasted may be anything: the message names the field, and the keyboard is there.
+    for (const auto& [text, message] :
+         {std::pair{"ten", "Laps Led: \"ten\" is no number."},
+          {"1.5", "Laps Led: \"1.5\" is no whole number."},
+          {"40000", "Laps Led: 40000 is too large; it can be 32767 at most."}}) {
+      Find<QLineEdit>(dialog, "txtInfo_4").setText(QString::fromLatin1(text));
+      Click(dialog, 1);
+      EXPECT_EQ(ui_.messages.back().text, message);
+      EXPECT_EQ(dialog.focusWidget()->objectName(), QStringLiteral("txtInfo_4"));
+    }
+    Find<QLineEdit>(dialog, "txtInfo_4").setText(QStringLiteral("0"));
     Click(dialog, 1);
   });
   QTest::keyClick(&grid, Qt::Key_Insert);
   EXPECT_EQ(Ask("SELECT Qualifying FROM Stats WHERE Finish=3"), "300");  // 2.5 miles in 30 seconds
   EXPECT_EQ(Ask("SELECT Status FROM Stats WHERE Finish=3"), "won't run");
   EXPECT_EQ(Utf8(grid.Cell(grid.RowCount() - 1, 8)), "30.000");
+  const auto& order = Find<QLabel>(editor, "lblOrder");
+  EXPECT_FALSE(order.isHidden()) << "the new one stands at the end";
 
   OnModal([](QWidget& dialog) {
     EXPECT_EQ(TextOf(dialog, "txtInfo_8"), "30.000");
@@ -344,6 +426,7 @@ TEST_F(Editing, ResultsAreAddedEditedAndRemoved) {
   EXPECT_EQ(ui_.messages.back().title, "Warning");
   EXPECT_EQ(test::Rows(league, "SELECT Finish, Points FROM Stats ORDER BY Finish"),
             (std::vector<std::string>{"1|175", "2|170", "3|175", "4|160", "5|155"}));
+  EXPECT_TRUE(order.isHidden());
 
   QTest::keyClick(&grid, Qt::Key_A, Qt::ControlModifier);
   QTest::keyClick(&grid, Qt::Key_Delete);

@@ -1,6 +1,7 @@
 // What the user does to the look of a grid, and that commands mean the rows that are seen.
 #include <gtest/gtest.h>
 
+#include <QClipboard>
 #include <QHeaderView>
 #include <QMenu>
 #include <QScreen>
@@ -105,8 +106,46 @@ TEST_F(Grid, TheContextMenuOffersTheCommandsOfTheWindow) {
   QContextMenuEvent event(QContextMenuEvent::Mouse, {10, 10}, grid.viewport()->mapToGlobal(QPoint(10, 10)));
   QApplication::sendEvent(grid.viewport(), &event);
   EXPECT_EQ(items, (Strings{"&Edit", "&Add", "&Remove", "", "&Include", "E&xclude", "", "Copy Rows",
-                            "Filter...", "Restore Order"}));
+                            "Copy as Picture", "Filter...", "Restore Order"}));
   EXPECT_EQ(test::Single(session_.League(), "SELECT Count(*) FROM Driver WHERE Exclude"), "1");
+}
+
+TEST_F(Grid, TheWholeViewIsCopiedAsAPicture) {
+  SelectionGrid grid(QStringLiteral("fgTest"));
+  grid.SetColumns(
+      {{QStringLiteral("Driver"), 3000}, {QStringLiteral("Hidden"), 0}, {QStringLiteral("Points"), 900}});
+  std::vector<SelectionGrid::Row> rows;
+  for (int i = 0; i < 60; ++i) rows.push_back({{QStringLiteral("████"), {}, QString::number(i)}, i + 1});
+  grid.SetRows(rows);
+  grid.SetArrangeable();
+  grid.resize(120, 150);  // most of it is scrolled out of sight
+  Show(grid);
+  grid.SelectRows(20, 25);
+  grid.CopyPicture();
+  const QImage picture = QApplication::clipboard()->image();
+  const int line = grid.verticalHeader()->defaultSectionSize();
+  const int head = grid.horizontalHeader()->height();
+  EXPECT_EQ(picture.width(), grid.columnWidth(0) + grid.columnWidth(2) + 1);
+  EXPECT_EQ(picture.height(), head + 60 * line + 1);
+  // Every row is painted, and none as selected.
+  for (int row = 0; row < 60; ++row) {
+    const QImage cell = picture.copy(0, head + row * line, grid.columnWidth(0), line);
+    EXPECT_EQ(cell, picture.copy(0, head, grid.columnWidth(0), line)) << row;
+  }
+  EXPECT_NE(picture.copy(0, head, 60, line), picture.copy(0, 0, 60, line));
+  EXPECT_EQ(grid.FirstSelected(), 20);
+
+  // Of what is filtered only what is shown; nothing that no program would take.
+  grid.AddRow({{QStringLiteral("only this")}, 99});
+  QTest::keyClick(&grid, Qt::Key_F, Qt::ControlModifier);
+  QTest::keyClicks(&Find<QLineEdit>(grid, "txtFilter"), QStringLiteral("only"));
+  grid.CopyPicture();
+  EXPECT_EQ(QApplication::clipboard()->image().height(), head + line + 1);
+  grid.RestoreOrder();
+  rows.assign(5000, {{QStringLiteral("x")}});
+  grid.SetRows(rows);
+  grid.CopyPicture();
+  EXPECT_EQ(QApplication::clipboard()->image().height(), head + line + 1) << "the one from before";
 }
 
 TEST_F(Grid, TheHistoryGoesBackToTheChangeThatIsSeen) {

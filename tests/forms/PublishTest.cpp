@@ -93,12 +93,62 @@ TEST_F(PublishWindow, WritesTheSiteAndTheLeagueRemembersWhatWasChosen) {
   EXPECT_EQ(Find<ColorSquare>(again, "lblAccent").Color(), 0x2E10C8);
   Find<QCheckBox>(again, "chkAccent").setChecked(false);
   Press(again, "cmdNoLogo");
+  auto& chart = Find<QLabel>(again, "lblChart");
+  EXPECT_EQ(chart.text(), QStringLiteral("the first ten"));
+  OnModal([](QWidget& picker) {
+    Find<QListWidget>(picker, "lstDrivers").item(0)->setCheckState(Qt::Checked);
+    Click(picker, 0);
+  });
+  Press(again, "cmdChart");
+  EXPECT_EQ(Utf8(chart.text()), "<script>Zoë \"Z\" Ng");
   Press(again, "cmdButton_0");
-  EXPECT_EQ(Kept(), (site::SiteSettings{site, "paddock", "https://league.example/98/", "", ""}));
+  EXPECT_EQ(Kept(), (site::SiteSettings{site, "paddock", "https://league.example/98/", "", "", "1"}));
+  Press(again, "cmdFirstTen");
+  EXPECT_EQ(chart.text(), QStringLiteral("the first ten"));
   EXPECT_FALSE(std::filesystem::exists(site + "/assets/logo.png"));
   ui_.shellOpens = false;
   Press(again, "cmdButton_1");
   EXPECT_THAT(ui_.messages.back().text, HasSubstr("cannot be opened"));
+}
+
+TEST_F(PublishWindow, TheSeasonIsSavedAsASpreadsheet) {
+  frmRaces window(context_);
+  window.FillRaceGrid();
+  Show(window);
+  const auto save = [&](const std::string& file) {
+    ui_.filesToSave = {file};
+    ui_.messages.clear();
+    window.findChild<QAction*>(QStringLiteral("mnuSeason_17"))->trigger();
+  };
+  const auto head = [&](const std::string& file) {
+    std::ifstream stream(folder_.File(file), std::ios::binary);
+    std::string bytes(15, ' ');
+    stream.read(bytes.data(), 15);
+    return bytes;
+  };
+  const std::string name = "Saison é & <b>";
+  save(folder_.File(name));
+  EXPECT_EQ(ui_.dialogs.back().name, "open.xlsx");
+  EXPECT_THAT(head(name + ".xlsx"), testing::StartsWith("PK"));
+  EXPECT_EQ(Utf8(Find<QLabel>(window, "lblStatus").text()),
+            "Wrote the season as " + folder_.File(name) + ".xlsx.");
+  EXPECT_TRUE(ui_.messages.empty());
+
+  // What is there is asked about; a league stays one under any name, and nothing is written half.
+  std::ofstream(folder_.File("there.xlsx")) << "others' work";
+  ui_.answers = {common::Answer::No};
+  save(folder_.File("there.xlsx"));
+  EXPECT_EQ(ui_.messages.back().title, "File Exists");
+  EXPECT_EQ(head("there.xlsx").substr(0, 12), "others' work");
+  std::filesystem::copy_file(folder_.File("open.lgx"), folder_.File("copy.xlsx"));
+  ui_.answers = {common::Answer::Yes};
+  save(folder_.File("copy.xlsx"));
+  EXPECT_THAT(ui_.messages.back().text, HasSubstr("is a league"));
+  EXPECT_EQ(head("copy.xlsx"), "SQLite format 3");
+  save(folder_.File("nowhere/season.xlsx"));
+  EXPECT_THAT(ui_.messages.back().text, HasSubstr("there is no such folder"));
+  save({});
+  EXPECT_TRUE(ui_.messages.empty());
 }
 
 TEST_F(PublishWindow, WhatCannotBeIsSaid) {

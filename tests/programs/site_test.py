@@ -425,6 +425,28 @@ class SiteTest(unittest.TestCase):
         self.refused(says="is writing into the folder")
         os.close(handle)
 
+    def test_the_chart_draws_whom_the_league_chooses(self):
+        self.use(self.short)
+
+        def drawn():
+            with open(os.path.join(self.site, "reports/point-standings.html"), encoding="utf-8") as file:
+                head = re.search(r'<table class="numbers">\s*<thead>(.*?)</thead>', file.read(), re.S).group(1)
+            return re.findall(r"<bdi>(.*?)</bdi>", head)[1:]
+
+        self.publish()
+        first = drawn()
+        self.assertEqual(len(first), 10)
+        chosen = [first[7], first[2]]
+        self.refused("--chart", "nobody at all", says="nobody at all")
+        self.publish("--chart", chosen[0].upper(), "--chart", chosen[1], "--chart", chosen[1])
+        self.assertEqual(drawn(), [first[2], first[7]], "as they stand in the championship")
+        shown = {row["Setting"]: row["Value"] for row in rows("site", self.league, "--show")}
+        self.assertEqual(set(shown["chart"].split(", ")), set(chosen))
+        cli("site", self.league, "--chart", "")
+        self.assertEqual(drawn(), first)
+        every = [row["Name"] for row in rows("drivers", self.league)]
+        self.refused(*(word for name in every[:21] for word in ("--chart", name)), says="20 drivers at most")
+
     def test_settings_are_remembered_and_checked(self):
         self.use(self.short)
         tables = "SELECT Count(*) AS N FROM SiteSetting"

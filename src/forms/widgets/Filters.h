@@ -4,6 +4,7 @@
 namespace scorvane::forms {
 
 inline constexpr const char* kPlayoffFilter = "Playoff (*.json)|*.json|All Files (*.*)|*.*";
+inline constexpr const char* kSeasonFilter = "Spreadsheet (*.xlsx)|*.xlsx";
 inline constexpr const char* kPointFilter = "Points (*.csv)|*.csv|All Files (*.*)|*.*";
 inline constexpr const char* kLogoFilter =
     "Pictures (*.png, *.jpg, *.gif, *.webp)|*.png;*.jpg;*.jpeg;*.gif;*.webp|All Files (*.*)|*.*";

@@ -10,6 +10,7 @@
 
 #include "forms/widgets/Contrast.h"
 #include "forms/widgets/GridModel.h"
+#include "forms/widgets/GridPicture.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
@@ -179,6 +180,8 @@ void SelectionGrid::contextMenuEvent(QContextMenuEvent* event) {
   QAction* copy = menu.addAction(tr("Copy Rows"), this, &SelectionGrid::CopySelected);
   copy->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
   copy->setEnabled(FirstSelected() >= 0);
+  QAction* picture = menu.addAction(tr("Copy as Picture"), this, &SelectionGrid::CopyPicture);
+  picture->setEnabled(FitsPicture(*this));
   if (filters_) {
     QAction* filter = menu.addAction(tr("Filter..."), this, &SelectionGrid::AskFilter);
     filter->setShortcut(Qt::CTRL | Qt::Key_F);

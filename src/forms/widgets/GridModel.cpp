@@ -86,6 +86,7 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
   const SelectionGrid::Column& column = ColumnAt(index.column());
   switch (role) {
     case Qt::DisplayRole:
+    case Qt::EditRole:
       return row.cells.value(index.column());
     case Qt::TextAlignmentRole: {
       const bool right = column.standsRight && column.standsRight(row.cells.value(index.column()));
@@ -103,6 +104,28 @@ QVariant GridModel::data(const QModelIndex& index, int role) const {
     default:
       return {};
   }
+}
+
+Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {
+  const Qt::ItemFlags flags = QAbstractTableModel::flags(index);
+  const bool typed = editing_ && Has(index.row()) && ColumnAt(index.column()).digits > 0;
+  return typed ? flags | Qt::ItemIsEditable : flags;
+}
+
+bool GridModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (role != Qt::EditRole || !flags(index).testFlag(Qt::ItemIsEditable)) return false;
+  const QString text = value.toString().trimmed();
+  // What is pasted has passed no filter.
+  if (std::any_of(text.begin(), text.end(),
+                  [](QChar c) { return c < QLatin1Char('0') || c > QLatin1Char('9'); }))
+    return false;
+  if (text == RowAt(index.row()).cells.value(index.column())) return true;
+  ChangeRow(index.row(), [&](SelectionGrid::Row& row) {
+    while (row.cells.size() <= index.column()) row.cells.emplace_back();
+    row.cells[index.column()] = text;
+  });
+  emit Edited(index.row(), index.column());
+  return true;
 }
 
 void GridModel::SetColumns(std::vector<SelectionGrid::Column> columns) {

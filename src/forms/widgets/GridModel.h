@@ -18,6 +18,7 @@ struct Arrangement {
 };
 
 class GridModel : public QAbstractTableModel {
+  Q_OBJECT
  public:
   using QAbstractTableModel::QAbstractTableModel;
 
@@ -25,6 +26,11 @@ class GridModel : public QAbstractTableModel {
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   QVariant data(const QModelIndex& index, int role) const override;
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
+  bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+
+  // Whether columns that take digits can be typed into.
+  void SetEditing(bool on) { editing_ = on; }
 
   // Without rows, and arranged as they are handed over.
   void SetColumns(std::vector<SelectionGrid::Column> columns);
@@ -58,6 +64,9 @@ class GridModel : public QAbstractTableModel {
     emit dataChanged(index(row, 0), index(row, columnCount() - 1));
   }
 
+ signals:
+  void Edited(int row, int column);
+
  private:
   std::vector<int> Order() const;
   bool IsShown(const SelectionGrid::Row& row, const QString& folded) const;
@@ -68,6 +77,7 @@ class GridModel : public QAbstractTableModel {
   std::vector<SelectionGrid::Row> rows_;
   std::vector<int> order_;  // of the shown rows, their places in rows_
   Arrangement arrangement_;
+  bool editing_ = false;
 };
 
 // A text without its letters' case and accents, to look for another in it.

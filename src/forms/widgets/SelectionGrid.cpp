@@ -8,12 +8,13 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QSet>
-#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
 #include <utility>
 
+#include "forms/widgets/GridDelegate.h"
 #include "forms/widgets/GridModel.h"
+#include "forms/widgets/GridPicture.h"
 #include "forms/widgets/Twips.h"
 
 namespace scorvane::forms {
@@ -25,18 +26,6 @@ constexpr qsizetype kMeasuredTexts = 50;
 constexpr int kHintMargin = 24;
 constexpr int kFilterCharacters = 24;
 
-// Whole rows are selected, so no cell of them wears a frame.
-class RowDelegate : public QStyledItemDelegate {
- public:
-  using QStyledItemDelegate::QStyledItemDelegate;
-
- protected:
-  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-    QStyledItemDelegate::initStyleOption(option, index);
-    option->state.setFlag(QStyle::State_HasFocus, false);
-  }
-};
-
 }  // namespace
 
 SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
@@ -45,7 +34,7 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
       lblHint_(new QLabel(this)),
       txtFilter_(new QLineEdit(this)) {
   setModel(model_);
-  setItemDelegate(new RowDelegate(this));
+  setItemDelegate(new GridDelegate(this));
   setObjectName(name);
   setSelectionBehavior(QAbstractItemView::SelectRows);
   setSelectionMode(QAbstractItemView::ContiguousSelection);
@@ -77,6 +66,7 @@ SelectionGrid::SelectionGrid(const QString& name, QWidget* parent)
         (header->stretchLastSection() && header->visualIndex(column) == header->count() - 1);
     if (!stretched && QApplication::mouseButtons().testFlag(Qt::LeftButton)) widths_[Header(column)] = width;
   });
+  connect(model_, &GridModel::Edited, this, &SelectionGrid::CellEdited);
   connect(this, &QTableView::doubleClicked, this,
           [this](const QModelIndex& cell) { emit RowDoubleClicked(cell.row()); });
 }
@@ -230,6 +220,10 @@ std::vector<int> SelectionGrid::SelectedData() const {
   return found;
 }
 
+const std::vector<SelectionGrid::Row>& SelectionGrid::StoredRows() const {
+  return model_->Stored();
+}
+
 int SelectionGrid::AllRows() const {
   return static_cast<int>(model_->Stored().size());
 }
@@ -289,6 +283,11 @@ void SelectionGrid::CopySelected() const {
   copied->setText(lines);
   copied->setHtml(table + QStringLiteral("</table>\n"));
   QApplication::clipboard()->setMimeData(copied);
+}
+
+void SelectionGrid::CopyPicture() const {
+  const QImage picture = PictureOf(*this);
+  if (!picture.isNull()) QApplication::clipboard()->setImage(picture);
 }
 
 // What does not fit its cell is shown in full when the mouse rests on it. Worked out then, not for every
@@ -351,6 +350,10 @@ void SelectionGrid::keyPressEvent(QKeyEvent* event) {
       return;
     default:
       break;
+  }
+  if (BeginsEditing(*event)) {
+    QTableView::keyPressEvent(event);
+    return;
   }
   if (IsTyping(*event)) {
     GoTo(event->text());

@@ -27,6 +27,7 @@ class SelectionGrid : public QTableView {
     // Cells whose text it is true of stand right all the same.
     std::function<bool(const QString&)> standsRight = {};
     bool showsNotes = false;  // a sign stands in front of the cells of rows that have a note
+    int digits = 0;           // that may be typed into its cells while the grid is edited; 0: none
   };
   struct Row {
     QStringList cells;  // those that are missing are empty
@@ -50,6 +51,10 @@ class SelectionGrid : public QTableView {
   void SetArrangeable();
   // The same for a grid that has its own way to sort: it is only filtered.
   void SetFilterable() { filters_ = true; }
+  // Lets the user type into the cells of columns that take digits: with F2, a digit or a double click.
+  // Another cell's row takes them in its cell of `column`.
+  void SetEditing(bool on);
+  void SetEditColumn(int column) { editColumn_ = column; }
   // As the rows were handed over, all of them.
   void RestoreOrder();
   // What the context menu offers above Copy: actions and buttons; null for a line between them.
@@ -65,6 +70,8 @@ class SelectionGrid : public QTableView {
   int RowCount() const;
   // With those that the filter hides.
   int AllRows() const;
+  // All of them as they were handed over, those that were added at their end.
+  const std::vector<Row>& StoredRows() const;
   // The highest of all rows' data; 0 where none has any.
   int HighestData() const;
   int ColumnCount() const;
@@ -95,6 +102,8 @@ class SelectionGrid : public QTableView {
   // between tabs, and as an HTML table. So do Ctrl+Shift+C and, where a window has no other use for it,
   // Ctrl+C.
   void CopySelected() const;
+  // Puts all rows as they are shown into the clipboard as a picture.
+  void CopyPicture() const;
 
  signals:
   void SelectionChanged();
@@ -103,6 +112,8 @@ class SelectionGrid : public QTableView {
   void EnterPressed();
   // A double click on a data row.
   void RowDoubleClicked(int row);
+  // The user has typed another text into a cell.
+  void CellEdited(int row, int column);
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -113,6 +124,7 @@ class SelectionGrid : public QTableView {
                                                        const QEvent* event) const override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void updateGeometries() override;
+  void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
 
  private:
   void BuildFilter();
@@ -126,12 +138,14 @@ class SelectionGrid : public QTableView {
   bool IsTyping(const QKeyEvent& event) const;
   void GoTo(const QString& typed);
   int FindTyped(const QString& folded, int from) const;
+  bool BeginsEditing(const QKeyEvent& event);
 
   GridModel* model_;
   QLabel* lblHint_;
   QLineEdit* txtFilter_ = nullptr;
   bool sorts_ = false;
   bool filters_ = false;
+  int editColumn_ = 0;
   std::vector<QObject*> commands_;
   std::map<QString, int> widths_;
   QString typed_;

@@ -186,6 +186,7 @@ struct SiteOptions {
   std::optional<std::string> baseUrl;
   std::optional<std::string> accent;
   std::optional<std::string> logo;  // a file
+  std::vector<std::string> chart;   // drivers; one empty text: the first ten
   bool show = false;                // nothing is written
 };
 // Publishes the season as a site.

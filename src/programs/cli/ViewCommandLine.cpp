@@ -188,13 +188,14 @@ void CommandLine::AddSiteCommand() {
   site->add_option("--accent", site_.accent, "The league's colour, #RRGGBB")->type_name("COLOUR");
   site->add_option("--logo", site_.logo, "The league's picture: PNG, JPEG, GIF or WebP, at most 200 kB")
       ->type_name("FILE");
+  site->add_option("--chart", site_.chart,
+                   "Whose points are drawn race by race, at most 20 (default: the first ten)")
+      ->type_name("DRIVER");
   site->add_flag("--show", site_.show, "List what the league remembers of its site; write nothing");
-  site->footer(
-      std::string(
-          "What differs is written, what is there stays. Folder, theme, address, colour and logo are kept "
-          "in\n"
-          "the league; \"\" takes one of them back. Files of others in the folder are left alone.\n") +
-      kCommonOptions);
+  site->footer(std::string("What differs is written, what is there stays. Files of others in the folder are\n"
+                           "left alone. Folder, theme, address, colour, logo and chart are kept in the\n"
+                           "league; \"\" takes one of them back.\n") +
+               kCommonOptions);
 }
 
 }  // namespace scorvane::cli
