@@ -10,7 +10,9 @@ std::string NameText(const std::string& name) {
   bool bare = !name.empty() && !(name[0] >= '0' && name[0] <= '9') && !IsReservedWord(name);
   for (char c : name)
     bare = bare && ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_');
-  return bare ? name : "[" + name + "]";
+  if (bare) return name;
+  // A name holds one of the two closing marks at most.
+  return name.find(']') == std::string::npos ? "[" + name + "]" : "`" + name + "`";
 }
 
 std::string LiteralText(const Value& value) {
