@@ -79,7 +79,8 @@ TEST_F(WatchFolder, OffersWhatTheLeagueDoesNotHave) {
   EXPECT_EQ(NewResultFiles(session_, all).size(), 2U);
 
   // While another program writes, nothing can be said.
-  const auto other = engine::DBEngine().DefaultWorkspace().OpenDatabase(session_.League().Name());
+  engine::DBEngine elsewhere;
+  const auto other = elsewhere.DefaultWorkspace().OpenDatabase(session_.League().Name());
   const engine::UnitOfWork writes(*other);
   EXPECT_THROW(NewResultFiles(session_, all), engine::EngineError);
 }
