@@ -5,6 +5,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "platform/Platform.h"
 
@@ -23,6 +24,8 @@ class NewFile {
   bool Write(std::string_view bytes);
   // Puts the file in its place; false when it cannot be, or was not written whole.
   bool Finish();
+  // Why it failed, as the end of a sentence.
+  std::string WhyNot() const;
 
  private:
   const std::string path_;
@@ -30,9 +33,13 @@ class NewFile {
   const platform::Flush flush_;
   std::ofstream stream_;
   bool done_ = false;
+  bool full_ = false;  // the disk, when it was to take its place
 };
 
 // Why a file could not be written to a path, as the end of a sentence.
 std::string WhyNotWritten(const std::string& path);
+
+// A sentence for the user when a folder could not be made. `error` is what making it said.
+std::string FolderNotMade(const std::string& path, std::error_code error);
 
 }  // namespace scorvane::common

@@ -18,8 +18,8 @@ FileKind KindOf(std::string_view path) {
   return extension == "csv" ? FileKind::Csv : FileKind::None;
 }
 
-void Refuse(const std::string& path) {
-  throw common::RuleError(fmt::format("'{}' could not be written: {}.", path, common::WhyNotWritten(path)));
+void Refuse(const std::string& path, const std::string& why) {
+  throw common::RuleError(fmt::format("'{}' could not be written: {}.", path, why));
 }
 
 void RefuseDatabase(const std::string& path) {
@@ -46,7 +46,7 @@ void WriteCsv(const std::string& path, const Sheet& sheet) {
   };
   line(sheet.columns, [](const Column& column) { return column.name; });
   for (const auto& row : sheet.rows) line(row, [](const Cell& cell) { return cell.value.ToText('.'); });
-  if (!file.Write(text) || !file.Finish()) Refuse(path);
+  if (!file.Write(text) || !file.Finish()) Refuse(path, file.WhyNot());
 }
 
 }  // namespace scorvane::sheets

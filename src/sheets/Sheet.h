@@ -41,7 +41,7 @@ FileKind KindOf(std::string_view path);
 void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets,
                const std::function<void()>& step = {});
 // The same for what could not be written: the reason as RuleError.
-[[noreturn]] void Refuse(const std::string& path);
+[[noreturn]] void Refuse(const std::string& path, const std::string& why);
 // A database, of the present or the old kind, is a league whatever it is called: RuleError.
 void RefuseDatabase(const std::string& path);
 // A .csv file takes one sheet: UTF-8, a full stop as the decimal separator.

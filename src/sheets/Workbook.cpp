@@ -180,7 +180,7 @@ void WriteXlsx(const std::string& path, const std::vector<Sheet>& sheets, const 
     book.Add(sheet);
     if (step) step();
   }
-  if (!book.Close() || !file.Finish()) Refuse(path);
+  if (!book.Close() || !file.Finish()) Refuse(path, file.WhyNot());
 }
 
 }  // namespace scorvane::sheets

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "championship/Reports.h"
+#include "common/NewFile.h"
 #include "common/Paths.h"
 #include "common/RuleError.h"
 #include "engine/Names.h"
@@ -120,9 +121,10 @@ ClassicPages WriteClassicPages(engine::Database& league, engine::Database& templ
                                const common::ProcessState& state, common::UserInterface& ui,
                                const std::string& folder) {
   std::error_code error;
+  std::error_code ignored;
   std::filesystem::create_directories(common::SystemPath(folder), error);
-  if (!std::filesystem::is_directory(common::SystemPath(folder), error))
-    throw common::RuleError(fmt::format("The folder '{}' cannot be made.", folder));
+  if (!std::filesystem::is_directory(common::SystemPath(folder), ignored))
+    throw common::RuleError(common::FolderNotMade(folder, error));
   platform::RemoveTemporariesIn(folder);
   const reports::PageLook look = reports::ReadPageLook(league);
   const std::string footer = reports::StandingsFooter();
@@ -166,9 +168,9 @@ ClassicPages WriteClassicPages(engine::Database& league, engine::Database& templ
     if (!write({reports::PageSubject::kRace, id}, raceTexts, file)) continue;
     raceLinks.push_back({file, raceTexts.reportName, raceTexts.caption});
   }
-  if (!reports::WritePageFile(common::JoinPath(folder, "index.htm"),
-                              IndexPage(texts.heading, caption, reportLinks, raceLinks)))
-    throw common::RuleError(fmt::format("'{}' could not be written.", common::JoinPath(folder, "index.htm")));
+  const std::string index = common::JoinPath(folder, "index.htm");
+  if (!reports::WritePageFile(index, IndexPage(texts.heading, caption, reportLinks, raceLinks)))
+    throw common::RuleError(fmt::format("'{}' could not be written: {}.", index, common::WhyNotWritten(index)));
   return {static_cast<int>(reportLinks.size()), static_cast<int>(raceLinks.size()),
           CountOldPages(folder, raceLinks)};
 }

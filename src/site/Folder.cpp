@@ -58,9 +58,9 @@ bool IsSitePath(std::string_view path) {
 SiteFolder::SiteFolder(std::string path, std::string league)
     : path_(std::move(path)), league_(std::move(league)) {
   std::error_code error;
+  std::error_code ignored;
   fs::create_directories(SystemPath(path_), error);
-  if (!fs::is_directory(SystemPath(path_), error))
-    throw RuleError(fmt::format("The folder '{}' cannot be made.", path_));
+  if (!fs::is_directory(SystemPath(path_), ignored)) throw RuleError(common::FolderNotMade(path_, error));
   if (!platform::IsWritable(path_))
     throw RuleError(fmt::format("The folder '{}' may not be written to.", path_));
   lock_ = platform::FileLock::TryLock(path_);
@@ -149,11 +149,12 @@ void SiteFolder::MakeFoldersFor(const std::string& path) {
     const std::string folder = path.substr(0, slash);
     if (std::find(folders_.begin(), folders_.end(), folder) != folders_.end()) continue;
     std::error_code error;
+    std::error_code ignored;
     const fs::path full = SystemPath(FullPath(folder));
     fs::create_directory(full, error);
     // A link would lead out of the folder.
-    if (!fs::is_directory(fs::symlink_status(full, error)))
-      throw RuleError(fmt::format("The folder '{}' cannot be made.", FullPath(folder)));
+    if (!fs::is_directory(fs::symlink_status(full, ignored)))
+      throw RuleError(common::FolderNotMade(FullPath(folder), error));
     folders_.push_back(folder);
   }
 }
@@ -163,7 +164,7 @@ void SiteFolder::Replace(const std::string& path, std::string_view content) {
   // A page can be written again: nobody waits for the disk.
   common::NewFile file(target, platform::Flush::No);
   if (!file.Write(content) || !file.Finish())
-    throw RuleError(fmt::format("'{}' could not be written: {}.", target, common::WhyNotWritten(target)));
+    throw RuleError(fmt::format("'{}' could not be written: {}.", target, file.WhyNot()));
 }
 
 void SiteFolder::Write(const std::string& path, std::string_view content) {
