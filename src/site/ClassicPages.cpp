@@ -170,7 +170,7 @@ ClassicPages WriteClassicPages(engine::Database& league, engine::Database& templ
   }
   const std::string index = common::JoinPath(folder, "index.htm");
   if (!reports::WritePageFile(index, IndexPage(texts.heading, caption, reportLinks, raceLinks)))
-    throw common::RuleError(fmt::format("'{}' could not be written: {}.", index, common::WhyNotWritten(index)));
+    throw common::RuleError(fmt::format("'{}' could not be written: {}.", index, reports::WhyNoPage(index)));
   return {static_cast<int>(reportLinks.size()), static_cast<int>(raceLinks.size()),
           CountOldPages(folder, raceLinks)};
 }
