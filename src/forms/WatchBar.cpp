@@ -41,7 +41,7 @@ WatchBar::WatchBar(FormContext& context, Import import, QWidget* parent)
     button->setObjectName(QString::fromLatin1(name));
     button->setToolTip(toolTip);
     button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, command);
+    connect(button, &QPushButton::clicked, this, std::move(command));
     layout->addWidget(button);
   };
   add("cmdWatchImport", tr("Im&port"), tr("Import these result files"), [this, import = std::move(import)] {
