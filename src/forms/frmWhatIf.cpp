@@ -107,7 +107,7 @@ QWidget* frmWhatIf::BuildRules() {
   auto* form = new QFormLayout(rules);
   form->setContentsMargins(0, 0, 0, 0);
   form->setRowWrapPolicy(QFormLayout::DontWrapRows);
-  const auto withFile = [rules](QComboBox* box, QPushButton* button) {
+  const auto withFile = [](QComboBox* box, QPushButton* button) {
     auto* row = new QHBoxLayout;
     row->addWidget(box, 1);
     row->addWidget(button);
