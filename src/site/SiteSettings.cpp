@@ -172,7 +172,8 @@ std::vector<std::int32_t> ChartedDrivers(std::string_view chart) {
   while (!chart.empty() && drivers.size() < kMostCharted) {
     const std::size_t end = std::min(chart.find(','), chart.size());
     std::int32_t driver = 0;
-    const auto read = std::from_chars(chart.data(), chart.data() + end, driver);
+    const std::string number(chart.substr(0, end));
+    const auto read = std::from_chars(number.data(), number.data() + number.size(), driver);
     const bool known = std::find(drivers.begin(), drivers.end(), driver) != drivers.end();
     if (read.ec == std::errc() && driver > 0 && !known) drivers.push_back(driver);
     chart.remove_prefix(std::min(end + 1, chart.size()));
