@@ -235,7 +235,7 @@ def zsh(common, commands):
     quoted = lambda text: text.replace("'", "'\\''").replace("[", "\\[").replace("]", "\\]").replace(":", "\\:")
     listed = "".join(f"    '{name}:{quoted(command.summary)}'\n" for name, command in commands.items())
 
-    def specification(word):
+    def zsh_spec(word):
         value = f":{quoted(word.value or word.name)}:{zsh_action(word)}" if word.value or word.choices else ""
         excluded = " ".join([*word.excluded, *([] if word.repeated else word.flags)])
         return "".join(f" '{'*' if word.repeated else f'({excluded})'}{flag}"
@@ -252,7 +252,7 @@ def zsh(common, commands):
             if name == "playoff" and word.name == "NAME":
                 action = '_files -g "*.json(-.)"'
             positionals += f" '{'*' if word.repeated else place}:{word.name.lower()}:{action}'"
-        cases += f"    {name}) _arguments{''.join(map(specification, command.options))} $common{positionals} ;;\n"
+        cases += f"    {name}) _arguments{''.join(map(zsh_spec, command.options))} $common{positionals} ;;\n"
     return f"""#compdef scorvane-cli
 # Completions of scorvane-cli for zsh: commands, options and their values, leagues and result files, names of reports.
 _scorvane_cli_reports() {{
@@ -266,7 +266,7 @@ _scorvane_cli() {{
   local -a commands common
   commands=(
 {listed}  )
-  common=({''.join(map(specification, common))[1:]})
+  common=({''.join(map(zsh_spec, common))[1:]})
   if (( CURRENT == 2 )); then
     _describe command commands
     return
