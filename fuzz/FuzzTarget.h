@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "common/UserInterface.h"
+#include "common/SilentInterface.h"
 #include "db/MDBBuild.h"
 #include "db/TemplateBuild.h"
 #include "db/Upgrade.h"
@@ -36,7 +36,7 @@ inline std::string_view Text(const std::uint8_t* data, std::size_t size) {
 }
 
 // Counts what it is told.
-class CountingInterface : public common::UserInterface {
+class CountingInterface : public common::SilentInterface {
  public:
   int messages = 0;
 
@@ -44,13 +44,6 @@ class CountingInterface : public common::UserInterface {
     Check(!message.text.empty(), "a message says something");
     ++messages;
   }
-  common::Answer Ask(const common::Message&, common::Buttons) override { return common::Answer::Cancel; }
-  std::vector<std::string> OpenFiles(common::FileRequest&) override { return {}; }
-  std::string SaveFile(const common::FileRequest&) override { return {}; }
-  std::string PickFolder(const std::string&, const std::string&) override { return {}; }
-  bool PickColor(std::uint32_t&) override { return false; }
-  std::unique_ptr<common::Progress> StartProgress(const std::string&, int) override { return nullptr; }
-  bool ShellOpen(const std::string&) override { return false; }
 };
 
 // A league to stage files into. Its one transaction never ends, so nothing waits for the disk.

@@ -11,6 +11,7 @@
 #include "common/Formats.h"
 #include "common/Paths.h"
 #include "common/SettingsStore.h"
+#include "common/SilentInterface.h"
 #include "platform/Platform.h"
 
 namespace scorvane::app {
@@ -82,19 +83,6 @@ std::int64_t InSeconds(std::int64_t fileTime) {
              std::chrono::file_clock::to_sys(time).time_since_epoch())
       .count();
 }
-
-// Nobody hears of a file that is only looked at.
-class Unheard : public common::UserInterface {
- public:
-  void ShowMessage(const common::Message&) override {}
-  common::Answer Ask(const common::Message&, common::Buttons) override { return common::Answer::No; }
-  std::vector<std::string> OpenFiles(common::FileRequest&) override { return {}; }
-  std::string SaveFile(const common::FileRequest&) override { return {}; }
-  std::string PickFolder(const std::string&, const std::string&) override { return {}; }
-  bool PickColor(std::uint32_t&) override { return false; }
-  std::unique_ptr<common::Progress> StartProgress(const std::string&, int) override { return nullptr; }
-  bool ShellOpen(const std::string&) override { return false; }
-};
 
 }  // namespace
 
@@ -178,7 +166,8 @@ std::vector<std::string> NewResultFiles(LeagueSession& session, const std::vecto
   if (paths.empty()) return {};
   engine::Database& league = session.League();
   common::ProcessState& state = session.State();
-  Unheard unheard;
+  // Nobody hears of a file that is only looked at.
+  common::SilentInterface unheard;
   // The league's own tables for staged races are borrowed, and as they were afterwards.
   engine::UnitOfWork borrowed(league, engine::UnitOfWork::OnError::TakeBack,
                               engine::UnitOfWork::Begin::Reading);
