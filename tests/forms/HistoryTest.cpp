@@ -276,7 +276,7 @@ TEST_F(History, ABackupIsWrittenAndPutBack) {
   ui_.filesToSave = {""};
   Item(4).trigger();
   EXPECT_FALSE(std::filesystem::exists(folder)) << "nothing was chosen";
-  EXPECT_EQ(ui_.dialogs.back().folder, folder + "/");
+  EXPECT_EQ(ui_.dialogs.back().folder, folder_.File("Backups/"));
   EXPECT_TRUE(ui_.dialogs.back().name.starts_with("o'né 20"));
   ui_.filesToSave = {path, folder_.File("copy"), folder_.File("copy"), folder_.File("copy"),
                      folder_.File("open.lgx/no/folder.lgx")};
@@ -313,7 +313,7 @@ TEST_F(History, ABackupIsWrittenAndPutBack) {
 
   // A league that does not open any more gets its place back, too.
   window_.CloseLeagueFile();
-  std::ofstream(path) << "damaged";
+  std::ofstream(platform::SystemPath(path)) << "damaged";
   ui_.filesToOpen = {{folder_.File("copy.lgx")}};
   ui_.filesToSave = {path};
   ui_.answers = {common::Answer::Yes};

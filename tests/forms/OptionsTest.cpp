@@ -33,10 +33,10 @@ TEST_F(OptionsDialog, FoldersAreChosenCheckedAndCleared) {
   EXPECT_FALSE(change.isEnabled());
   grid.SelectRows(0, 0);
   EXPECT_TRUE(change.isEnabled());
-  ui_.foldersToPick = {SimFolder("nr3", "NASCAR Racing 3.exe"), "/nowhere", ""};
+  ui_.foldersToPick = {SimFolder("nr3", "NASCAR Racing 3.exe"), "/nowhere/", ""};
   change.click();
   EXPECT_EQ(ui_.dialogs.back().title, "Locate the program folder for NASCAR Racing 3...");
-  EXPECT_EQ(Utf8(grid.Cell(0, 1)), folder_.File("nr3") + "/");
+  EXPECT_EQ(Utf8(grid.Cell(0, 1)), folder_.File("nr3/"));
   grid.SelectRows(3, 3);
   change.click();
   EXPECT_EQ(ui_.dialogs.back().title, "Locate the program folder for NASCAR Racing 2002 Season...");
@@ -58,8 +58,8 @@ TEST_F(OptionsDialog, FoldersAreChosenCheckedAndCleared) {
   Find<QPushButton>(dialog, "OKButton").click();
   EXPECT_FALSE(dialog.isVisible());
   EXPECT_FALSE(dialog.Cancelled());
-  EXPECT_EQ(state_.simFolders[0], folder_.File("nr3") + "/");
-  EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderNR3), folder_.File("nr3") + "/");
+  EXPECT_EQ(state_.simFolders[0], folder_.File("nr3/"));
+  EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderNR3), folder_.File("nr3/"));
   EXPECT_EQ(common::GetSettingValue(*template_, common::kFolderLegends), "");
 }
 
@@ -67,7 +67,7 @@ TEST_F(OptionsDialog, TheGridPicksByMouseAndKeyAndTheCloseBoxChecksNothing) {
   frmOptions dialog(context_);
   Show(dialog);
   auto& grid = Find<SelectionGrid>(dialog, "fgPaths");
-  ui_.foldersToPick = {"/", "/nowhere"};
+  ui_.foldersToPick = {"/", "/nowhere/"};
   const QPoint legends = grid.visualRect(grid.model()->index(1, 0)).center();
   QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, legends);
   QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, legends);

@@ -74,7 +74,7 @@ TEST_F(Properties, PathsAreCompletedNotChanged) {
     const char* path;
   } cases[] = {{"a", "/home/a.lgx"}, {"a.LGX", "/home/a.LGX"}, {"a.lgx.old", "/home/a.lgx.old.lgx"},
                {"/x/a", "/x/a.lgx"}, {"/x.y/a", "/x.y/a.lgx"}, {"C:\\leagues\\a.Lgx", "C:\\leagues\\a.Lgx"}};
-  for (const auto& [typed, path] : cases) EXPECT_EQ(app::CompleteLeaguePath(typed, "/home"), path);
+  for (const auto& [typed, path] : cases) EXPECT_EQ(app::CompleteLeaguePath(typed, "/home/"), path);
 }
 
 TEST_F(Properties, AFileIsReplacedOnlyWhenTheUserSaysSo) {

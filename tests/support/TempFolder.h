@@ -6,7 +6,16 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/SystemPath.h"
+
 namespace scorvane::test {
+
+// Of what users call their files, the oddest that the system lets them: on Windows no name has "<" or quotes.
+#ifdef _WIN32
+inline constexpr const char* kOddName = "é & 'x' %1";
+#else
+inline constexpr const char* kOddName = "é & <b> \"x\"";
+#endif
 
 class TempFolder {
  public:
@@ -25,7 +34,11 @@ class TempFolder {
     std::filesystem::remove_all(path_, ignored);
   }
 
-  std::string File(const std::string& name) const { return (path_ / name).string(); }
+  // A path in it, as the program knows paths, and as the standard library does.
+  std::string File(const std::string& name) const { return platform::PathText(At(name)); }
+  std::filesystem::path At(const std::string& name) const {
+    return (path_ / platform::SystemPath(name)).make_preferred();
+  }
   const std::filesystem::path& Path() const { return path_; }
 
  private:
