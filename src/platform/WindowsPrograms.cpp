@@ -218,16 +218,20 @@ bool Open(Pipe& pipe) {
   return pipe.ours && pipe.theirs;
 }
 
-// Starts a program that has nothing of ours but the two handles, and lets it run inside the job.
+// Starts a program that has nothing of ours but the two handles, inside the job from its first moment:
+// whoever kills us between two steps would leave it behind.
 HANDLE Start(const fs::path& program, std::wstring line, HANDLE output, HANDLE silence, HANDLE job) {
+  constexpr DWORD kAttributes = 2;
   SIZE_T size = 0;
-  ::InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+  ::InitializeProcThreadAttributeList(nullptr, kAttributes, 0, &size);
   std::vector<std::byte> room(size);
   auto* attributes = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room.data());
-  if (::InitializeProcThreadAttributeList(attributes, 1, 0, &size) == 0) return nullptr;
+  if (::InitializeProcThreadAttributeList(attributes, kAttributes, 0, &size) == 0) return nullptr;
   HANDLE inherited[] = {output, silence};
-  ::UpdateProcThreadAttribute(attributes, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, inherited, sizeof inherited,
-                              nullptr, nullptr);
+  const bool limited = ::UpdateProcThreadAttribute(attributes, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                                   inherited, sizeof inherited, nullptr, nullptr) != 0 &&
+                       ::UpdateProcThreadAttribute(attributes, 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, &job,
+                                                   sizeof job, nullptr, nullptr) != 0;
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof startup;
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
@@ -238,19 +242,13 @@ HANDLE Start(const fs::path& program, std::wstring line, HANDLE output, HANDLE s
   PROCESS_INFORMATION child{};
   // A child that crashes says so to us, and to nobody in a box.
   const UINT former = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-  const BOOL started = ::CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
-                                        CREATE_SUSPENDED | CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT,
-                                        nullptr, nullptr, &startup.StartupInfo, &child);
+  const bool started = limited && ::CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                                                   CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT, nullptr,
+                                                   nullptr, &startup.StartupInfo, &child) != 0;
   ::SetErrorMode(former);
   ::DeleteProcThreadAttributeList(attributes);
-  if (started == 0) return nullptr;
-  const Handle thread(child.hThread);
-  if (::AssignProcessToJobObject(job, child.hProcess) == 0) {
-    ::TerminateProcess(child.hProcess, 1);
-    ::CloseHandle(child.hProcess);
-    return nullptr;
-  }
-  ::ResumeThread(thread.Get());
+  if (!started) return nullptr;
+  ::CloseHandle(child.hThread);
   return child.hProcess;
 }
 
