@@ -61,32 +61,11 @@ Section
   !insertmacro TellShell
 SectionEnd
 
-; What was installed goes, by its names; leagues, and whatever else lies in the folder or in the user's data, stay.
+; What was installed goes, by its names, which the package lists; leagues, and whatever else lies in the folder or in the user's data, stay.
 Section "Uninstall"
   SetShellVarContext current
-  Delete "$INSTDIR\scorvane.exe"
-  Delete "$INSTDIR\scorvane-cli.exe"
-  Delete "$INSTDIR\scorvane-mdbread.exe"
-  Delete "$INSTDIR\Qt6Core.dll"
-  Delete "$INSTDIR\Qt6Gui.dll"
-  Delete "$INSTDIR\Qt6Widgets.dll"
-  Delete "$INSTDIR\libstdc++-6.dll"
-  Delete "$INSTDIR\libgcc_s_seh-1.dll"
-  Delete "$INSTDIR\libwinpthread-1.dll"
-  Delete "$INSTDIR\qt.conf"
-  Delete "$INSTDIR\ReadMe.htm"
-  Delete "$INSTDIR\LICENSE.txt"
-  Delete "$INSTDIR\platforms\qwindows.dll"
-  Delete "$INSTDIR\styles\qwindowsvistastyle.dll"
-  Delete "$INSTDIR\template\Kirrelon.dat"
-  Delete "$INSTDIR\ReadMe\*.png"
-  Delete "$INSTDIR\licenses\*.txt"
+  !include "${GONE}"
   Delete "$INSTDIR\uninstall.exe"
-  RMDir "$INSTDIR\platforms"
-  RMDir "$INSTDIR\styles"
-  RMDir "$INSTDIR\template"
-  RMDir "$INSTDIR\ReadMe"
-  RMDir "$INSTDIR\licenses"
   RMDir "$INSTDIR"
   Delete "$SMPROGRAMS\Scorvane.lnk"
 
