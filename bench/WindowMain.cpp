@@ -64,7 +64,7 @@ int RunChild(const QApplication& application, const QString& role) {
 // Runs one child until its window stands.
 void StartUp(const char* role, const std::string& league) {
   const auto end = platform::RunChild(platform::ProgramFolder() + "/scorvane_window_bench", {league, role},
-                                      {}, [](std::string_view line) { return line == "ready"; });
+                                      {}, [](std::string_view line) { return line.starts_with("ready"); });
   if (end != platform::ChildEnd::Done) throw std::runtime_error(std::string(role) + " did not start");
 }
 
