@@ -80,6 +80,7 @@ bool LeagueSession::OpenLeagueFile(const std::string& path, Use use) {
   }
   league_ = OpenShared(path, use);
   use_ = use;
+  if (use != Use::Looking) db::ClearLeftCopyBeside(engine_, league_->Name());
   try {
     if (!BringUpToDate(use)) {
       CloseLeagueFile();

@@ -27,13 +27,18 @@ std::unique_ptr<engine::Database> OpenToRead(engine::DBEngine& engine, const std
   return nullptr;
 }
 
+// Marks that the standings set anew each time they are looked at.
+bool IsMark(const std::string& table, const std::string& field) {
+  return table == "Stats" && field == "Dropped";
+}
+
 bool SameRows(engine::Database& a, engine::Database& b, const std::string& table) {
   auto left = a.OpenRecordset("SELECT * FROM [" + table + "]");
   auto right = b.OpenRecordset("SELECT * FROM [" + table + "]");
   if (left.FieldCount() != right.FieldCount()) return false;
   for (; !left.AtEnd() && !right.AtEnd(); left.MoveNext(), right.MoveNext()) {
     for (std::size_t i = 0; i < left.FieldCount(); ++i)
-      if (!(left.At(i) == right.At(i))) return false;
+      if (!(left.At(i) == right.At(i)) && !IsMark(table, left.FieldName(i))) return false;
   }
   return left.AtEnd() && right.AtEnd();
 }
@@ -88,6 +93,14 @@ void ReplaceDatabase(engine::DBEngine& engine, const std::string& fresh, const s
 std::string LeftCopyBeside(const std::string& path) {
   std::string left = common::GetFolder(path) + kCompactName;
   return left != path && common::FileExists(left) ? left : std::string();
+}
+
+void ClearLeftCopyBeside(engine::DBEngine& engine, const std::string& path) {
+  const std::string left = LeftCopyBeside(path);
+  if (left.empty()) return;
+  // Who compacts a league in this folder just now holds it.
+  const auto folderLock = platform::FileLock::TryLock(common::GetFolder(path));
+  if (folderLock) RemoveLeftCopy(engine, left);
 }
 
 bool RemoveLeftCopy(engine::DBEngine& engine, const std::string& copy) {

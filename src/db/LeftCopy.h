@@ -25,4 +25,9 @@ std::string LeftCopyBeside(const std::string& path);
 // there any more; false when somebody has it open, or it may be all that is left of a league.
 bool RemoveLeftCopy(engine::DBEngine& engine, const std::string& copy);
 
+// Removes such a copy beside the league at `path` before anything is written to that one, so long as the two
+// are still the same; the marks of dropped results may differ. Nothing happens while another program is at
+// it.
+void ClearLeftCopyBeside(engine::DBEngine& engine, const std::string& path);
+
 }  // namespace scorvane::db

@@ -8,6 +8,7 @@
 #include "common/SqlText.h"
 #include "db/MDBBuild.h"
 #include "db/Tables.h"
+#include "engine/EngineError.h"
 
 namespace scorvane::db {
 namespace {
@@ -18,11 +19,15 @@ using engine::FieldType;
 
 constexpr int kWeatherSize = 50;
 
+// What cannot be done is skipped, but for what a full or failing disk refuses: a later step might then remove
+// what this one was to copy.
 template <typename Statement>
 void Try(Statement statement) {
   try {
     statement();
-  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): what cannot be done is skipped
+  } catch (const engine::EngineError& error) {
+    if (error.Number() == engine::kDiskFull || error.Number() == engine::kDiskError) throw;
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): skipped
   }
 }
 
