@@ -209,9 +209,8 @@ void LeagueSession::CloseLeagueFile() {
   if (!league_) return;
   const std::string path = league_->Name();
   const bool worthCompacting = use_ != Use::Looking && league_->FreePages() > 0;
-  const bool worthClearing = use_ != Use::Looking && !db::LeftCopyBeside(path).empty();
   league_.reset();
-  if (!worthCompacting && !worthClearing) return;
+  if (!worthCompacting) return;
   // Who has opened the league meanwhile, or compacts another one in this folder, goes first.
   const auto folderLock = platform::FileLock::TryLock(common::GetFolder(path));
   if (!folderLock) return;
@@ -221,7 +220,7 @@ void LeagueSession::CloseLeagueFile() {
     std::string name = common::GetFolder(path) + db::kCompactName;
     // What an earlier compaction left keeps its place only while it may be all that is left of a league.
     if (name == path || !db::RemoveLeftCopy(engine_, name)) name = platform::TemporaryBeside(path);
-    const auto lock = worthCompacting ? platform::FileLock::TryLock(path) : nullptr;
+    const auto lock = platform::FileLock::TryLock(path);
     if (!lock) return;
     copy = std::move(name);
     engine_.CompactDatabase(path, copy);

@@ -125,6 +125,12 @@ TEST_F(NewSimulations, ClosingCompactsAndTakesNoLeagueThatIsThere) {
   std::ofstream(left + "-journal") << "and what belongs to it";
   closeSmaller(League(0));
   EXPECT_FALSE(fs::exists(left) || fs::exists(left + "-journal"));
+  // The copy of a league goes before that one is changed.
+  fs::copy_file(League(0), left);
+  ASSERT_TRUE(session_.OpenLeagueFile(League(0)));
+  session_.League().Execute("UPDATE Settings SET SettingValue='7' WHERE SettingName='Dropped Races'");
+  session_.CloseLeagueFile();
+  EXPECT_FALSE(fs::exists(left));
   for (const auto& entry : fs::directory_iterator(fs::path(left).parent_path()))
     EXPECT_EQ(entry.path().string().find(".scorvane-"), std::string::npos) << entry.path();
 }
