@@ -194,9 +194,15 @@ class SeasonTest(unittest.TestCase):
         self.run_in("windows", "import", "Liga.lgx", *SEASON[:3])
         before = content(league)
         standings = self.run_in("windows", "standings", "Liga.lgx").stdout
-        begun = time.monotonic()
-        self.run_in("windows", "import", "Liga.lgx", *SEASON[3:])
-        whole = time.monotonic() - begun
+        wholes = []
+        for _ in range(3):
+            with open(league, "wb") as file:
+                file.write(before)
+            begun = time.monotonic()
+            self.run_in("windows", "import", "Liga.lgx", *SEASON[3:])
+            wholes.append(time.monotonic() - begun)
+        # Of three, because one may have waited for Wine's services.
+        whole = min(wholes)
         counts = {3: 0, 33: 0}
         for number in range(KILLS):
             with open(league, "wb") as file:
@@ -204,7 +210,13 @@ class SeasonTest(unittest.TestCase):
             process = subprocess.Popen(command("windows", "import", "Liga.lgx", *SEASON[3:]),
                                        cwd=os.path.dirname(league), stdin=subprocess.DEVNULL,
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            time.sleep(chance.uniform(0.2 * whole, 1.1 * whole))
+            if number % 2:
+                time.sleep(chance.uniform(0.2 * whole, 1.1 * whole))
+            else:
+                # However long the start takes: while the change is being written.
+                while not os.path.exists(league + "-journal") and process.poll() is None:
+                    time.sleep(0.0005)
+                time.sleep(chance.uniform(0, 0.02 * whole))
             # Some are killed, the others told to stop as Ctrl+C does.
             process.send_signal(signal.SIGKILL if number % 3 else signal.SIGINT)
             process.wait(60)
