@@ -73,6 +73,7 @@ class Statement {
     Reset();
   }
   void Reset() { sqlite3_reset(statement_); }
+  int Columns() { return sqlite3_column_count(statement_); }
   int Whole(int column) { return sqlite3_column_int(statement_, column); }
   double Number(int column) { return sqlite3_column_double(statement_, column); }
   std::string String(int column) {
@@ -341,6 +342,17 @@ double Ask(const std::string& league, const char* sql) {
   Connection connection(league);
   Statement statement(connection, sql);
   return statement.Step() ? statement.Number(0) : 0;
+}
+
+std::vector<std::vector<std::string>> Rows(const std::string& league, const char* sql) {
+  Connection connection(league);
+  Statement statement(connection, sql);
+  std::vector<std::vector<std::string>> rows;
+  while (statement.Step()) {
+    auto& row = rows.emplace_back();
+    for (int column = 0; column < statement.Columns(); ++column) row.push_back(statement.String(column));
+  }
+  return rows;
 }
 
 }  // namespace scorvane::bench

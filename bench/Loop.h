@@ -19,4 +19,7 @@ std::vector<int> StandingsStatement(const std::string& league, int dropped);
 // One number, for comparing what the two left behind.
 double Ask(const std::string& league, const char* sql);
 
+// The rows of a statement, each field as text.
+std::vector<std::vector<std::string>> Rows(const std::string& league, const char* sql);
+
 }  // namespace scorvane::bench

@@ -1,12 +1,16 @@
 // scorvane_window_bench: the program from its start to a usable window on a league of 1,000 races, beside a
-// program of one empty window that reads the rows once; what a page costs beside its query; and the season
-// view on 43,000 results. Both programs are this one, run as a child that says when its window has been
-// painted.
+// program of one plain window with a menu bar, a label and a table of the same rows; what a page costs beside
+// its query; and the season view on 43,000 results. Both programs are this one, run as a child that says when
+// its window has been painted.
 #include <fmt/format.h>
 
 #include <QApplication>
+#include <QLabel>
 #include <QMainWindow>
+#include <QMenuBar>
+#include <QStatusBar>
 #include <QTabWidget>
+#include <QTableWidget>
 #include <QWindow>
 #include <algorithm>
 #include <chrono>
@@ -37,7 +41,7 @@ namespace {
 using namespace scorvane;
 
 constexpr const char* kOurs = "ours";
-constexpr const char* kEmpty = "empty";
+constexpr const char* kPlain = "plain";
 
 // Waits until the window has been painted, tells the parent, and ends the program at once.
 [[noreturn]] void Ready(const QWidget& window) {
@@ -54,9 +58,16 @@ int RunChild(const QApplication& application, const QString& role) {
     return forms::RunProgram(application, [](const forms::frmRaces& window) { Ready(window); });
   QMainWindow window;
   window.resize(960, 540);
-  window.setWindowTitle(
-      QString::number(bench::Ask(QApplication::arguments().value(1).toStdString(),
-                                 "SELECT sum(length(Name || Laps || Length || FileName)) FROM Race")));
+  window.menuBar()->addMenu(QStringLiteral("&File"));
+  const auto races = bench::Rows(QApplication::arguments().value(1).toStdString(),
+                                 "SELECT Name, Laps, Length, FileName FROM Race");
+  auto* table = new QTableWidget(static_cast<int>(races.size()), 4, &window);
+  for (int row = 0; row < table->rowCount(); ++row) {
+    for (int column = 0; column < table->columnCount(); ++column)
+      table->setItem(row, column, new QTableWidgetItem(QString::fromStdString(races[row][column])));
+  }
+  window.setCentralWidget(table);
+  window.statusBar()->addWidget(new QLabel(QStringLiteral("%1 races").arg(races.size())));
   window.show();
   Ready(window);
 }
@@ -185,8 +196,8 @@ int main(int argc, char** argv) {
   state.simFolders[0] = folder.string();
   app::SaveNASCARPaths(*engine.DefaultWorkspace().OpenDatabase(home.string()), state, 0);
   qputenv("SCORVANE_HOME", QByteArray::fromStdString(folder.string()));
-  const bool met = bench::Run({"start to a window ready on 1,000 races", 1.5, [] {},
-                               [&] { StartUp(kOurs, path); }, [&] { StartUp(kEmpty, path); }, [] {}},
+  const bool met = bench::Run({"start to a window ready on 1,000 races", 1.25, [] {},
+                               [&] { StartUp(kOurs, path); }, [&] { StartUp(kPlain, path); }, [] {}},
                               kTurns);
 
   session.OpenLeagueFile(path);
