@@ -148,6 +148,7 @@ TEST_F(SeasonView, FollowsEveryCommand) {
   GoTo(*view, 2);
   Find<QComboBox>(*view, "cboDriver").setCurrentIndex(2);
 
+  QSignalSpy matrixAnew(Find<QTableView>(*view, "fgMatrix").model(), &QAbstractItemModel::modelReset);
   // The last race goes and comes back; what was chosen stays chosen, at its new place.
   Find<SelectionGrid>(window, "fgRaces").SelectRows(2, 2);
   ui_.answers = {common::Answer::Yes};
@@ -155,6 +156,7 @@ TEST_F(SeasonView, FollowsEveryCommand) {
   EXPECT_EQ(Find<SelectionGrid>(*view, "fgResults").RowCount(), 2);
   EXPECT_EQ(Find<QComboBox>(*view, "cboDriver").currentText(), QStringLiteral("3 Carol"));
   EXPECT_EQ(Find<QComboBox>(*view, "cboRace").count(), 2);
+  EXPECT_FALSE(matrixAnew.isEmpty());
   EXPECT_THAT(Drivers(*view),
               testing::UnorderedElementsAre(testing::EndsWith("Bob & Co"), "- 1 <b>Zoë", "x 3 Carol"));
   window.findChild<QAction*>(QStringLiteral("mnuSeason_0"))->trigger();

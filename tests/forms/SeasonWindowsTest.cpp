@@ -307,6 +307,7 @@ TEST_F(SeasonWindows, APresetFillsThePointSystemAndStoresNothingBeforeSave) {
     return item->text().startsWith(QLatin1String("f1-2003"));
   });
   ASSERT_NE(f1, items.end());
+  EXPECT_FALSE((*f1)->toolTip().isEmpty() || (*f1)->toolTip() == (*f1)->text()) << "where it is from";
   (*f1)->trigger();
   EXPECT_THAT(Column(dialog, "fgPoints", 1), ElementsAre("10", "8", "6", "5", "4", "3", "2", "1"));
   EXPECT_EQ(Column(dialog, "fgPoints", 2)[0], "7");
