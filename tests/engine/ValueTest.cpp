@@ -130,6 +130,9 @@ TEST(Value, RefusesWhatCannotBeConverted) {
   for (int i = 0; i < 1000; ++i) letters += "é";
   const std::string shown = EngineError(kTypeMismatch, letters, "a number").Description();
   EXPECT_NE(shown.find("é…' is not a number"), std::string::npos) << shown;
+  // Where in the statement it was, if that is known.
+  EXPECT_THAT(EngineError(kSyntaxError, "x", "", 12).Description(), testing::HasSubstr("character 12"));
+  EXPECT_THAT(EngineError(kSyntaxError, "x").Description(), testing::Not(testing::HasSubstr("character")));
 }
 
 TEST(Value, EqualsOnlyItsOwnType) {

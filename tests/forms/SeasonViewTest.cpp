@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTableView>
 #include <QToolTip>
