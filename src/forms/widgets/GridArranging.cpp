@@ -104,6 +104,7 @@ void SelectionGrid::LeaveFilter() {
 
 bool SelectionGrid::eventFilter(QObject* watched, QEvent* event) {
   if (watched != txtFilter_) return QTableView::eventFilter(watched, event);
+  if (event->type() == QEvent::PaletteChange) ShowHintReadably(*txtFilter_);
   if (event->type() == QEvent::FocusOut && txtFilter_->text().isEmpty()) txtFilter_->hide();
   if (event->type() != QEvent::KeyPress) return false;
   // None of these is the grid's, or the window's, while one types here.

@@ -18,7 +18,6 @@ namespace {
 constexpr double kSide = 16;  // of the drawings below
 constexpr double kPen = 1.3;
 constexpr double kHalo = 3.2;
-constexpr double kSeen = 3;  // the contrast that a sign needs
 
 // Lines on a field of 16 by 16: "M x y" goes to a point, "L x y" draws a line to it, "C" a curve by two
 // handles, "O x y r" a circle, "R x y w h" a rectangle, "Z" closes the line.
