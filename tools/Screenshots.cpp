@@ -212,6 +212,10 @@ int main(int argc, char** argv) {
     auto* season = window.findChild<QMenu*>(QStringLiteral("mnuSeason"));
     window.findChild<QAction*>(QStringLiteral("mnuSeason_0"))->trigger();
     photographer.TakeMenu(window, *season, "main-season");
+    const auto menus = window.findChild<QMenuBar*>()->actions();
+    photographer.TakeMenu(window, *menus[0]->menu(), "main-file");
+    photographer.TakeMenu(window, *menus[1]->menu(), "main-race");
+    photographer.TakeMenu(window, *menus[2]->menu(), "main-tools");
     forms::frmHistory dialog(context, {}, &window);
     photographer.Take(dialog, "history", {800, 340});
     app::UndoThrough(session, first);

@@ -21,6 +21,7 @@
 #include "forms/frmTeams.h"
 #include "forms/frmWhatIf.h"
 #include "forms/widgets/Guard.h"
+#include "forms/widgets/Icons.h"
 #include "forms/widgets/Text.h"
 #include "history/History.h"
 
@@ -49,32 +50,34 @@ void SeasonMenu::ShowForm() {
 SeasonMenu::SeasonMenu(FormContext& context, QMainWindow* window, QMenu* menu, Host host)
     : QObject(window), context_(context), window_(window), host_(std::move(host)) {
   int index = 0;
-  const auto add = [&](const QString& caption, const QList<QKeySequence>& keys, auto command) {
-    QAction* item = menu->addAction(caption);
+  const auto add = [&](const char* icon, const QString& caption, const QList<QKeySequence>& keys,
+                       auto command) {
+    QAction* item = menu->addAction(CommandIcon(icon), caption);
     item->setObjectName(QStringLiteral("mnuSeason_%1").arg(index++));
     item->setShortcuts(keys);
     connect(item, &QAction::triggered, this, command);
     return item;
   };
-  undo_ = add(tr("&Undo"), {Qt::CTRL | Qt::Key_Z}, [this] { Step(Direction::Undo); });
-  redo_ = add(tr("&Redo"), {Qt::CTRL | Qt::Key_Y, Qt::CTRL | Qt::SHIFT | Qt::Key_Z},
+  undo_ = add("edit-undo", tr("&Undo"), {Qt::CTRL | Qt::Key_Z}, [this] { Step(Direction::Undo); });
+  redo_ = add("edit-redo", tr("&Redo"), {Qt::CTRL | Qt::Key_Y, Qt::CTRL | Qt::SHIFT | Qt::Key_Z},
               [this] { Step(Direction::Redo); });
-  history_ = add(tr("&History..."), {}, &SeasonMenu::ShowHistory);
+  history_ = add("document-open-recent", tr("&History..."), {}, &SeasonMenu::ShowHistory);
   menu->addSeparator();
   ++index;
-  backUp_ = add(tr("&Back Up..."), {}, &SeasonMenu::BackUp);
-  add(tr("R&estore..."), {}, &SeasonMenu::Restore);
+  backUp_ = add("document-save-as", tr("&Back Up..."), {}, &SeasonMenu::BackUp);
+  add("document-revert", tr("R&estore..."), {}, &SeasonMenu::Restore);
   menu->addSeparator();
   index = 10;
-  penalties_ = add(tr("&Penalties..."), {}, &SeasonMenu::ShowForm<frmPenalties>);
-  teams_ = add(tr("&Teams..."), {}, &SeasonMenu::ShowForm<frmTeams>);
-  playoff_ = add(tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
-  whatIf_ = add(tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
+  penalties_ = add("dialog-warning", tr("&Penalties..."), {}, &SeasonMenu::ShowForm<frmPenalties>);
+  teams_ = add("system-users", tr("&Teams..."), {}, &SeasonMenu::ShowForm<frmTeams>);
+  playoff_ = add("games-highscores", tr("P&layoff..."), {}, &SeasonMenu::ShowForm<frmPlayoff>);
+  whatIf_ = add("dialog-question", tr("&What If..."), {}, &SeasonMenu::ShowForm<frmWhatIf>);
   menu->addSeparator();
   index = 15;
-  season_ = add(tr("Season &View"), {Qt::Key_F5}, &SeasonMenu::ShowSeason);
-  publish_ = add(tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
-  spreadsheet_ = add(tr("Season &as Spreadsheet..."), {}, &SeasonMenu::SaveSpreadsheet);
+  season_ = add("office-chart-line", tr("Season &View"), {Qt::Key_F5}, &SeasonMenu::ShowSeason);
+  publish_ = add("applications-internet", tr("Publish &Site..."), {}, &SeasonMenu::ShowForm<frmPublish>);
+  spreadsheet_ =
+      add("x-office-spreadsheet", tr("Season &as Spreadsheet..."), {}, &SeasonMenu::SaveSpreadsheet);
   // Another program may have changed the league since.
   connect(menu, &QMenu::aboutToShow, this, &SeasonMenu::UpdateItems);
 

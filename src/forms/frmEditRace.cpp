@@ -15,6 +15,7 @@
 #include "forms/frmPenalty.h"
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Guard.h"
+#include "forms/widgets/PaletteFollower.h"
 #include "forms/widgets/Text.h"
 #include "scoring/Penalties.h"
 #include "scoring/RaceScoring.h"
@@ -137,12 +138,14 @@ void frmEditRace::ShowHeader(QGridLayout* layout) {
     value->setTextInteractionFlags(Qt::TextSelectableByMouse);
     if (place == kLines - 1) {
       // Which of the two it is decides how the column is read, so it stands out.
-      const QColor paper = palette().color(QPalette::ToolTipBase);
-      QPalette colors = value->palette();
-      colors.setColor(QPalette::Window, times ? QColor(Qt::black) : paper);
-      colors.setColor(QPalette::WindowText,
-                      times ? paper : QColor(paper.lightness() < 128 ? Qt::white : Qt::black));
-      value->setPalette(colors);
+      new PaletteFollower(this, [this, value, times] {
+        const QColor paper = palette().color(QPalette::ToolTipBase);
+        const QColor ink(paper.lightness() < 128 ? Qt::white : Qt::black);
+        QPalette colors = value->palette();
+        colors.setColor(QPalette::Window, times ? ink : paper);
+        colors.setColor(QPalette::WindowText, times ? paper : ink);
+        value->setPalette(colors);
+      });
       value->setAutoFillBackground(true);
       value->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     }

@@ -14,6 +14,7 @@
 #include "forms/widgets/ButtonRow.h"
 #include "forms/widgets/Contrast.h"
 #include "forms/widgets/Guard.h"
+#include "forms/widgets/PaletteFollower.h"
 #include "forms/widgets/Text.h"
 #include "platform/Platform.h"
 
@@ -42,7 +43,6 @@ void NameControls(QFormLayout* form) {
 
 // As the window around it, for a control whose value is only shown.
 void ShowFixed(QWidget* control) {
-  control->setEnabled(false);
   QPalette colors = QApplication::palette();
   colors.setBrush(QPalette::Base, colors.brush(QPalette::Button));
   const QColor text = MutedText(colors, QPalette::Button);
@@ -114,8 +114,10 @@ void frmLGXProperties::NewDialog(bool isNew) {
   if (!isNew) {
     txtFileName_->setText(Q(context_.session.League().Name()));
     txtFileName_->setToolTip(txtFileName_->text());
-    ShowFixed(txtFileName_);
-    ShowFixed(cboLeagueType_);
+    for (QWidget* fixed : {static_cast<QWidget*>(txtFileName_), static_cast<QWidget*>(cboLeagueType_)}) {
+      fixed->setEnabled(false);
+      new PaletteFollower(this, [fixed] { ShowFixed(fixed); });
+    }
     cboTitle_->setFocus();
   }
   UpdateButtons();

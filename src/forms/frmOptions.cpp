@@ -70,6 +70,7 @@ QWidget* frmOptions::BuildPathsTab() {
   auto* page = new QWidget(this);
   page->setObjectName(QStringLiteral("fraOptions_0"));
   fgPaths_ = new SelectionGrid(QStringLiteral("fgPaths"), page);
+  fgPaths_->SetArrangeable();
   auto* label = new QLabel(tr("NASCAR Racing Paths"), page);
   label->setObjectName(QStringLiteral("lblPaths"));
   label->setBuddy(fgPaths_);
@@ -258,7 +259,7 @@ QWidget* frmOptions::BuildWatchTab() {
 void frmOptions::SelectPath() {
   const int row = fgPaths_->CurrentRow();
   if (row < 0) return;
-  const std::string name(app::Simulations()[static_cast<std::size_t>(row)].fullName);
+  const std::string name(app::Simulations()[static_cast<std::size_t>(fgPaths_->RowData(row)) - 1].fullName);
   const std::string folder = context_.ui.PickFolder("Locate the program folder for " + name + "...",
                                                     Utf8(fgPaths_->Cell(row, kPathColumn)));
   if (!folder.empty()) fgPaths_->SetCell(row, kPathColumn, Q(WithSeparator(folder)));
@@ -309,8 +310,8 @@ void frmOptions::ShowWatched() {
 
 app::Options frmOptions::Chosen() const {
   app::Options options;
-  for (int row = 0; row < app::kSimulations; ++row)
-    options.simFolders[static_cast<std::size_t>(row)] = Utf8(fgPaths_->Cell(row, kPathColumn));
+  for (const SelectionGrid::Row& row : fgPaths_->StoredRows())
+    options.simFolders[static_cast<std::size_t>(row.data) - 1] = Utf8(row.cells.value(kPathColumn));
   options.useBackgroundImage = chkBGImage_->isChecked();
   options.backgroundImage = Utf8(txtBGImage_->text());
   for (std::size_t i = 0; i < lblColor_.size(); ++i) options.colors[i] = lblColor_[i]->Color();

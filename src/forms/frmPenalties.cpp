@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -42,6 +43,8 @@ frmPenalties::frmPenalties(FormContext& context, QWidget* parent) : QDialog(pare
   FillGrid();
   int width = 40;
   for (int c = 0; c < grid_->ColumnCount(); ++c) width += grid_->columnWidth(c);
+  // Long names are read by moving the view.
+  width = std::min(width, fontMetrics().averageCharWidth() * 160);
   resize(width, grid_->fontMetrics().height() * 24);
   grid_->setFocus();
 }
@@ -57,7 +60,7 @@ void frmPenalties::FillGrid() {
   }
   if (rows.empty()) rows.emplace_back();
   grid_->SetRows(std::move(rows));
-  grid_->FitColumn(4);
+  for (int column = 0; column < grid_->ColumnCount(); ++column) grid_->FitColumn(column);
   grid_->SelectRows(0, 0);
   grid_->SetHint(HasPenalties() ? QString()
                                 : tr("No penalty has been given.\n\nIn the results of a race (Race > Edit), "

@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QPainter>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -66,6 +67,19 @@ bool IsPreset(const PlayoffFormat& format, PlayoffFormat preset) {
   return championship::PlayoffText(preset) == championship::PlayoffText(format);
 }
 
+// A text that has what room there is, and says when it is cut off.
+class CutLabel : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter painter(this);
+    painter.drawText(contentsRect(), static_cast<int>(Qt::AlignLeading | Qt::AlignVCenter),
+                     fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()));
+  }
+};
+
 }  // namespace
 
 frmPlayoff::frmPlayoff(FormContext& context, QWidget* parent) : QDialog(parent), context_(context) {
@@ -106,7 +120,7 @@ void frmPlayoff::BuildControls() {
   spnAfter_ = new NumberBox(QStringLiteral("spnAfter"), tr("Races before it begins"), this);
   auto* lblAfter = new QLabel(tr("&Begins after race:"), this);
   lblAfter->setBuddy(spnAfter_);
-  lblRace_ = new QLabel(this);
+  lblRace_ = new CutLabel(this);
   lblRace_->setObjectName(QStringLiteral("lblRace"));
   lblRace_->setTextFormat(Qt::PlainText);
   lblRace_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);

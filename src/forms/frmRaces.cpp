@@ -20,6 +20,7 @@
 #include "common/SettingsStore.h"
 #include "forms/Drops.h"
 #include "forms/widgets/Guard.h"
+#include "forms/widgets/Icons.h"
 #include "forms/widgets/Text.h"
 #include "platform/Platform.h"
 
@@ -77,9 +78,9 @@ void frmRaces::BuildGrid(QWidget* parent) {
 
 // ---- commands and when they can be chosen
 
-QAction* frmRaces::AddItem(QMenu* menu, const char* name, int index, const QString& caption,
+QAction* frmRaces::AddItem(QMenu* menu, const char* name, int index, const char* icon, const QString& caption,
                            const QKeySequence& shortcut, Handler handler, Needs needs) {
-  QAction* item = menu->addAction(caption);
+  QAction* item = menu->addAction(CommandIcon(icon), caption);
   item->setObjectName(QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index));
   item->setShortcut(shortcut);
   connect(item, &QAction::triggered, this, [this, handler] { Run(handler); });
@@ -95,13 +96,14 @@ void frmRaces::Run(Handler command) {
 void frmRaces::BuildFileMenu() {
   constexpr int kFirstRecentItem = 12;
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  AddItem(file, "mnuFile", 0, tr("&New"), Qt::CTRL | Qt::Key_N, &frmRaces::NewLeagueFile);
-  AddItem(file, "mnuFile", 1, tr("&Open..."), Qt::CTRL | Qt::Key_O, &frmRaces::OpenLeagueFileDialog);
+  AddItem(file, "mnuFile", 0, "document-new", tr("&New"), Qt::CTRL | Qt::Key_N, &frmRaces::NewLeagueFile);
+  AddItem(file, "mnuFile", 1, "document-open", tr("&Open..."), Qt::CTRL | Qt::Key_O,
+          &frmRaces::OpenLeagueFileDialog);
   file->addSeparator();
-  AddItem(file, "mnuFile", 8, tr("&Properties"), Qt::CTRL | Qt::Key_P, &frmRaces::ShowProperties,
-          Needs::League);
+  AddItem(file, "mnuFile", 8, "document-properties", tr("&Properties"), Qt::CTRL | Qt::Key_P,
+          &frmRaces::ShowProperties, Needs::League);
   file->addSeparator();
-  AddItem(file, "mnuFile", 10, tr("Op&tions"), {}, &frmRaces::ShowOptions);
+  AddItem(file, "mnuFile", 10, "preferences-system", tr("Op&tions"), {}, &frmRaces::ShowOptions);
   file->addSeparator();
   for (int slot = 0; slot < app::RecentFiles::kSlots; ++slot) {
     QAction* item = file->addAction(tr("Recent File %1").arg(slot + 1));
@@ -110,7 +112,7 @@ void frmRaces::BuildFileMenu() {
     recentItems_.push_back(item);
   }
   recentSeparator_ = file->addSeparator();
-  QAction* exit = file->addAction(tr("&Exit"));
+  QAction* exit = file->addAction(CommandIcon("application-exit"), tr("&Exit"));
   exit->setObjectName(QStringLiteral("mnuFile_17"));
   connect(exit, &QAction::triggered, this, &QWidget::close);
 }
@@ -118,24 +120,24 @@ void frmRaces::BuildFileMenu() {
 // The Race menu, and a row of buttons that do the same as its items.
 QLayout* frmRaces::BuildRaceMenu(QWidget* parent) {
   QMenu* race = menuBar()->addMenu(tr("&Race"));
-  QAction* import =
-      AddItem(race, "mnuRace", 0, tr("&Import..."), Qt::CTRL | Qt::Key_I, &frmRaces::Import, Needs::League);
-  QAction* remove =
-      AddItem(race, "mnuRace", 1, tr("&Remove"), Qt::CTRL | Qt::Key_R, &frmRaces::RemoveRaces, Needs::Races);
-  QAction* edit =
-      AddItem(race, "mnuRace", 2, tr("&Edit..."), Qt::CTRL | Qt::Key_E, &frmRaces::EditRace, Needs::OneRace);
+  QAction* import = AddItem(race, "mnuRace", 0, "document-import", tr("&Import..."), Qt::CTRL | Qt::Key_I,
+                            &frmRaces::Import, Needs::League);
+  QAction* remove = AddItem(race, "mnuRace", 1, "edit-delete", tr("&Remove"), Qt::CTRL | Qt::Key_R,
+                            &frmRaces::RemoveRaces, Needs::Races);
+  QAction* edit = AddItem(race, "mnuRace", 2, "document-edit", tr("&Edit..."), Qt::CTRL | Qt::Key_E,
+                          &frmRaces::EditRace, Needs::OneRace);
   race->addSeparator();
-  QAction* calculate = AddItem(race, "mnuRace", 4, tr("&Calculate..."), Qt::CTRL | Qt::Key_C,
-                               &frmRaces::Calculate, Needs::Races);
+  QAction* calculate = AddItem(race, "mnuRace", 4, "accessories-calculator", tr("&Calculate..."),
+                               Qt::CTRL | Qt::Key_C, &frmRaces::Calculate, Needs::Races);
   race->addSeparator();
-  QAction* html =
-      AddItem(race, "mnuRace", 6, tr("&HTML"), Qt::CTRL | Qt::Key_H, &frmRaces::ExportRace, Needs::OneRace);
+  QAction* html = AddItem(race, "mnuRace", 6, "text-html", tr("&HTML"), Qt::CTRL | Qt::Key_H,
+                          &frmRaces::ExportRace, Needs::OneRace);
 
   grid_->SetMenu({edit, remove, html, nullptr, import, calculate});
   auto* row = new QHBoxLayout;
   int index = 0;
   auto addButton = [&](const QString& caption, QAction* item, const QString& toolTip = {}) {
-    auto* button = new QPushButton(caption, parent);
+    auto* button = new QPushButton(item->icon(), caption, parent);
     button->setObjectName(QStringLiteral("cmdButton_%1").arg(index++));
     button->setToolTip(toolTip);
     button->setAutoDefault(false);
@@ -154,10 +156,13 @@ QLayout* frmRaces::BuildRaceMenu(QWidget* parent) {
 
 void frmRaces::BuildToolsMenu() {
   QMenu* tools = menuBar()->addMenu(tr("&Tools"));
-  AddItem(tools, "mnuTools", 0, tr("&Driver List"), {}, &frmRaces::DriverList, Needs::League);
-  AddItem(tools, "mnuTools", 1, tr("&Point System"), {}, &frmRaces::PointSystem, Needs::League);
+  AddItem(tools, "mnuTools", 0, "x-office-address-book", tr("&Driver List"), {}, &frmRaces::DriverList,
+          Needs::League);
+  AddItem(tools, "mnuTools", 1, "view-list-ordered", tr("&Point System"), {}, &frmRaces::PointSystem,
+          Needs::League);
   tools->addSeparator();
-  AddItem(tools, "mnuTools", 3, tr("Offline Settings"), {}, &frmRaces::OfflineSettings, Needs::OfflineLeague);
+  AddItem(tools, "mnuTools", 3, "network-offline", tr("Offline Settings"), {}, &frmRaces::OfflineSettings,
+          Needs::OfflineLeague);
 }
 
 // What concerns the season as a whole.
@@ -172,8 +177,8 @@ void frmRaces::BuildSeasonMenu() {
 
 void frmRaces::BuildHelpMenu() {
   QMenu* help = menuBar()->addMenu(tr("&Help"));
-  AddItem(help, "mnuHelp", 0, tr("View &ReadMe.htm"), {}, &frmRaces::ViewReadMe);
-  AddItem(help, "mnuHelp", 1, tr("&About"), {}, &frmRaces::About);
+  AddItem(help, "mnuHelp", 0, "help-contents", tr("View &ReadMe.htm"), {}, &frmRaces::ViewReadMe);
+  AddItem(help, "mnuHelp", 1, "help-about", tr("&About"), {}, &frmRaces::About);
 }
 
 bool frmRaces::IsMet(Needs needs) const {

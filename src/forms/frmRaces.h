@@ -51,7 +51,7 @@ class frmRaces : public QMainWindow {
   void BuildToolsMenu();
   void BuildSeasonMenu();
   void BuildHelpMenu();
-  QAction* AddItem(QMenu* menu, const char* name, int index, const QString& caption,
+  QAction* AddItem(QMenu* menu, const char* name, int index, const char* icon, const QString& caption,
                    const QKeySequence& shortcut, Handler handler, Needs needs = Needs::Nothing);
   // Every command of the user comes through here, from a menu, a button or a key.
   void Run(Handler command);

@@ -167,6 +167,7 @@ QWidget* frmSeasonView::BuildDriver() {
   lblSeason_->setWordWrap(true);
   chtFinishes_ = new ChartView(QStringLiteral("chtFinishes"), tr("Finishes"), page);
   fgResults_ = new SelectionGrid(QStringLiteral("fgResults"), page);
+  fgResults_->SetArrangeable();
   fgResults_->setAccessibleName(tr("The driver's results"));
   auto* layout = new QVBoxLayout(page);
   layout->addLayout(ChoiceRow(tr("Dri&ver:"), cboDriver_, page));

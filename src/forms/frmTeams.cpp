@@ -69,6 +69,7 @@ frmTeams::frmTeams(FormContext& context, QWidget* parent)
 QLayout* frmTeams::BuildGroups() {
   auto* column = new QVBoxLayout;
   fgGroups_ = new SelectionGrid(QStringLiteral("fgGroups"), this);
+  fgGroups_->SetArrangeable();
   column->addWidget(fgGroups_, 1);
   auto* name = new QHBoxLayout;
   auto* label = new QLabel(tr("&Name:"), this);
@@ -111,6 +112,7 @@ QLayout* frmTeams::BuildGroups() {
 QLayout* frmTeams::BuildMembers() {
   auto* column = new QVBoxLayout;
   fgMembers_ = new SelectionGrid(QStringLiteral("fgMembers"), this);
+  fgMembers_->SetArrangeable();
   fgMembers_->setAccessibleName(tr("Drivers of the selected one"));
   fgMembers_->SetColumns({{tr("Driver"), 2000, Qt::AlignLeft},
                           {tr("From"), 1400, Qt::AlignLeft},
@@ -157,7 +159,6 @@ void frmTeams::Load(std::int32_t groupId) {
     const QSignalBlocker quiet(spnBest_);
     spnBest_->setValue(championship::BestResults(league, kind_));
   });
-  int row = 0;
   {
     const QSignalBlocker quiet(fgGroups_);
     std::vector<SelectionGrid::Row> rows;
@@ -165,13 +166,15 @@ void frmTeams::Load(std::int32_t groupId) {
       const auto now = std::count_if(members_.begin(), members_.end(), [&](const Member& member) {
         return member.groupId == group.id && !member.until;
       });
-      if (group.id == groupId) row = static_cast<int>(rows.size());
       rows.push_back({{Q(group.name), QString::number(now)}, group.id});
     }
     if (rows.empty()) rows.emplace_back();
     fgGroups_->SetRows(std::move(rows));
-    fgGroups_->SelectRows(row, row);
-    fgGroups_->scrollTo(fgGroups_->currentIndex());
+    fgGroups_->SelectRows(0, 0);
+    if (groupId != 0) {
+      fgGroups_->ShowData(groupId);
+      fgGroups_->SelectData({groupId}, 0);
+    }
   }
   const bool teams = kind_ == GroupKind::Team;
   fgGroups_->SetHint(!groups_.empty() ? QString()
@@ -181,9 +184,11 @@ void frmTeams::Load(std::int32_t groupId) {
 }
 
 const Group* frmTeams::Chosen() const {
-  const int row = fgGroups_->CurrentRow();
-  if (row < 0 || row >= static_cast<int>(groups_.size()) || !fgGroups_->OneRowSelected()) return nullptr;
-  return &groups_[static_cast<std::size_t>(row)];
+  if (!fgGroups_->OneRowSelected()) return nullptr;
+  const auto found = std::find_if(groups_.begin(), groups_.end(), [this](const Group& group) {
+    return group.id == fgGroups_->RowData(fgGroups_->CurrentRow());
+  });
+  return found == groups_.end() ? nullptr : &*found;
 }
 
 void frmTeams::ShowChosen() {
@@ -207,7 +212,7 @@ void frmTeams::ShowChosen() {
   for (const Member& member : shown_)
     rows.push_back({{Q(member.driver), member.from == 0 ? tr("the start") : raceText(member.from),
                      member.until ? raceText(*member.until) : QString()},
-                    member.driverId,
+                    static_cast<int>(rows.size()) + 1,
                     member.until.has_value()});
   if (rows.empty()) rows.emplace_back();
   const QSignalBlocker quiet(fgMembers_);
@@ -223,7 +228,9 @@ void frmTeams::ShowChosen() {
 std::vector<Member> frmTeams::SelectedMembers() const {
   std::vector<Member> selected;
   for (int row = fgMembers_->FirstSelected(); row >= 0 && row <= fgMembers_->LastSelected(); ++row)
-    if (row < static_cast<int>(shown_.size())) selected.push_back(shown_[static_cast<std::size_t>(row)]);
+    // The row of an empty group has no number.
+    if (const int place = fgMembers_->RowData(row); place > 0)
+      selected.push_back(shown_[static_cast<std::size_t>(place) - 1]);
   return selected;
 }
 

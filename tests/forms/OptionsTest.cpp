@@ -75,6 +75,15 @@ TEST_F(OptionsDialog, TheGridPicksByMouseAndKeyAndTheCloseBoxChecksNothing) {
   QTest::keyClick(&grid, Qt::Key_Return);
   EXPECT_EQ(Utf8(grid.Cell(1, 1)), "/");
   EXPECT_EQ(Utf8(grid.Cell(2, 1)), "/nowhere/");
+
+  // A path belongs to its simulation, wherever it is shown.
+  QTest::keyClick(&grid, Qt::Key_F, Qt::ControlModifier);
+  QTest::keyClicks(&Find<QLineEdit>(grid, "txtFilter"), QStringLiteral("nowhere"));
+  ASSERT_EQ(grid.RowCount(), 1);
+  ui_.foldersToPick = {"/elsewhere/"};
+  QTest::keyClick(&grid, Qt::Key_Return);
+  EXPECT_EQ(Utf8(grid.StoredRows()[2].cells[1]), "/elsewhere/");
+  Find<QLineEdit>(grid, "txtFilter").clear();
   dialog.close();
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_FALSE(dialog.Cancelled());

@@ -122,8 +122,17 @@ TEST_F(SeasonWindows, TeamsAreMadeJoinedLeftAndTakenBack) {
     Click(dialog, kJoin);
     EXPECT_THAT(Column(dialog, "fgMembers", 0), ElementsAre("Driver 1", "Driver 2"));
     EXPECT_THAT(Column(dialog, "fgMembers", 1), ElementsAre("the start", "the start"));
-    // From the second race on one of them drives for the other team.
     auto& groups = Find<SelectionGrid>(dialog, "fgGroups");
+    // Behind a filter the row that is seen is the one that is meant.
+    QTest::keyClick(&groups, Qt::Key_F, Qt::ControlModifier);
+    auto& filter = Find<QLineEdit>(groups, "txtFilter");
+    filter.setText(QStringLiteral("BLUE"));
+    EXPECT_EQ(groups.RowCount(), 1);
+    EXPECT_EQ(Utf8(Find<QLineEdit>(dialog, "txtName").text()), "blue");
+    filter.setText(QStringLiteral("nobody"));
+    EXPECT_FALSE(Button(dialog, kRemove).isEnabled());
+    QTest::keyClick(&filter, Qt::Key_Escape);
+    // From the second race on one of them drives for the other team.
     groups.SelectRows(0, 0);
     Choose(dialog, "cboFrom", "2 Track 2");
     OnDrivers({1});

@@ -3,7 +3,6 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QStyleOption>
 #include <QToolTip>
 #include <algorithm>
 #include <array>
@@ -11,6 +10,7 @@
 #include <utility>
 
 #include "forms/Undoing.h"
+#include "forms/widgets/Contrast.h"
 #include "forms/widgets/Text.h"
 
 namespace scorvane::forms {
@@ -35,8 +35,13 @@ bool IsDark(const QPalette& palette) {
   return palette.color(QPalette::Base).lightness() < palette.color(QPalette::Text).lightness();
 }
 
+// Readable on whatever the theme draws upon.
+QColor OnPaper(const QPalette& palette, const QColor& color) {
+  return ReadableOn(palette.color(QPalette::Base), color, palette.color(QPalette::Text));
+}
+
 QPen SeriesPen(const QPalette& palette, std::size_t series) {
-  QPen pen(QColor((IsDark(palette) ? kOnDark : kOnLight)[series % charts::kLineStyles]), kLineWidth);
+  QPen pen(SeriesColor(palette, series), kLineWidth);
   pen.setJoinStyle(Qt::RoundJoin);
   pen.setCapStyle(Qt::FlatCap);
   QList<qreal> dashes;
@@ -47,6 +52,10 @@ QPen SeriesPen(const QPalette& palette, std::size_t series) {
 }
 
 }  // namespace
+
+QColor SeriesColor(const QPalette& palette, std::size_t series) {
+  return OnPaper(palette, QColor((IsDark(palette) ? kOnDark : kOnLight)[series % charts::kLineStyles]));
+}
 
 ChartView::ChartView(const QString& name, const QString& reader, QWidget* parent) : QWidget(parent) {
   setObjectName(name);
@@ -171,10 +180,9 @@ void ChartView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), palette().base());
   if (hasFocus()) {
-    QStyleOptionFocusRect option;
-    option.initFrom(this);
-    option.rect = rect().adjusted(1, 1, -1, -1);
-    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+    // The style's own frame is too faint on some themes.
+    painter.setPen(QPen(OnPaper(palette(), palette().color(QPalette::Highlight)), 2));
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
   }
   if (!hint_.isEmpty()) {
     painter.setPen(palette().color(QPalette::Text));
@@ -203,8 +211,8 @@ void ChartView::paintEvent(QPaintEvent*) {
 
 void ChartView::PaintBars(QPainter& painter) const {
   const bool dark = IsDark(palette());
-  const QColor plain = QColor::fromRgb(dark ? 0xFF6E9BCB : 0xFF5B7FA6);
-  const QColor stressed = QColor::fromRgb(dark ? 0xFFE6AB3C : 0xFFB27708);
+  const QColor plain = OnPaper(palette(), QColor::fromRgb(dark ? 0xFF6E9BCB : 0xFF5B7FA6));
+  const QColor stressed = OnPaper(palette(), QColor::fromRgb(dark ? 0xFFE6AB3C : 0xFFB27708));
   for (const charts::Bar& bar : chart_.bars) {
     const QRectF shape(bar.at.x, bar.at.y, bar.width, bar.height);
     painter.fillRect(shape, bar.stressed ? stressed : plain);

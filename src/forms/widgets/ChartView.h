@@ -8,6 +8,9 @@
 
 namespace scorvane::forms {
 
+// The colour of a line on the theme's paper: readable, as text must be.
+QColor SeriesColor(const QPalette& palette, std::size_t series);
+
 class ChartView : public QWidget {
  public:
   ChartView(const QString& name, const QString& reader, QWidget* parent);

@@ -4,6 +4,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include "forms/widgets/Contrast.h"
+
 namespace scorvane::forms {
 
 ColorSquare::ColorSquare(const QString& name, const QString& accessibleName, common::UserInterface& ui,
@@ -30,7 +32,9 @@ void ColorSquare::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   QColor fill(color_ & 0xFF, color_ >> 8 & 0xFF, color_ >> 16 & 0xFF);
   if (!isEnabled()) fill.setAlpha(70);
-  painter.setPen(palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid));
+  const QColor line = palette().color(hasFocus() ? QPalette::Highlight : QPalette::Mid);
+  painter.setPen(
+      ReadableOn(palette().color(QPalette::Window), line, palette().color(QPalette::WindowText), kSeen));
   painter.setBrush(fill);
   painter.drawRect(rect().adjusted(0, 0, -1, -1));
   if (hasFocus()) painter.drawRect(rect().adjusted(1, 1, -2, -2));

@@ -21,21 +21,28 @@ inline double ContrastOf(const QColor& a, const QColor& b) {
   return (high + 0.05) / (low + 0.05);
 }
 
+constexpr double kReadable = 4.5;  // the contrast that text needs
+constexpr double kSeen = 3;        // and the one that a sign or a frame needs
+
+// The colour, brought nearer to a strong one until it has that contrast on the paper.
+inline QColor ReadableOn(const QColor& paper, const QColor& color, const QColor& strong,
+                         double contrast = kReadable) {
+  constexpr int kSteps = 20;
+  for (int step = 0; step < kSteps; ++step) {
+    const auto mixed = [&](int from, int to) { return from + (to - from) * step / kSteps; };
+    const QColor nearer(mixed(color.red(), strong.red()), mixed(color.green(), strong.green()),
+                        mixed(color.blue(), strong.blue()));
+    if (ContrastOf(nearer, paper) >= contrast) return nearer;
+  }
+  return strong;
+}
+
 // The theme's colour of disabled text, brought nearer to that of other text until it can be read: text that
 // stands back, and is meant to be read all the same.
 inline QColor MutedText(const QPalette& palette, QPalette::ColorRole background = QPalette::Base) {
-  constexpr double kReadable = 4.5;
-  constexpr int kSteps = 20;
-  const QColor paper = palette.color(QPalette::Active, background);
-  const QColor strong = palette.color(QPalette::Active, QPalette::Text);
-  const QColor weak = palette.color(QPalette::Disabled, QPalette::Text);
-  for (int step = 0; step < kSteps; ++step) {
-    const auto mixed = [&](int from, int to) { return from + (to - from) * step / kSteps; };
-    const QColor color(mixed(weak.red(), strong.red()), mixed(weak.green(), strong.green()),
-                       mixed(weak.blue(), strong.blue()));
-    if (ContrastOf(color, paper) >= kReadable) return color;
-  }
-  return strong;
+  return ReadableOn(palette.color(QPalette::Active, background),
+                    palette.color(QPalette::Disabled, QPalette::Text),
+                    palette.color(QPalette::Active, QPalette::Text));
 }
 
 // What stands in an empty box as a hint can be read.

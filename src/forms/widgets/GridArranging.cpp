@@ -11,6 +11,7 @@
 #include "forms/widgets/Contrast.h"
 #include "forms/widgets/GridModel.h"
 #include "forms/widgets/GridPicture.h"
+#include "forms/widgets/Icons.h"
 #include "forms/widgets/SelectionGrid.h"
 
 namespace scorvane::forms {
@@ -103,6 +104,7 @@ void SelectionGrid::LeaveFilter() {
 
 bool SelectionGrid::eventFilter(QObject* watched, QEvent* event) {
   if (watched != txtFilter_) return QTableView::eventFilter(watched, event);
+  if (event->type() == QEvent::PaletteChange) ShowHintReadably(*txtFilter_);
   if (event->type() == QEvent::FocusOut && txtFilter_->text().isEmpty()) txtFilter_->hide();
   if (event->type() != QEvent::KeyPress) return false;
   // None of these is the grid's, or the window's, while one types here.
@@ -177,13 +179,15 @@ void SelectionGrid::contextMenuEvent(QContextMenuEvent* event) {
     }
   }
   menu.addSeparator();
-  QAction* copy = menu.addAction(tr("Copy Rows"), this, &SelectionGrid::CopySelected);
+  QAction* copy =
+      menu.addAction(CommandIcon("edit-copy"), tr("Copy Rows"), this, &SelectionGrid::CopySelected);
   copy->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_C);
   copy->setEnabled(FirstSelected() >= 0);
   QAction* picture = menu.addAction(tr("Copy as Picture"), this, &SelectionGrid::CopyPicture);
   picture->setEnabled(FitsPicture(*this));
   if (filters_) {
-    QAction* filter = menu.addAction(tr("Filter..."), this, &SelectionGrid::AskFilter);
+    QAction* filter =
+        menu.addAction(CommandIcon("edit-find"), tr("Filter..."), this, &SelectionGrid::AskFilter);
     filter->setShortcut(Qt::CTRL | Qt::Key_F);
     QAction* restore = menu.addAction(tr("Restore Order"), this, &SelectionGrid::RestoreOrder);
     restore->setEnabled(model_->Arranged().column >= 0 || !model_->Arranged().filter.isEmpty());
