@@ -131,8 +131,8 @@ TEST(Value, RefusesWhatCannotBeConverted) {
   const std::string shown = EngineError(kTypeMismatch, letters, "a number").Description();
   EXPECT_NE(shown.find("é…' is not a number"), std::string::npos) << shown;
   // Where in the statement it was, if that is known.
-  EXPECT_THAT(EngineError(kSyntaxError, "x", "", 12).Description(), testing::HasSubstr("character 12"));
-  EXPECT_THAT(EngineError(kSyntaxError, "x").Description(), testing::Not(testing::HasSubstr("character")));
+  EXPECT_NE(EngineError(kSyntaxError, "x", "", 12).Description().find("character 12"), std::string::npos);
+  EXPECT_EQ(EngineError(kSyntaxError, "x").Description().find("character"), std::string::npos);
 }
 
 TEST(Value, EqualsOnlyItsOwnType) {

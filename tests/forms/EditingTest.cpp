@@ -491,7 +491,8 @@ TEST_F(Editing, ExportDialogKeepsThePagesLook) {
   {
     frmExport dialog(context_, {});
     EXPECT_EQ(TextOf(dialog, "txtLayout_1"), "3");
-    EXPECT_GE(Find<QComboBox>(dialog, "cboFontList").findText(reports::kDefaultPageFont), 0);
+    EXPECT_GE(Find<QComboBox>(dialog, "cboFontList").findText(QString::fromLatin1(reports::kDefaultPageFont)),
+              0);
     auto& alternate = Find<QCheckBox>(dialog, "chkRowColors_2");
     EXPECT_FALSE(alternate.isEnabled());
     Find<QCheckBox>(dialog, "chkRowColors_1").click();
