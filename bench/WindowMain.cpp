@@ -63,8 +63,9 @@ int RunChild(const QApplication& application, const QString& role) {
                                  "SELECT Name, Laps, Length, FileName FROM Race");
   auto* table = new QTableWidget(static_cast<int>(races.size()), 4, &window);
   for (int row = 0; row < table->rowCount(); ++row) {
-    for (int column = 0; column < table->columnCount(); ++column)
-      table->setItem(row, column, new QTableWidgetItem(QString::fromStdString(races[row][column])));
+    int column = 0;
+    for (const std::string& text : races[static_cast<std::size_t>(row)])
+      table->setItem(row, column++, new QTableWidgetItem(QString::fromStdString(text)));
   }
   window.setCentralWidget(table);
   window.statusBar()->addWidget(new QLabel(QStringLiteral("%1 races").arg(races.size())));
