@@ -127,8 +127,8 @@ TEST_F(Teams, DriversComeAndGoFromARaceOn) {
   const std::int32_t blue = AddGroup(*league_, GroupKind::Team, "Blue");
   const std::int32_t red = AddGroup(*league_, GroupKind::Team, "Red");
   Join(*league_, GroupKind::Team, red, {1, 2}, std::nullopt);
-  Join(*league_, GroupKind::Team, blue, {1, 2},
-       std::nullopt);  // before the first race nothing has been scored
+  // Before the first race nothing has been scored for the first team.
+  Join(*league_, GroupKind::Team, blue, {1, 2}, std::nullopt);
   EXPECT_THAT(Members(), ElementsAre("1|1|0", "2|1|0"));
   AddRaces(3);
   Join(*league_, GroupKind::Team, red, {1}, std::nullopt);  // from the next race on

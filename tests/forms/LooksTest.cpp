@@ -113,19 +113,15 @@ TEST_F(Looks, AnOpenWindowTakesTheColoursOfAnotherTheme) {
   frmSeasonView season(context_, nullptr);
   Find<QTabWidget>(season, "ts").setCurrentIndex(0);
   QWidget* const windows[] = {&races, &properties, &race, &season};
-  std::vector<QImage> first;
-  for (QWidget* window : windows) {
-    Show(*window);
-    first.push_back(Picture(*window));
-  }
+  for (QWidget* window : windows) Show(*window);
   for (const QPalette& colors : {dark_, high_, light_}) {
     Switch(colors);
     const QPalette fixed = Find<QLineEdit>(properties, "txtFileName").palette();
     EXPECT_EQ(fixed.color(QPalette::Disabled, QPalette::Base), colors.color(QPalette::Button));
     EXPECT_GE(ContrastOf(fixed.color(QPalette::Disabled, QPalette::Text), colors.color(QPalette::Button)),
               kReadable);
-    for (std::size_t i = 0; i < first.size(); ++i) {
-      const QImage now = Picture(*windows[i]);
+    for (QWidget* window : windows) {
+      const QImage now = Picture(*window);
       int paper = 0;
       int white = 0;
       for (int y = 0; y < now.height(); ++y)
@@ -135,9 +131,9 @@ TEST_F(Looks, AnOpenWindowTakesTheColoursOfAnotherTheme) {
           white += pixel == QColor(Qt::white) ? 1 : 0;
         }
       const int all = now.width() * now.height();
-      EXPECT_GT(paper, all / 2) << Utf8(windows[i]->objectName());
+      EXPECT_GT(paper, all / 2) << Utf8(window->objectName());
       if (colors != light_) {
-        EXPECT_LT(white, all / 50) << Utf8(windows[i]->objectName());
+        EXPECT_LT(white, all / 50) << Utf8(window->objectName());
       }
     }
   }

@@ -118,9 +118,9 @@ QPainterPath PathOf(const char* lines) {
 
 class CommandIconEngine : public QIconEngine {
  public:
-  CommandIconEngine(const char* name, bool themed) : name_(name), themed_(themed) {}
+  explicit CommandIconEngine(const char* name) : name_(name) {}
 
-  QIconEngine* clone() const override { return new CommandIconEngine(name_, themed_); }
+  QIconEngine* clone() const override { return new CommandIconEngine(name_); }
 
   void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
     const QIcon theme = Theme();
@@ -149,7 +149,7 @@ class CommandIconEngine : public QIconEngine {
  private:
   QIcon Theme() const {
     const QString name = QString::fromLatin1(name_);
-    return themed_ && QIcon::hasThemeIcon(name) ? QIcon::fromTheme(name) : QIcon();
+    return QIcon::hasThemeIcon(name) ? QIcon::fromTheme(name) : QIcon();
   }
 
   void Draw(QPainter& painter, const QRect& rect, QIcon::Mode mode) const {
@@ -177,17 +177,12 @@ class CommandIconEngine : public QIconEngine {
   }
 
   const char* name_;
-  bool themed_;
 };
 
 }  // namespace
 
 QIcon CommandIcon(const char* name) {
-  return QIcon(new CommandIconEngine(name, true));
-}
-
-QIcon DrawnIcon(const char* name) {
-  return QIcon(new CommandIconEngine(name, false));
+  return QIcon(new CommandIconEngine(name));
 }
 
 }  // namespace scorvane::forms

@@ -11,7 +11,4 @@ namespace scorvane::forms {
 // place.
 QIcon CommandIcon(const char* name);
 
-// The same, whatever the desktop's theme has.
-QIcon DrawnIcon(const char* name);
-
 }  // namespace scorvane::forms
